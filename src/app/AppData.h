@@ -1,0 +1,55 @@
+#pragma once
+// The catalogue of one level: a stroke file per character, ordered by code point, each joined
+// with its row of the level file. Built once at start-up, then only read.
+
+#include "app/ChinChar.h"
+
+#include <QString>
+
+#include <string>
+#include <vector>
+
+namespace morvel::prog2 {
+
+struct AppObject {
+    QString fileName;  ///< as listed in the directory, extension included ("20013.svg")
+    int32_t unicode = 0;
+    bool flag = false;
+    ChinChar chinChar;
+
+    /// "20013.svg,unicode:20013,中 | zhōng | ..."
+    std::string to_string() const;
+    bool is_empty() const { return fileName.isEmpty(); }
+};
+
+class AppData {
+public:
+    explicit AppData(const QString& directory) : directory(directory) {}
+
+    /// Lists the directory and joins every stroke file with its level row. Called once.
+    void load();
+
+    unsigned int size() const { return static_cast<unsigned int>(entries.size()); }
+    bool empty() const { return entries.empty(); }
+    /// The entry at `index`, or the empty dummy entry when out of range.
+    AppObject& appObject_at(unsigned int index);
+    /// The entry's code point, or -1 (logged) when out of range.
+    int unicode_at(unsigned int index) const;
+    /// ":/wb/shared-res/zh/1/20013.svg", or "" (logged) when out of range.
+    QString svg_file_path_at(unsigned int index) const;
+    const QString& get_directory() const { return directory; }
+
+    std::string to_string() const;
+    void dump(unsigned int indent) const;
+
+    /// Catalogue order: numeric base names by value, any other names as text among themselves.
+    static bool less_file_name(const QString& a, const QString& b);
+
+private:
+    bool index_ok(unsigned int index) const;
+
+    QString directory;
+    std::vector<AppObject> entries;
+};
+
+}  // namespace morvel::prog2

@@ -1,0 +1,81 @@
+#include "app/ChinChar.h"
+
+#include <ki/log/GLog.h>
+#include <ki/tools/file.h>
+
+namespace morvel {
+
+ChinChar ChinChar::from_string(const QString& line) {
+    const qsizetype eq = line.indexOf(u'=');
+    if (eq < 0) return {};
+    bool ok = false;
+    const int code = line.left(eq).trimmed().toInt(&ok, 10);
+    if (!ok) return {};
+    const qsizetype open = line.indexOf(u'{');
+    const qsizetype close = line.lastIndexOf(u'}');
+    if (open < 0 || close < 0 || close < open) return {};
+    const QStringList parts = line.mid(open + 1, close - open - 1).split(u'|', Qt::KeepEmptyParts);
+    if (parts.size() != 5) return {};
+    ChinChar c;
+    c.unicode = static_cast<uint16_t>(code);
+    c.pinyin = parts[1].trimmed();
+    c.english = parts[2].trimmed();
+    c.german = parts[3].trimmed();
+    c.russian = parts[4].trimmed();
+    return c;
+}
+
+QString ChinChar::character() const { return unicode == 0 ? QString() : QString(QChar(unicode)); }
+
+std::string ChinChar::to_string() const {
+    if (unicode == 0) return "NO-VALID";
+    return ki::str::xprintF(0, "$ | $ | $ | $ | $", character(), pinyin, english, german, russian);
+}
+
+std::vector<ChinChar> basic_table_from_file(const QString& path, int maxLines) {
+    std::vector<ChinChar> table;
+    const auto lines = ki::io::file::read_lines(path, maxLines);
+    if (!lines.ok()) {
+        ki::pp_error("basic_table_from_file, $", lines.to_string());
+        return table;
+    }
+    table.reserve(static_cast<size_t>(lines.value.size()));
+    for (const QString& line : lines.value) {
+        ChinChar c = ChinChar::from_string(line);
+        if (c.unicode == 0) {
+            ki::pp_error("problems parsing '$'", line);
+            continue;
+        }
+        table.push_back(std::move(c));
+    }
+    return table;
+}
+
+ChinChar from_unicode(const std::vector<ChinChar>& table, int code) {
+    for (const ChinChar& c : table) {
+        if (c.is_unicode(code)) return c;
+    }
+    return {};
+}
+
+std::vector<ChinChar> create_basic_table() {
+    struct Row {
+        uint16_t code;
+        const char16_t* pinyin;
+        const char16_t* english;
+        const char16_t* german;
+        const char16_t* russian;
+    };
+    static constexpr Row rows[] = {
+#include "app/BasicTableData.inc"
+    };
+    std::vector<ChinChar> table;
+    table.reserve(std::size(rows));
+    for (const Row& r : rows) {
+        table.push_back({r.code, QString::fromUtf16(r.pinyin), QString::fromUtf16(r.english),
+                         QString::fromUtf16(r.german), QString::fromUtf16(r.russian)});
+    }
+    return table;
+}
+
+}  // namespace morvel

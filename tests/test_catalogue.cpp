@@ -1,0 +1,169 @@
+#include "app/AppData.h"
+#include "app/ChinChar.h"
+#include "app/morvel.h"
+
+#include <ki/tools/file.h>
+
+#include <gtest/gtest.h>
+
+#include <QDir>
+#include <QFile>
+#include <QProcess>
+#include <QTemporaryDir>
+
+#include <set>
+
+using morvel::ChinChar;
+using morvel::prog2::AppData;
+
+namespace {
+
+const QString kLevel = QStringLiteral(":/wb/shared-res/zh/level_1.txt");
+const QString kStrokes = QStringLiteral(":/wb/shared-res/zh/1");
+
+void write_file(const QString& path, const QByteArray& content) {
+    QFile f(path);
+    ASSERT_TRUE(f.open(QIODevice::WriteOnly));
+    f.write(content);
+}
+
+}  // namespace
+
+TEST(Catalogue, LevelLineParsing) {
+    const ChinChar c = ChinChar::from_string(
+        QStringLiteral("20013 = { 中 | zhōng | middle; center | Mitte; Zentrum | середина; центр }"));
+    EXPECT_EQ(c.unicode, 20013);
+    EXPECT_EQ(c.pinyin, QStringLiteral("zhōng"));
+    EXPECT_EQ(c.english, QStringLiteral("middle; center"));
+    EXPECT_EQ(c.german, QStringLiteral("Mitte; Zentrum"));
+    EXPECT_EQ(c.russian, QStringLiteral("середина; центр"));
+    EXPECT_EQ(c.to_string(), "中 | zhōng | middle; center | Mitte; Zentrum | середина; центр");
+
+    struct Row {
+        const char* name;
+        const char16_t* line;
+        int code;
+    } rows[] = {
+        {"first field never checked", u"20013 = { X | a | b | c | d }", 20013},
+        {"blanks insignificant", u"  7 ={a|b|c|d|e}  ", 7},
+        {"empty fields kept", u"7 = { | | | | }", 7},
+        {"four fields", u"20013 = { 中 | zhōng | middle | Mitte }", 0},
+        {"six fields", u"20013 = { 中 | zhōng | a | b | c | d }", 0},
+        {"no number", u" = { 中 | zhōng | a | b | c }", 0},
+        {"text instead of number", u"abc = { 中 | zhōng | a | b | c }", 0},
+        {"no equals sign", u"20013 { 中 | zhōng | a | b | c }", 0},
+        {"closing brace first", u"20013 = } 中 | zhōng | a | b | c {", 0},
+        {"no braces", u"20013 = 中 | zhōng | a | b | c", 0},
+        {"empty line", u"", 0},
+    };
+    for (const Row& r : rows) EXPECT_EQ(ChinChar::from_string(QString::fromUtf16(r.line)).unicode, r.code) << r.name;
+    EXPECT_EQ(ChinChar().to_string(), "NO-VALID");
+}
+
+TEST(Catalogue, TableFileWithLineLimit) {
+    QTemporaryDir dir;
+    const QString path = dir.filePath("level.txt");
+    // A byte-order mark, CRLF line ends and invalid lines among valid ones.
+    write_file(path,
+               "\xEF\xBB\xBF" "1 = { a | p1 | e1 | g1 | r1 }\r\n"
+               "garbage\r\n"
+               "2 = { b | p2 | e2 | g2 | r2 }\n"
+               "\n"
+               "3 = { c | p3 | e3 | g3 | r3 }\n");
+    const auto all = morvel::basic_table_from_file(path, -1);
+    ASSERT_EQ(all.size(), 3u);
+    EXPECT_EQ(all[0].unicode, 1) << "byte-order mark must not spoil the first number";
+    EXPECT_EQ(all[0].russian, QStringLiteral("r1")) << "carriage return must not stick to the last field";
+    EXPECT_EQ(all[2].pinyin, QStringLiteral("p3"));
+    EXPECT_EQ(morvel::basic_table_from_file(path, 2).size(), 1u) << "invalid lines count against the limit";
+    EXPECT_EQ(morvel::basic_table_from_file(path, 3).size(), 2u);
+    EXPECT_TRUE(morvel::basic_table_from_file(dir.filePath("missing.txt"), -1).empty());
+
+    const auto lines = ki::io::file::read_lines(path, 2);
+    ASSERT_TRUE(lines.ok());
+    EXPECT_EQ(lines.value, QStringList({"1 = { a | p1 | e1 | g1 | r1 }", "garbage"}));
+    const auto missing = ki::io::file::read_lines(dir.filePath("missing.txt"));
+    EXPECT_FALSE(missing.ok());
+    EXPECT_NE(missing.to_string().find("missing.txt"), std::string::npos);
+
+    EXPECT_EQ(morvel::from_unicode(all, 2).english, QStringLiteral("e2"));
+    EXPECT_EQ(morvel::from_unicode(all, 99).unicode, 0);
+}
+
+TEST(Catalogue, OrderingAndRejectionOfOddNames) {
+    QTemporaryDir dir;
+    for (const char* name : {"10.svg", "9.svg", "abc.svg", "20013.SVG", "3", "99999999999.svg", "b.txt"}) {
+        write_file(dir.filePath(name), "<svg/>");
+    }
+    AppData data(dir.path());
+    data.load();
+    std::vector<std::pair<QString, int>> got;
+    for (unsigned i = 0; i < data.size(); ++i) got.emplace_back(data.appObject_at(i).fileName, data.unicode_at(i));
+    const std::vector<std::pair<QString, int>> want = {{"3", 3}, {"9.svg", 9}, {"10.svg", 10}, {"20013.SVG", 20013}};
+    EXPECT_EQ(got, want) << "numbers by value, upper-case suffix kept, names that are not numbers skipped";
+    EXPECT_EQ(data.svg_file_path_at(2), dir.path() + "/10.svg");
+    EXPECT_EQ(data.appObject_at(3).chinChar.pinyin, QStringLiteral("zhōng")) << "joined with its level row";
+    EXPECT_TRUE(data.appObject_at(0).chinChar.pinyin.isEmpty()) << "no level row: empty record";
+
+    data.load();
+    EXPECT_EQ(data.size(), 4u) << "a second load changes nothing";
+
+    EXPECT_TRUE(data.appObject_at(data.size()).fileName.isEmpty());
+    EXPECT_EQ(data.unicode_at(data.size()), -1);
+    EXPECT_EQ(data.svg_file_path_at(data.size()), QString());
+
+    // An odd mix of names must not upset the sort, however the comparisons fall.
+    QTemporaryDir mixed;
+    for (const char* name : {"2.svg", "10.svg", "1a.svg", "-5.svg", "!.svg", "0.svg", "z", "1a0.svg"}) {
+        write_file(mixed.filePath(name), "");
+    }
+    AppData odd(mixed.path());
+    odd.load();
+    EXPECT_EQ(odd.size(), 4u);
+
+    AppData empty(dir.filePath("nothing-here"));
+    empty.load();
+    EXPECT_EQ(empty.unicode_at(0), -1) << "an empty catalogue rejects every index";
+    EXPECT_TRUE(empty.svg_file_path_at(0).isEmpty());
+}
+
+TEST(Catalogue, ShippedLevel) {
+    AppData data(kStrokes);
+    data.load();
+    ASSERT_EQ(data.size(), 87u);
+    const auto table = morvel::basic_table_from_file(kLevel, -1);
+    ASSERT_EQ(table.size(), 87u);
+    const QString line = morvel::create_chin_line_simple();
+    ASSERT_EQ(line.size(), 87);
+    for (unsigned i = 0; i < data.size(); ++i) {
+        const auto& obj = data.appObject_at(i);
+        SCOPED_TRACE(obj.to_string());
+        EXPECT_EQ(obj.fileName, QString::number(table[i].unicode) + ".svg");
+        EXPECT_EQ(obj.unicode, line.at(i).unicode());
+        EXPECT_FALSE(obj.chinChar.pinyin.isEmpty());
+        EXPECT_FALSE(obj.chinChar.english.isEmpty());
+        EXPECT_FALSE(obj.chinChar.german.isEmpty());
+        EXPECT_FALSE(obj.chinChar.russian.isEmpty());
+    }
+    EXPECT_EQ(morvel::create_basic_table(), table) << "compiled-in table equals the level file";
+
+    const QStringList block = morvel::create_chin_block_simple().split('\n');
+    ASSERT_EQ(block.size(), 9);
+    EXPECT_EQ(block.last().split(' ').size(), 7);
+    EXPECT_EQ(morvel::create_chin_block_simple().remove(' ').remove('\n'), line);
+    EXPECT_TRUE(block.first().startsWith(QStringLiteral("一 七 三 上 不 东 两 中 么 也")));
+
+    const auto quoted = morvel::from_unicode(table, 39277);
+    EXPECT_EQ(quoted.to_string(), "饭 | fàn | meal; cooked rice | Essen; gekochter Reis | еда; варёный рис");
+    EXPECT_EQ(morvel::get_morvel_version(), "0.9.8");
+}
+
+TEST(Catalogue, StrokeFilesMatchThePackageData) {
+    // The committed stroke files must be exactly what the generator makes from the pinned
+    // package, so nobody edits them by hand.
+    QProcess gen;
+    gen.setWorkingDirectory(QUENLO_SOURCE_DIR);
+    gen.start("node", {"tools/resgen/strokes.mjs", "--check"});
+    ASSERT_TRUE(gen.waitForFinished(60000)) << "node must be installed (scripts/setup.sh does it)";
+    EXPECT_EQ(gen.exitCode(), 0) << gen.readAllStandardError().toStdString() << gen.readAllStandardOutput().toStdString();
+}

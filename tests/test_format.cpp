@@ -1,0 +1,137 @@
+#include <ki/str/format.h>
+#include <ki/str/xprintF.h>
+
+#include <gtest/gtest.h>
+
+#include <QPoint>
+#include <QRect>
+#include <QSize>
+
+using ki::str::xprintF;
+
+namespace {
+
+struct Named {
+    std::string to_string() const { return "named!"; }
+};
+
+struct QNamed {
+    QString to_string() const { return QStringLiteral("q-named"); }
+};
+
+}  // namespace
+
+TEST(Format, PlaceholderSubstitution) {
+    EXPECT_EQ(xprintF(0, "index:$, size:$", 3, 10), "index:3, size:10");
+    EXPECT_EQ(xprintF(0, "index:$, size:$", 3), "index:3, size:$") << "missing argument leaves the $";
+    EXPECT_EQ(xprintF(0, "no placeholder", 42), "no placeholder") << "surplus argument dropped";
+    EXPECT_EQ(xprintF(0, "a$b$c", "x"), "axb$c");
+    EXPECT_EQ(xprintF(0, "a$b$c", "x", "y", "z"), "axbyc") << "third argument dropped";
+    EXPECT_EQ(xprintF(0, "$$", 1, 2), "12") << "adjacent placeholders";
+    EXPECT_EQ(xprintF(0, "$", "$"), "$") << "a literal $ only through an argument";
+    EXPECT_EQ(xprintF(4, "x"), "    x");
+    EXPECT_EQ(xprintF(4, nullptr), "");
+    EXPECT_EQ(ki::str::qprintF("$ ok", QStringLiteral("中文")), QStringLiteral("中文 ok"));
+}
+
+TEST(Format, EveryArgumentType) {
+    const char* null_text = nullptr;
+    const Named named;
+    const Named* named_ptr = &named;
+    const Named* null_named = nullptr;
+    struct Row {
+        const char* name;
+        std::string got;
+        std::string want;
+    } rows[] = {
+        {"int", xprintF(0, "$", -7), "-7"},
+        {"unsigned", xprintF(0, "$", 4000000000u), "4000000000"},
+        {"long long", xprintF(0, "$", -1234567890123LL), "-1234567890123"},
+        {"unsigned long long", xprintF(0, "$", 18446744073709551615ULL), "18446744073709551615"},
+        {"unsigned short", xprintF(0, "$", static_cast<unsigned short>(65535)), "65535"},
+        {"float two decimals", xprintF(0, "$", 1.0f), "1.00"},
+        {"double six decimals", xprintF(0, "$", 1.0), "1.000000"},
+        {"huge double", xprintF(0, "$", 1e30).substr(0, 5), "10000"},
+        {"bool", xprintF(0, "$ $", true, false), "true false"},
+        {"null char pointer", xprintF(0, "$", null_text), "nullptr"},
+        {"std::string", xprintF(0, "$", std::string("abc")), "abc"},
+        {"QString utf8", xprintF(0, "$", QStringLiteral("zhōng")), "zhōng"},
+        {"QStringView", xprintF(0, "$", QStringView(u"ab")), "ab"},
+        {"QChar", xprintF(0, "$", QChar(0x4E2D)), "中"},
+        {"QPoint", xprintF(0, "$", QPoint(3, -4)), "3,-4"},
+        {"QSize", xprintF(0, "$", QSize(640, 480)), "640,480"},
+        {"QRect inclusive corners", xprintF(0, "$", QRect(QPoint(10, 20), QPoint(19, 39))), "10,20,10,20"},
+        {"vec2", xprintF(0, "$", glm::vec2(1.5f, -2.0f)), "1.50, -2.00"},
+        {"object with to_string", xprintF(0, "<$>", named), "<named!>"},
+        {"object with QString to_string", xprintF(0, "$", QNamed()), "q-named"},
+        {"pointer to object", xprintF(0, "$", named_ptr), "named!"},
+        {"null pointer to object", xprintF(0, "$", null_named), "nullptr"},
+    };
+    for (const Row& r : rows) EXPECT_EQ(r.got, r.want) << r.name;
+}
+
+TEST(Format, SprintF) {
+    EXPECT_EQ(ki::str::sprintF(nullptr), "<<<sprintF,nullpointer>>>");
+    EXPECT_EQ(ki::str::sprintF("%d-%s", 5, "x"), "5-x");
+    EXPECT_EQ(ki::str::sprintF("%s", std::string(4095, 'a').c_str()).size(), 4095u);
+    EXPECT_EQ(ki::str::sprintF(std::string(4096, 'a').c_str()), "") << "over-long format refused";
+}
+
+TEST(Format, NumberRenderers) {
+    using namespace ki::str;
+    EXPECT_EQ(format_1000(1234567, ','), "1,234,567");
+    EXPECT_EQ(format_1000(-1234, '.'), "-1.234");
+    EXPECT_EQ(format_1000(999, ','), "999");
+    EXPECT_EQ(format_1000(0, ','), "0");
+    EXPECT_EQ(format_1000(std::numeric_limits<long long>::min(), ','), "-9,223,372,036,854,775,808");
+    EXPECT_EQ(format_str_1000("1000", '\''), "1'000");
+    EXPECT_EQ(format_magnitude(999, true), "999");
+    EXPECT_EQ(format_magnitude(1000, false), "thousand");
+    EXPECT_EQ(format_magnitude(2500000, true), "2 million");
+    EXPECT_EQ(format_magnitude(18446744073709551615ULL, true), "18 quintillion");
+    EXPECT_EQ(format_bytes(2.5e12), "2500.00 TB") << "TB keeps the GB divisor";
+    EXPECT_EQ(format_bytes(1e6), "1000.00 KB") << "10^6 is not above the MB bound";
+    EXPECT_EQ(format_bytes(1.5e9), "1.50 GB");
+    EXPECT_EQ(format_bytes_1024(1024.0 * 1024 * 3), "3.00 MB");
+    EXPECT_EQ(format_bytes_1024(1024.0 * 1024), "1024.00 KB") << "comparison is strict";
+    EXPECT_EQ(format_bytes_1024(2.0 * 1099511627776.0), "2048.00 TB");
+    EXPECT_EQ(format_fill_zero(6, 42), "000042");
+    EXPECT_EQ(format_fill_zero_milliseconds(7), "007");
+    EXPECT_EQ(format_fill_zero_microseconds(1234567), "1234567") << "wider than the field";
+    EXPECT_EQ(format_fill('*', 5, 42), "***42");
+    EXPECT_EQ(format_real(3.14159, 2), "3.14");
+    EXPECT_EQ(format_real(2.5, 3, true), "2.5");
+    EXPECT_EQ(format_real(3.0, 2, true), "3");
+
+    const unsigned char bytes[] = {0, 1, 2, 3, 4, 5, 6, 7, 8, 9};
+    EXPECT_EQ(format_array_as_hex(bytes, 10, 2, 2), "[10] = {00 01  .. 08 09}");
+    EXPECT_EQ(format_array_as_hex(bytes, 3, 2, 2), "[3] = {00 01 02}");
+    std::vector<unsigned char> big(1234, 0xAB);
+    EXPECT_EQ(format_array_as_hex(big.data(), 1234, 1, 1), "[1.234] = {AB  .. AB}");
+}
+
+TEST(Format, TextOperations) {
+    using namespace ki::str;
+    EXPECT_EQ(get_elided_text("abcdef", 2), "ab...");
+    EXPECT_EQ(get_elided_text("abcdef", 2, 2), "ab...ef");
+    EXPECT_EQ(get_elided_text("abcd", 2, 2), "abcd");
+    EXPECT_EQ(get_elided_text("abc", -3), "...") << "negative count is 0";
+    EXPECT_EQ(replace_tab("a\tb"), "a    b");
+    EXPECT_EQ(trim(" \t x y \n"), "x y");
+    EXPECT_EQ(trim("   "), "");
+    EXPECT_EQ(to_lower("WaRNing"), "warning");
+    EXPECT_TRUE(contains("hello", "ell"));
+    EXPECT_FALSE(contains("hello", 'z'));
+    EXPECT_EQ(remove_part("a--b--c", "--"), "abc");
+    EXPECT_EQ(remove_part("abc", ""), "abc");
+    EXPECT_EQ(split_lines("one two three", 7), (std::vector<std::string>{"one two", "three"}));
+    EXPECT_EQ(split_lines("abcdefghij", 4), (std::vector<std::string>{"abcd", "efgh", "ij"}));
+    EXPECT_EQ(split_lines("a\nb", 10), (std::vector<std::string>{"a", "b"}));
+
+    std::ostringstream os;
+    os << "a, b, ";
+    remove_last_chars(os, 2);
+    os << "!";
+    EXPECT_EQ(os.str(), "a, b!");
+    EXPECT_EQ(count_chars(os), 5);
+}
