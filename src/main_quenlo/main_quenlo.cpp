@@ -8,6 +8,7 @@
 
 int qMain(int argc, char** argv) {
     QApplication app(argc, argv);
+    ki::log::configure(argc, argv, true);
     morvel::ini();
     morvel::prog2::AppData data(QStringLiteral(":/wb/shared-res/zh/1"));
     data.load();

@@ -6,6 +6,7 @@
 #include <QString>
 
 #include <string>
+#include <utility>
 
 namespace ki {
 
@@ -90,6 +91,24 @@ const char* error_class_to_string(unsigned int error_class);
 /// strerror's text, read under a mutex because it lives in shared storage.
 std::string errno_to_string(int errnum);
 
+/// Prints `message`, pauses five seconds so that the text can be read, and ends the process
+/// with exit code 1. Callable from any thread.
+[[noreturn]] void exit_fatal(const QString& message);
+/// Target of KI_CHECK_NULL: reports the null pointer's expression, line and source unit, then
+/// ends the process like exit_fatal.
+[[noreturn]] void nullPointerHandling(const char* expression, int line, const QString& file);
+/// Target of KI_CHECK_BOOL: reports the failed expression and line, then ends the process.
+[[noreturn]] void boolExpressionHandling(const char* expression, int line);
+/// For tests only, the program never calls it: shortens the pause of the fatal handlers.
+void set_fatal_pause_for_tests(unsigned int milliseconds);
+
+/// Sleeps the calling thread for `milliseconds`.
+void gSleep(unsigned int milliseconds);
+/// The date and time this unit was compiled, "Nov 22 2025 - 05:50:00".
+std::string get_build_timestamp();
+/// The framework's version, "2.1.6".
+std::string get_kir_TOLA_version();
+
 /// An error followed by a value; a success when the error code is 0.
 template <typename T>
 struct GSysResult : GError {
@@ -114,3 +133,18 @@ struct GSysResult : GError {
 };
 
 }  // namespace ki
+
+/// Ends the process through ki::nullPointerHandling when `ptr` is null. `source_unit` is the
+/// project-relative path without extension, such as "src/ki/log/GLog"; the report names the
+/// pointer as "<ptr> == NULL".
+#define KI_CHECK_NULL(ptr, source_unit)                                                        \
+    do {                                                                                       \
+        if ((ptr) == nullptr)                                                                  \
+            ::ki::nullPointerHandling(#ptr " == NULL", __LINE__, QStringLiteral(source_unit)); \
+    } while (false)
+
+/// Ends the process through ki::boolExpressionHandling when `expr` is false.
+#define KI_CHECK_BOOL(expr)                                         \
+    do {                                                            \
+        if (!(expr)) ::ki::boolExpressionHandling(#expr, __LINE__); \
+    } while (false)

@@ -1,7 +1,12 @@
 #include <ki/GError.h>
 
+#include <atomic>
+#include <chrono>
+#include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <mutex>
+#include <thread>
 
 namespace ki {
 
@@ -41,6 +46,61 @@ std::string errno_to_string(int errnum) {
     static std::mutex mutex;
     std::lock_guard lock(mutex);
     return std::strerror(errnum);
+}
+
+namespace {
+
+constexpr int KIR_VERSION_MAJOR = 2;
+constexpr int KIR_VERSION_MINOR = 1;
+constexpr int KIR_VERSION_PATCH = 6;
+
+std::atomic<unsigned int> fatal_pause_ms{5000};
+
+void write_out(const std::string& text) {
+    std::fwrite(text.data(), 1, text.size(), stdout);
+    std::fflush(stdout);
+}
+
+[[noreturn]] void pause_and_exit(bool say_exit) {
+    write_out("program will exit in 5 sec\n");
+    gSleep(fatal_pause_ms.load());
+    if (say_exit) write_out("program exit !\n");
+    // _Exit rather than exit: the handlers may run on any thread, and static destructors
+    // racing with threads that are still running would turn a clean report into a crash.
+    std::_Exit(1);
+}
+
+}  // namespace
+
+void exit_fatal(const QString& message) {
+    write_out(str::xprintF(0, "$\n", message));
+    pause_and_exit(true);
+}
+
+void nullPointerHandling(const char* expression, int line, const QString& file) {
+    write_out(str::xprintF(0, "nullptr:$\n$\nLINE:$\n", file, expression, line));
+    pause_and_exit(false);
+}
+
+void boolExpressionHandling(const char* expression, int line) {
+    write_out(str::xprintF(0, "bool expression failure:\n$\nLINE:$\n", expression, line));
+    pause_and_exit(true);
+}
+
+void set_fatal_pause_for_tests(unsigned int milliseconds) {
+    fatal_pause_ms.store(milliseconds);
+}
+
+void gSleep(unsigned int milliseconds) {
+    std::this_thread::sleep_for(std::chrono::milliseconds(milliseconds));
+}
+
+std::string get_build_timestamp() {
+    return str::xprintF(0, "$ - $", __DATE__, __TIME__);
+}
+
+std::string get_kir_TOLA_version() {
+    return str::xprintF(0, "$.$.$", KIR_VERSION_MAJOR, KIR_VERSION_MINOR, KIR_VERSION_PATCH);
 }
 
 }  // namespace ki

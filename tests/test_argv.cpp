@@ -1,0 +1,115 @@
+#include <ki/log/GLog.h>
+#include <ki/log/LogCapture.h>
+#include <ki/tools/GArgv.h>
+#include <ki/tools/Token.h>
+
+#include <gtest/gtest.h>
+
+#include <vector>
+
+namespace {
+
+class ArgvTest : public testing::Test {
+protected:
+    void SetUp() override {
+        ki::log::reset_for_tests();
+        ki::log::configure();
+        ki::log::remove_log_appender(ki::log::get_console_appender());
+        capture = std::make_unique<ki::log::LogCapture>();
+    }
+    void TearDown() override {
+        capture.reset();
+        ki::log::reset_for_tests();
+    }
+    std::unique_ptr<ki::log::LogCapture> capture;
+};
+
+}  // namespace
+
+TEST_F(ArgvTest, Parse) {
+    const QVariant flag(true);
+    struct Row {
+        const char* name;
+        QString source;
+        QStringList must_have;
+        QMap<QString, QVariant> expected;  // empty for a refused line
+        const char* error;                 // the one logged error, or nullptr
+    };
+    const std::vector<Row> rows = {
+        {"empty command line", "", {}, {}, nullptr},
+        {"log level", "-__log_level debug", {}, {{"__log_level", "debug"}}, nullptr},
+        {"flag then value", "--verbose --x 3", {}, {{"verbose", flag}, {"x", "3"}}, nullptr},
+        {"quoted value keeps its spaces",
+         "--title \"two  words\" -n 1",
+         {},
+         {{"title", "two  words"}, {"n", "1"}},
+         nullptr},
+        {"value-less last key becomes a flag", "--a 1 --last", {}, {{"a", "1"}, {"last", flag}}, nullptr},
+        {"value starting with a dash is the next key", "--n -5", {}, {{"n", flag}, {"5", flag}}, nullptr},
+        {"no-break space separates", QStringLiteral("--a\u00A0b"), {}, {{"a", "b"}}, nullptr},
+        {"must-have keys present", "--b 2 --a 1", {"a", "b"}, {{"a", "1"}, {"b", "2"}}, nullptr},
+        {"lone dash", "-", {}, {}, "GArgv::parse, empty key"},
+        {"word without dash", "--a 1 foo", {}, {}, "GArgv::parse, expected key, got 'foo'"},
+        {"unterminated quote", "--t \"abc", {}, {}, "GArgv::parse, unterminated quote in argument string"},
+        {"quote where a key belongs", "\"abc\" --x", {}, {}, "GArgv::parse, unexpected token type"},
+        {"must-have key missing", "--a 1", {"a", "b", "c"}, {}, "'b' missing"},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.name);
+        capture->clear();
+        ki::GArgv args(row.source);
+        args.set_must_have_keys(row.must_have);
+        EXPECT_EQ(args.parse(), row.error == nullptr);
+        EXPECT_EQ(args.get_options(), row.expected);
+        const auto lines = capture->lines();
+        if (row.error == nullptr) {
+            EXPECT_TRUE(lines.empty());
+        } else {
+            ASSERT_EQ(lines.size(), 1u);
+            EXPECT_EQ(lines[0].text, row.error);
+            EXPECT_EQ(lines[0].level, ki::log::LOG_ERROR);
+        }
+    }
+}
+
+TEST_F(ArgvTest, ArgumentsSurviveJoiningAndSplitting) {
+    std::vector<const char*> argv = {"quenlo", "--title", "two words", "--empty",
+                                     "",       "-x",      "--quoted",  "say \"hi\""};
+    ki::GArgv args;
+    args.set_arguments(static_cast<int>(argv.size()), const_cast<char**>(argv.data()));
+    EXPECT_EQ(args.source(), "--title \"two words\" --empty \"\" -x --quoted \"say hi\"");
+    ASSERT_TRUE(args.parse());
+    const QMap<QString, QVariant> expected = {
+        {"title", "two words"}, {"empty", ""}, {"x", true}, {"quoted", "say hi"}};
+    EXPECT_EQ(args.get_options(), expected);
+
+    // A failed parse must not leave half-parsed options behind.
+    args.set_source("--other 1 stray");
+    EXPECT_FALSE(args.parse());
+    EXPECT_EQ(args.get_options(), expected);
+}
+
+TEST_F(ArgvTest, MissingKeyAndExample) {
+    ki::GArgv args("--a 1");
+    args.set_must_have_keys({"a", "b"});
+    args.set_optional_keys({"c"});
+    EXPECT_FALSE(args.parse());
+    EXPECT_EQ(args.getFirstMissingKey(), "b");
+    EXPECT_EQ(args.build_cmd_line_example(false), "--a arg --b arg");
+    EXPECT_EQ(args.build_cmd_line_example(true), "--a arg --b arg [--c arg]");
+    capture->clear();
+    args.show_example("quenlo");
+    EXPECT_TRUE(capture->contains("missing --b"));
+    EXPECT_TRUE(capture->contains("--help"));
+}
+
+TEST_F(ArgvTest, Tokens) {
+    using ki::store::Token;
+    using ki::store::TOKEN_TYPE;
+    const auto tokens = Token::token_from_source("a\"b c\" d");
+    ASSERT_TRUE(tokens.ok());
+    const QList<Token> expected = {
+        {TOKEN_TYPE::WORD, "a"}, {TOKEN_TYPE::QUOTE, "b c"}, {TOKEN_TYPE::WORD, "d"}, {TOKEN_TYPE::END, ""}};
+    EXPECT_EQ(tokens.get(), expected);
+    EXPECT_EQ(tokens.get()[1].to_string(), "<<<QUOTE>>> b c");
+}

@@ -1,0 +1,116 @@
+#include <ki/GError.h>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <unistd.h>
+
+#include <cstdio>
+#include <functional>
+#include <string>
+#include <vector>
+
+using testing::EndsWith;
+using testing::MatchesRegex;
+
+TEST(GErrorTest, ToStringNamesEveryClass) {
+    struct Row {
+        unsigned cls;
+        const char* name;
+    };
+    const std::vector<Row> rows = {
+        {0, "NO_CLASS"},
+        {10, "ERRNO"},
+        {20, "IO"},
+        {30, "APPLICATION"},
+        {40, "OPENGL"},
+        {50, "GLFW"},
+        {60, "KIR"},
+        {70, "GWEB_SOCKET"},
+        {80, "FTP"},
+        {90, "SFTP"},
+        {100, "SSH"},
+        {110, "XML"},
+        {120, "SVG"},
+        {210, "QT_CORE"},
+        {220, "QT_JSON"},
+        {230, "QT_NETWORK"},
+        {240, "QT_SQL"},
+        {900, "OTHER"},
+        {55, "UNKNOWN_CLASS"},
+        {1000, "UNKNOWN_CLASS"},
+    };
+    for (const Row& row : rows) {
+        ki::GError err;
+        err.set_error(row.cls, 2, QString());
+        EXPECT_EQ(err.to_string(), std::string("ERR_") + row.name + ", err:2") << row.cls;
+    }
+}
+
+TEST(GErrorTest, MessagesAndReset) {
+    ki::GError err;
+    EXPECT_EQ(err.to_string(), "OK");
+    err.set_error(ki::EC_IO, 2, "no such $", "file");
+    EXPECT_EQ(err.to_string(), "ERR_IO, err:2, no such file");
+    EXPECT_TRUE(err.is_class_IO());
+
+    ki::GError copy;
+    copy.copy_error(err);
+    err.reset();
+    EXPECT_FALSE(err.has_message());
+    EXPECT_EQ(err.to_string(), "OK");
+    EXPECT_EQ(copy.to_string(), "ERR_IO, err:2, no such file");
+
+    err.set_message("kept without a code");
+    EXPECT_EQ(err.to_string(), "OK, kept without a code");
+
+    ki::GSysResult<int> failed(copy);
+    EXPECT_FALSE(failed.ok());
+    EXPECT_EQ(ki::str::xprintF(0, "result:$", failed), "result:ERR_IO, err:2, no such file");
+    ki::GSysResult<std::string> good(std::string("value"));
+    EXPECT_TRUE(good.ok());
+    EXPECT_EQ(good.take(), "value");
+}
+
+TEST(GErrorTest, VersionAndBuildStamp) {
+    EXPECT_EQ(ki::get_kir_TOLA_version(), "2.1.6");
+    EXPECT_THAT(ki::get_build_timestamp(),
+                MatchesRegex(R"([A-Z][a-z]{2} [ 1-3][0-9] [0-9]{4} - [0-2][0-9]:[0-5][0-9]:[0-6][0-9])"));
+}
+
+TEST(GErrorDeathTest, FatalHandlersReportAndExitWithOne) {
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    ki::set_fatal_pause_for_tests(0);
+    const char* nothing = nullptr;
+    const int one = 1;
+    struct Row {
+        const char* name;
+        std::function<void()> fail;
+        int line;  // where a macro row's check sits; replaces the "@" of the expected text
+        std::string expected;
+    };
+    const std::vector<Row> rows = {
+        {"null pointer, no closing line", [&] { KI_CHECK_NULL(nothing, "src/ki/qt/GApp"); }, __LINE__,
+         "nullptr:src/ki/qt/GApp\nnothing == NULL\nLINE:@\nprogram will exit in 5 sec\n"},
+        {"false condition", [&] { KI_CHECK_BOOL(one > 2); }, __LINE__,
+         "bool expression failure:\none > 2\nLINE:@\nprogram will exit in 5 sec\nprogram exit !\n"},
+        {"direct null pointer report", [] { ki::nullPointerHandling("obj == NULL", 42, "src/ki/log/GLog"); },
+         0, "nullptr:src/ki/log/GLog\nobj == NULL\nLINE:42\nprogram will exit in 5 sec\n"},
+        {"fatal exit", [] { ki::exit_fatal(QStringLiteral("cannot go on")); }, 0,
+         "cannot go on\nprogram will exit in 5 sec\nprogram exit !\n"},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.name);
+        std::string expected = row.expected;
+        if (const size_t at = expected.find('@'); at != std::string::npos)
+            expected.replace(at, 1, std::to_string(row.line));
+        // The report goes to standard output; the death test reads standard error.
+        EXPECT_EXIT(
+            {
+                std::fflush(stdout);
+                dup2(2, 1);
+                row.fail();
+            },
+            testing::ExitedWithCode(1), EndsWith(expected));
+    }
+}

@@ -1,0 +1,349 @@
+#include <ki/GError.h>
+#include <ki/log/GLog.h>
+#include <ki/log/LogCapture.h>
+#include <ki/log/LogConfig.h>
+#include <ki/tools/time.h>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <unistd.h>
+
+#include <cstdio>
+#include <set>
+#include <string>
+#include <thread>
+#include <vector>
+
+using namespace ki::log;
+using testing::HasSubstr;
+using testing::MatchesRegex;
+
+namespace {
+
+// All tests share one process when run directly, so every case starts from a fresh log.
+class LogTest : public testing::Test {
+protected:
+    void SetUp() override { reset_for_tests(); }
+    void TearDown() override { reset_for_tests(); }
+
+    static void configure_quietly() {
+        configure();
+        remove_log_appender(get_console_appender());
+    }
+};
+
+using Numbered = std::vector<std::pair<unsigned, std::string>>;
+
+Numbered numbered(const LogCapture& capture) {
+    Numbered out;
+    for (const auto& line : capture.lines()) out.emplace_back(line.number, line.text);
+    return out;
+}
+
+}  // namespace
+
+TEST_F(LogTest, LevelFilterAndLineCounter) {
+    struct Row {
+        const char* name;
+        bool switch_off;
+        int level;
+        std::vector<std::pair<LOG_LEVEL, const char*>> messages;
+        Numbered expected;
+    };
+    const std::vector<Row> rows = {
+        {"dropped debug does not advance the counter",
+         false,
+         2,
+         {{LOG_DEBUG, "x"}, {LOG_INFO, "y"}},
+         {{1, "y"}}},
+        {"default level keeps debug, drops trace",
+         false,
+         3,
+         {{LOG_TRACE, "t"}, {LOG_DEBUG, "d"}, {LOG_ERROR, "e"}},
+         {{1, "d"}, {2, "e"}}},
+        {"error level keeps errors only",
+         false,
+         0,
+         {{LOG_WARN, "w"}, {LOG_ERROR, "e"}, {LOG_INFO, "i"}},
+         {{1, "e"}}},
+        {"trace level keeps everything", false, 4, {{LOG_TRACE, "t"}, {LOG_WARN, "w"}}, {{1, "t"}, {2, "w"}}},
+        {"log switched off drops errors too", true, 0, {{LOG_ERROR, "e"}, {LOG_WARN, "w"}}, {}},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.name);
+        reset_for_tests();
+        configure_quietly();
+        LogCapture capture;
+        set_log_level(row.level);
+        if (row.switch_off) set_log_off();
+        for (const auto& [level, text] : row.messages) log_string(level, text);
+        EXPECT_EQ(numbered(capture), row.expected);
+    }
+}
+
+TEST_F(LogTest, FormattedMessagesAndMarkers) {
+    configure_quietly();
+    LogCapture capture;
+    ki::pp_info("AppData::svg_file_path_at, index:$, size:$", 3, 87u);
+    ki::pp_warn(2, "indented");
+    ki::pp_line();
+    ki::pp_line();
+    ki::pp_info_line();
+    ki::pp_error(QStringLiteral("qstring"));
+    log_string(LOG_WARN, static_cast<const char*>(nullptr));
+    ki::pp_empty();
+    const std::vector<LogCapture::Line> expected = {
+        {1, LOG_INFO, "AppData::svg_file_path_at, index:3, size:87"},
+        {2, LOG_WARN, "  indented"},
+        {3, LOG_DEBUG, "---- [ 1 ] ------"},
+        {4, LOG_DEBUG, "---- [ 2 ] ------"},
+        {5, LOG_INFO, "=== [ 1 ] ======"},
+        {6, LOG_ERROR, "qstring"},
+        {7, LOG_WARN, "nullptr"},
+        {8, LOG_DEBUG, ""},
+    };
+    EXPECT_EQ(capture.lines(), expected);
+}
+
+TEST_F(LogTest, TraillerBits) {
+    struct Row {
+        const char* name;
+        unsigned bits;
+        unsigned digits;
+        unsigned level;
+        const char* regex;
+    };
+    const std::vector<Row> rows = {
+        {"line number only", 0, 6, 2, R"(\[000042\] )"},
+        {"level tag", 0x80, 6, 2, R"(\[000042\] \[INF\] )"},
+        {"unknown level gives an empty tag", 0x80, 6, 9, R"(\[000042\] \[\] )"},
+        {"three digits", 0x80, 3, 0, R"(\[042\] \[ERR\] )"},
+        {"time since start with milliseconds", 0x130, 6, 2, R"(\[000042\] \[00:00:0[0-9]\.[0-9]{3}\] )"},
+        {"time since start in whole seconds", 0x110, 6, 2, R"(\[000042\] \[00:00:0[0-9]\] )"},
+        {"wall clock", 0x100, 6, 2, R"(\[000042\] \[[0-2][0-9]:[0-5][0-9]:[0-6][0-9]\] )"},
+        {"time form bits without the time bit write nothing", 0x30, 6, 2, R"(\[000042\] )"},
+        {"thread id in four digits", 0x200, 6, 2, R"(\[000042\] \[[0-9]{4}\] )"},
+        {"configured bits in order", TRAILLER_CONFIGURED, 6, 3,
+         R"(\[000042\] \[DEB\] \[00:00:0[0-9]\.[0-9]{3}\] \[[0-9]{4}\] )"},
+    };
+    start_log_time();
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.name);
+        set_log_digits(row.digits);
+        EXPECT_THAT(trailler(42, static_cast<LOG_LEVEL>(row.level), row.bits), MatchesRegex(row.regex));
+    }
+}
+
+TEST_F(LogTest, ConsoleLine) {
+    configure();
+    testing::internal::CaptureStdout();
+    ki::pp_info("text");
+    log_string(LOG_WARN, static_cast<const char*>(nullptr));
+    EXPECT_THAT(testing::internal::GetCapturedStdout(),
+                MatchesRegex(R"(\[000001\] \[INF\] \[00:00:00\.[0-9]{3}\] \[[0-9]{4}\] text)"
+                             "\n"
+                             R"(\[000002\] \[WRN\] \[00:00:00\.[0-9]{3}\] \[[0-9]{4}\] nullptr)"
+                             "\n"));
+}
+
+TEST_F(LogTest, OutputBeforeConfigureIsRaw) {
+    struct Row {
+        const char* name;
+        LOG_LEVEL level;
+        const char* text;
+        const char* expected_err;
+        const char* expected_out;
+    };
+    const std::vector<Row> rows = {
+        {"error to standard error", LOG_ERROR, "e", "e\n", ""},
+        {"warning to standard error", LOG_WARN, "w", "w\n", ""},
+        {"info to standard output", LOG_INFO, "i", "", "i\n"},
+        {"trace not filtered yet", LOG_TRACE, "t", "", "t\n"},
+        {"null text", LOG_ERROR, nullptr, "nullptr\n", ""},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.name);
+        testing::internal::CaptureStdout();
+        testing::internal::CaptureStderr();
+        log_string(row.level, row.text);
+        const std::string err = testing::internal::GetCapturedStderr();
+        EXPECT_EQ(testing::internal::GetCapturedStdout(), row.expected_out);
+        EXPECT_EQ(err, row.expected_err);
+    }
+}
+
+TEST_F(LogTest, ParseLogLevel) {
+    struct Row {
+        const char* text;
+        unsigned expected;
+    };
+    const std::vector<Row> rows = {
+        {"0", 0},    {"3", 3},       {"7", 4},   {"-1", 2},  {"err", 0},     {"Error", 0}, {"wrn", 1},
+        {"warn", 1}, {"WARNING", 1}, {"inf", 2}, {"in", 2},  {"INFO", 2},    {"deb", 3},   {"Debug", 3},
+        {"tra", 4},  {"trace", 4},   {"no", 5},  {"NOP", 5}, {"verbose", 2}, {"", 2},      {"debugx", 2},
+    };
+    for (const Row& row : rows)
+        EXPECT_EQ(parse_log_level(QString::fromUtf8(row.text), 2), row.expected) << row.text;
+}
+
+TEST_F(LogTest, LevelRefusals) {
+    struct Row {
+        const char* name;
+        std::vector<const char*> argv;
+        int set_level;  // -2: none
+        unsigned expected_level;
+        const char* expected_out;
+    };
+    const std::vector<Row> rows = {
+        {"set_log_level refuses 5", {"quenlo"}, 5, 3, "set_log_level out of range 0-4, level:5 ?\n"},
+        {"set_log_level refuses negative", {"quenlo"}, -1, 3, "set_log_level out of range 0-4, level:-1 ?\n"},
+        {"command line cannot switch off",
+         {"quenlo", "-__log_level", "no"},
+         -2,
+         3,
+         "set_log_level out of range 0-4, level:5 ?\n"},
+        {"command line name", {"quenlo", "--__log_level", "WARN"}, -2, 1, ""},
+        {"command line number capped", {"quenlo", "-__log_level", "9"}, -2, 4, ""},
+        {"command line unknown name falls back to info", {"quenlo", "-__log_level", "loud"}, -2, 2, ""},
+        {"broken command line keeps defaults",
+         {"quenlo", "stray"},
+         -2,
+         3,
+         "log::configure, GArgv parser error\n"},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.name);
+        reset_for_tests();
+        std::vector<char*> argv;
+        for (const char* arg : row.argv) argv.push_back(const_cast<char*>(arg));
+        testing::internal::CaptureStdout();
+        testing::internal::CaptureStderr();
+        configure(static_cast<int>(argv.size()), argv.data(), true);
+        if (row.set_level != -2) set_log_level(row.set_level);
+        testing::internal::GetCapturedStderr();
+        EXPECT_EQ(testing::internal::GetCapturedStdout(), row.expected_out);
+        EXPECT_EQ(get_log_level(), row.expected_level);
+    }
+}
+
+TEST_F(LogTest, AppenderRegistration) {
+    configure_quietly();
+    LogCapture enabled;
+    LogCapture disabled;
+    disabled.set_enabled(false);
+    add_log_appender(&enabled);  // registering twice must not double the lines
+    ki::pp("one");
+    {
+        LogCapture removed;
+        ki::pp("two");
+        EXPECT_EQ(numbered(removed), (Numbered{{2, "two"}}));
+    }
+    ki::pp("three");
+    EXPECT_EQ(numbered(enabled), (Numbered{{1, "one"}, {2, "two"}, {3, "three"}}));
+    EXPECT_TRUE(disabled.lines().empty());
+}
+
+// Regression guard: an appender that logs used to lock the log mutex a second time.
+TEST_F(LogTest, AppenderThatLogsDoesNotDeadlock) {
+    struct Echo : LogAppender {
+        void log_string(unsigned, LOG_LEVEL, const char* text) override { ki::pp_warn("echo:$", text); }
+    } echo;
+    configure_quietly();
+    add_log_appender(&echo);
+    testing::internal::CaptureStderr();
+    ki::pp("hello");
+    const std::string err = testing::internal::GetCapturedStderr();
+    remove_log_appender(&echo);
+    EXPECT_EQ(err, "echo:hello\n");
+}
+
+TEST_F(LogTest, ConcurrentLoggingKeepsEveryLineOnceInOrder) {
+    constexpr int THREADS = 8;
+    constexpr int LINES = 10000;
+    configure_quietly();
+    LogCapture first;
+    LogCapture second;
+    std::vector<std::thread> threads;
+    for (int t = 0; t < THREADS; ++t)
+        threads.emplace_back([t] {
+            for (int i = 0; i < LINES; ++i) ki::pp("t$-$", t, i);
+        });
+    for (std::thread& thread : threads) thread.join();
+
+    for (const LogCapture* capture : {&first, &second}) {
+        const auto lines = capture->lines();
+        ASSERT_EQ(lines.size(), size_t(THREADS * LINES));
+        std::set<std::string> texts;
+        for (size_t i = 0; i < lines.size(); ++i) {
+            texts.insert(lines[i].text);
+            if (i > 0) {
+                ASSERT_LT(lines[i - 1].number, lines[i].number) << "at " << i;
+            }
+        }
+        EXPECT_EQ(texts.size(), size_t(THREADS * LINES));
+        for (int t = 0; t < THREADS; ++t)
+            EXPECT_TRUE(texts.count(ki::str::xprintF(0, "t$-$", t, LINES - 1))) << t;
+    }
+}
+
+TEST_F(LogTest, SmallThreadIds) {
+    struct Row {
+        unsigned long long id;
+        unsigned expected;  // MurmurHash3 fmix64, low 32 bits mod 10000, computed independently
+    };
+    for (const Row& row : std::vector<Row>{{0, 0}, {1, 1228}, {0x123456789abcdefULL, 1162}, {~0ULL, 5233}})
+        EXPECT_EQ(ki::reduce_id_len(row.id), row.expected) << row.id;
+
+    configure_quietly();
+    unsigned other_id = 0;
+    bool other_is_main = true;
+    std::thread([&] {
+        other_id = ki::get_fast_thread_id();
+        other_is_main = ki::is_main_thread();
+    }).join();
+    EXPECT_TRUE(ki::is_main_thread());
+    EXPECT_FALSE(other_is_main);
+    EXPECT_NE(other_id, ki::get_fast_thread_id());
+    EXPECT_EQ(ki::get_fast_thread_id(), ki::get_fast_thread_id());
+}
+
+TEST_F(LogTest, CompactHourForm) {
+    using namespace ki::time;
+    struct Row {
+        long long us;
+        FORM_SECOND form;
+        const char* expected;
+    };
+    const std::vector<Row> rows = {
+        {0, FORM_MILLISECONDS, "00:00:00.000"},      {3723004005LL, FORM_MILLISECONDS, "01:02:03.004"},
+        {3723004005LL, FORM_SECONDS, "01:02:03"},    {3723004005LL, FORM_MICROSECONDS, "01:02:03.004005"},
+        {360000000000LL, FORM_SECONDS, "100:00:00"}, {-1500000, FORM_MILLISECONDS, "-00:00:01.500"},
+    };
+    for (const Row& row : rows) EXPECT_EQ(format_compact_hour(row.us, row.form), row.expected) << row.us;
+}
+
+TEST_F(LogTest, LogConfigText) {
+    LogConfig config;
+    EXPECT_EQ(config.to_string(), "LogConfig, 3, logControl:0, digits:6, autoScrollHorz:false");
+    config.ini();
+    config.autoScrollHorz = true;
+    EXPECT_EQ(config.to_string(), "LogConfig, 3, logControl:990, digits:6, autoScrollHorz:true");
+    config.logLevel = 5;
+    EXPECT_FALSE(config.is_enabled());
+    EXPECT_EQ(config.to_string(), "LogConfig, DISABLED,  5, logControl:990, digits:6, autoScrollHorz:true");
+}
+
+using LogDeathTest = LogTest;
+
+TEST_F(LogDeathTest, NullAppenderEndsTheProcess) {
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    ki::set_fatal_pause_for_tests(0);
+    EXPECT_EXIT(
+        {
+            std::fflush(stdout);
+            dup2(2, 1);
+            add_log_appender(nullptr);
+        },
+        testing::ExitedWithCode(1), HasSubstr("nullptr:src/ki/log/GLog\nappender == NULL\nLINE:"));
+}
