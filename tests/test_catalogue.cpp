@@ -2,6 +2,8 @@
 #include "app/ChinChar.h"
 #include "app/morvel.h"
 
+#include <ki/log/GLog.h>
+#include <ki/log/LogCapture.h>
 #include <ki/tools/file.h>
 
 #include <gtest/gtest.h>
@@ -95,8 +97,20 @@ TEST(Catalogue, OrderingAndRejectionOfOddNames) {
     for (const char* name : {"10.svg", "9.svg", "abc.svg", "20013.SVG", "3", "99999999999.svg", "b.txt"}) {
         write_file(dir.filePath(name), "<svg/>");
     }
+    ki::log::configure();
+    ki::log::LogCapture capture;
     AppData data(dir.path());
     data.load();
+    const auto lines = capture.lines();
+    std::vector<std::string> rejected;
+    for (const auto& l : lines) {
+        if (l.text.find("unicode ?") != std::string::npos || l.text.rfind("sFile", 0) == 0) rejected.push_back(l.text);
+    }
+    const std::vector<std::string> want_rejected = {
+        "AppData::load - unicode ?", " AppData::load - unicode ?", "  AppData::load - unicode ?", "sFile '99999999999'",
+        "AppData::load - unicode ?", " AppData::load - unicode ?", "  AppData::load - unicode ?", "sFile 'abc'",
+        "AppData::load - unicode ?", " AppData::load - unicode ?", "  AppData::load - unicode ?", "sFile 'b.txt'"};
+    EXPECT_EQ(rejected, want_rejected) << "three errors and the cut name for each name that is not a code point";
     std::vector<std::pair<QString, int>> got;
     for (unsigned i = 0; i < data.size(); ++i) got.emplace_back(data.appObject_at(i).fileName, data.unicode_at(i));
     const std::vector<std::pair<QString, int>> want = {{"3", 3}, {"9.svg", 9}, {"10.svg", 10}, {"20013.SVG", 20013}};
@@ -105,8 +119,10 @@ TEST(Catalogue, OrderingAndRejectionOfOddNames) {
     EXPECT_EQ(data.appObject_at(3).chinChar.pinyin, QStringLiteral("zhōng")) << "joined with its level row";
     EXPECT_TRUE(data.appObject_at(0).chinChar.pinyin.isEmpty()) << "no level row: empty record";
 
+    capture.clear();
     data.load();
     EXPECT_EQ(data.size(), 4u) << "a second load changes nothing";
+    EXPECT_TRUE(capture.contains("AppData::load, already called"));
 
     EXPECT_TRUE(data.appObject_at(data.size()).fileName.isEmpty());
     EXPECT_EQ(data.unicode_at(data.size()), -1);
