@@ -1,0 +1,125 @@
+#pragma once
+// The program's one persistent key-value store, over QSettings in the platform's native format.
+// The organisation and application names set before the first `instance()` call decide where
+// the values live.
+
+#include <ki/store/GNode.h>
+
+#include <QColor>
+#include <QObject>
+#include <QPoint>
+#include <QRect>
+#include <QSettings>
+#include <QSize>
+#include <QString>
+#include <QVariant>
+
+class QSplitter;
+
+namespace ki::qt {
+
+class GSettings : public QSettings {
+public:
+    /// Created on first use, destroyed at process exit.
+    static GSettings& instance();
+    static void init() {}
+    /// instance().dump_it(indent).
+    static void dump(unsigned int indent = 0);
+
+    /// Set by the program in debug runs: start-up then drops all settings instead of checking
+    /// the configuration version.
+    static inline bool flagDebug = false;
+
+    /// With `object`, the value is stored under "key@objectName"; otherwise under key.
+    void set(const QString& key, const QVariant& value, const QObject* object = nullptr);
+    void set(const QString& key, const Qt::GlobalColor& color, const QObject* object = nullptr);
+
+    /// The stored value converted to T; the default when the key is missing or the stored
+    /// text does not convert (logged).
+    template <typename T>
+    T get(const QString& key, const T& default_value, const QObject* object = nullptr) {
+        const QString full_key = object_key(key, object);
+        QVariant stored = value(full_key);
+        if (!stored.isValid()) return default_value;
+        if (!stored.convert(QMetaType::fromType<T>())) {
+            pp_warn("GSettings::get, key:'$' does not hold a $", full_key, QMetaType::fromType<T>().name());
+            return default_value;
+        }
+        return stored.value<T>();
+    }
+    unsigned int get_uint(const QString& key, unsigned int default_value, const QObject* object = nullptr) {
+        return get<unsigned int>(key, default_value, object);
+    }
+    int get_int(const QString& key, int default_value, const QObject* object = nullptr) {
+        return get<int>(key, default_value, object);
+    }
+    float get_float(const QString& key, float default_value, const QObject* object = nullptr) {
+        return get<float>(key, default_value, object);
+    }
+    double get_double(const QString& key, double default_value, const QObject* object = nullptr) {
+        return get<double>(key, default_value, object);
+    }
+    QColor get_color(const QString& key, const QColor& default_value, const QObject* object = nullptr);
+
+    void set_rect(const QString& key, const QRect& rect) { setValue(key, rect); }
+    QRect get_rect(const QString& key, const QRect& default_value) { return get<QRect>(key, default_value); }
+    void set_point(const QString& key, const QPoint& point) { setValue(key, point); }
+    QPoint get_point(const QString& key, const QPoint& default_value) {
+        return get<QPoint>(key, default_value);
+    }
+    void set_size(const QString& key, const QSize& size) { setValue(key, size); }
+    QSize get_size(const QString& key, const QSize& default_value) { return get<QSize>(key, default_value); }
+
+    /// Stored under "splitter/<objectName>"; a splitter without an object name is skipped
+    /// (logged) because all such splitters would share one key. Null ends the program.
+    void save_splitter_state(QSplitter* splitter);
+    void restore_splitter_state(QSplitter* splitter);
+
+    /// The node as its Base64 text under key.
+    void set_node(const QString& key, const ki::store::GNode& node);
+    /// An empty node when the key is missing or its text is refused (logged).
+    ki::store::GNode get_node(const QString& key);
+
+    /// Drops every key and writes the empty store out.
+    void clear_config();
+    /// Reads the stored configuration version; when it is older than `expected_version`,
+    /// optionally drops all settings, stores the expected version and returns true.
+    bool check_update_config(unsigned int expected_version, bool clear);
+    unsigned int get_version() const { return version; }
+    unsigned int get_version_minimum() const { return version_minimum; }
+    /// Informative only: the oldest configuration version this build still reads.
+    void set_version_minimum(unsigned int minimum) { version_minimum = minimum; }
+
+    void set_theme(unsigned int theme) { setValue(KEY_THEME, theme); }
+    unsigned int get_theme() { return get_uint(KEY_THEME, 0); }
+    void set_config_version(unsigned int config_version) { setValue(KEY_CONFIG_VERSION, config_version); }
+    unsigned int get_config_version() { return get_uint(KEY_CONFIG_VERSION, 0); }
+    void set_log_level(unsigned int level) { setValue(KEY_LOG_LEVEL, level); }
+    unsigned int get_log_level() { return get_uint(KEY_LOG_LEVEL, 3); }
+
+    void set_app_node(const ki::store::GNode& node) { set_node(KEY_APP_NODE, node); }
+    ki::store::GNode get_app_node() { return get_node(KEY_APP_NODE); }
+    /// Stored under "Window/<name>"; an empty name is refused (logged).
+    void set_window_node(const ki::store::GNode& node, const QString& name);
+    ki::store::GNode get_window_node(const QString& name);
+
+    /// Writes every key and value and the config, Window and GApplication sections to the log.
+    void dump_it(unsigned int indent = 0);
+
+    static constexpr const char* KEY_THEME = "ui/theme";
+    static constexpr const char* KEY_CONFIG_VERSION = "config/version";
+    static constexpr const char* KEY_LOG_LEVEL = "log/level";
+    static constexpr const char* KEY_APP_NODE = "GApplication/app";
+    static constexpr const char* GROUP_WINDOW = "Window";
+
+    /// "key@objectName" for an object, otherwise key.
+    static QString object_key(const QString& key, const QObject* object);
+
+private:
+    explicit GSettings(QObject* parent = nullptr);
+
+    unsigned int version = 0;
+    unsigned int version_minimum = 0;
+};
+
+}  // namespace ki::qt

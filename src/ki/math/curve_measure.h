@@ -1,0 +1,82 @@
+#pragma once
+// Arc length of parametric curves over t in [0, 1]: adaptive Gauss-Legendre quadrature of the
+// speed |B'(t)|, and its inverse (the parameter at which a given length is reached).
+// Shared by the curve elements of this folder only.
+
+#include <algorithm>
+#include <cmath>
+
+namespace ki::math::detail {
+
+template <typename Speed>
+double gauss5(const Speed& speed, double a, double b) {
+    static constexpr double X[5] = {0.0, -0.5384693101056831, 0.5384693101056831, -0.9061798459386640,
+                                    0.9061798459386640};
+    static constexpr double W[5] = {0.5688888888888889, 0.4786286704993665, 0.4786286704993665,
+                                    0.2369268850561891, 0.2369268850561891};
+    const double half = 0.5 * (b - a);
+    const double mid = 0.5 * (a + b);
+    double sum = 0.0;
+    for (int i = 0; i < 5; ++i) sum += W[i] * speed(mid + half * X[i]);
+    return sum * half;
+}
+
+template <typename Speed>
+double integrate_adaptive(const Speed& speed, double a, double b, double whole, double tolerance, int depth) {
+    const double m = 0.5 * (a + b);
+    const double left = gauss5(speed, a, m);
+    const double right = gauss5(speed, m, b);
+    const double both = left + right;
+    // Written so that a NaN (coordinates near the float limit) ends the recursion too.
+    if (depth <= 0 || !(std::abs(both - whole) > tolerance)) return both;
+    return integrate_adaptive(speed, a, m, left, 0.5 * tolerance, depth - 1) +
+           integrate_adaptive(speed, m, b, right, 0.5 * tolerance, depth - 1);
+}
+
+/// The integral of `speed` over [a, b]. Starts from several pieces so that a cusp, where the
+/// speed has a kink, cannot hide between the nodes of a single rule.
+template <typename Speed>
+double integrate_speed(const Speed& speed, double a, double b) {
+    if (!(b > a)) return 0.0;
+    constexpr int PIECES = 8;
+    double pieces[PIECES];
+    double rough = 0.0;
+    const double step = (b - a) / PIECES;
+    for (int i = 0; i < PIECES; ++i) {
+        pieces[i] = gauss5(speed, a + i * step, a + (i + 1) * step);
+        rough += pieces[i];
+    }
+    const double tolerance = std::max(std::abs(rough) * 1e-9, 1e-15) / PIECES;
+    double sum = 0.0;
+    for (int i = 0; i < PIECES; ++i)
+        sum += integrate_adaptive(speed, a + i * step, a + (i + 1) * step, pieces[i], tolerance, 24);
+    return sum;
+}
+
+/// The parameter t in [0, 1] at which the length from 0 reaches `length`; `total` is the
+/// length over [0, 1]. Newton steps kept inside a shrinking bracket, bisection when a step
+/// would leave it (the speed may vanish at a cusp).
+template <typename Speed>
+double parameter_at_length(const Speed& speed, double total, double length) {
+    if (!(length > 0.0) || !(total > 0.0)) return 0.0;
+    if (length >= total) return 1.0;
+    double lo = 0.0;
+    double hi = 1.0;
+    double t = length / total;
+    const double tolerance = total * 1e-8;
+    for (int i = 0; i < 60; ++i) {
+        const double f = integrate_speed(speed, 0.0, t) - length;
+        if (std::abs(f) <= tolerance) break;
+        if (f > 0.0)
+            hi = t;
+        else
+            lo = t;
+        const double d = speed(t);
+        double next = d > 0.0 ? t - f / d : -1.0;
+        if (!(next > lo && next < hi)) next = 0.5 * (lo + hi);
+        t = next;
+    }
+    return t;
+}
+
+}  // namespace ki::math::detail

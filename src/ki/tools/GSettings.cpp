@@ -1,0 +1,145 @@
+#include <ki/GError.h>
+#include <ki/log/GLog.h>
+#include <ki/store/BuiltinTypes.h>
+#include <ki/tools/GSettings.h>
+
+#include <QSplitter>
+#include <iostream>
+
+namespace ki::qt {
+
+namespace {
+
+QString splitter_key(const QSplitter* splitter) {
+    return QStringLiteral("splitter/") + splitter->objectName();
+}
+
+QString window_key(const QString& name) {
+    return QString::fromLatin1(GSettings::GROUP_WINDOW) + u'/' + name;
+}
+
+}  // namespace
+
+GSettings::GSettings(QObject* parent) : QSettings(parent) {}
+
+GSettings& GSettings::instance() {
+    // Nodes read from the store may carry records; their types must be known first.
+    ki::store::register_builtin_types();
+    static GSettings settings;
+    return settings;
+}
+
+void GSettings::dump(unsigned int indent) {
+    instance().dump_it(indent);
+}
+
+QString GSettings::object_key(const QString& key, const QObject* object) {
+    if (object == nullptr) return key;
+    return key + u'@' + object->objectName();
+}
+
+void GSettings::set(const QString& key, const QVariant& value, const QObject* object) {
+    setValue(object_key(key, object), value);
+}
+
+void GSettings::set(const QString& key, const Qt::GlobalColor& color, const QObject* object) {
+    setValue(object_key(key, object), QColor(color));
+}
+
+QColor GSettings::get_color(const QString& key, const QColor& default_value, const QObject* object) {
+    return get<QColor>(key, default_value, object);
+}
+
+void GSettings::save_splitter_state(QSplitter* splitter) {
+    KI_CHECK_NULL(splitter, "src/ki/tools/GSettings");
+    if (splitter->objectName().isEmpty()) {
+        pp_warn("GSettings::save_splitter_state, splitter without object name, not saved");
+        return;
+    }
+    setValue(splitter_key(splitter), splitter->saveState());
+}
+
+void GSettings::restore_splitter_state(QSplitter* splitter) {
+    KI_CHECK_NULL(splitter, "src/ki/tools/GSettings");
+    if (splitter->objectName().isEmpty()) {
+        pp_warn("GSettings::restore_splitter_state, splitter without object name, not restored");
+        return;
+    }
+    const QByteArray state = value(splitter_key(splitter)).toByteArray();
+    if (!state.isEmpty() && !splitter->restoreState(state))
+        pp_warn("GSettings::restore_splitter_state, state of '$' refused", splitter->objectName());
+}
+
+void GSettings::set_node(const QString& key, const ki::store::GNode& node) {
+    pp("GSettings::set_node, key:'$'", key);
+    setValue(key, node.to_base_64_string());
+}
+
+ki::store::GNode GSettings::get_node(const QString& key) {
+    const QString text = value(key, QString()).toString();
+    if (text.isEmpty()) return {};
+    return ki::store::GNode::from_base_64_string(text);
+}
+
+void GSettings::set_window_node(const ki::store::GNode& node, const QString& name) {
+    if (name.isEmpty()) {
+        pp_error("GSettings::set_window_node, empty window name");
+        return;
+    }
+    set_node(window_key(name), node);
+}
+
+ki::store::GNode GSettings::get_window_node(const QString& name) {
+    if (name.isEmpty()) {
+        pp_error("GSettings::get_window_node, empty window name");
+        return {};
+    }
+    return get_node(window_key(name));
+}
+
+void GSettings::clear_config() {
+    pp("GSettings::clear_config");
+    clear();
+    sync();
+    pp("GSettings::~clear_config");
+}
+
+bool GSettings::check_update_config(unsigned int expected_version, bool clear) {
+    version = get_config_version();
+    if (version >= expected_version) return false;
+    std::cout << "GSettings::check_update_config, current version:" << version
+              << ", version expected:" << expected_version << std::endl;
+    if (clear) {
+        pp("GSettings::check_update_config - CLEAR");
+        clear_config();
+    }
+    set_config_version(expected_version);
+    return true;
+}
+
+void GSettings::dump_it(unsigned int indent) {
+    const std::string dashes(33, '-');
+    const QStringList keys = allKeys();
+    pp(str::xprintF(indent, "$", dashes));
+    pp(str::xprintF(indent, "GSettings"));
+    pp(str::xprintF(indent, "allKeys:$", static_cast<long long>(keys.size())));
+    for (const QString& key : keys) {
+        pp(str::xprintF(indent, "[$]='$'", key, ki::store::GAttributes::value_to_string(value(key))));
+    }
+    pp(str::xprintF(indent, "config"));
+    pp(str::xprintF(indent + 3, "version:$", get_config_version()));
+    for (const char* group : {GROUP_WINDOW, "GApplication"}) {
+        pp(str::xprintF(indent, "$", group));
+        beginGroup(QString::fromLatin1(group));
+        const QStringList names = childKeys();
+        endGroup();
+        for (const QString& name : names) {
+            const QString full_key = QString::fromLatin1(group) + u'/' + name;
+            pp(str::xprintF(indent + 3, "$, base64 length:$", name,
+                            static_cast<long long>(value(full_key).toString().size())));
+        }
+    }
+    pp(str::xprintF(indent, "$", dashes));
+}
+
+}  // namespace ki::qt

@@ -1,0 +1,262 @@
+#include <gtest/gtest.h>
+#include <ki/log/LogCapture.h>
+#include <ki/xml/XNode.h>
+
+#include <QBuffer>
+#include <QDir>
+#include <QFile>
+#include <QPainterPath>
+#include <QTemporaryDir>
+
+#include "app/stroke/Anim.h"
+
+using morvel::Anim;
+
+namespace {
+
+const QString OUTLINE = R"~(<path id="a" d="M 0 0 L 10 0 L 10 10 Z"/>)~";
+const QString CLIP = R"~(<clipPath id="c"><use href="#a"/></clipPath>)~";
+const QString CENTRE = R"~(<path clip-path="url(#c)" d="M 1 1 L 9 9"/>)~";
+
+ki::GSysResult<Anim> build_text(const QString& svg) {
+    QByteArray data = svg.toUtf8();
+    QBuffer buffer(&data);
+    buffer.open(QIODevice::ReadOnly);
+    const ki::xml::XNodeResult doc = ki::xml::XNode::parse(buffer);
+    EXPECT_TRUE(doc.ok()) << doc.to_string();
+    return Anim::build_from_svg(doc.value.get());
+}
+
+QString svg(const QString& body, const QString& rootAttributes = R"~(viewBox="0 0 1024 1024")~") {
+    return "<svg xmlns='http://www.w3.org/2000/svg' " + rootAttributes + ">" + body + "</svg>";
+}
+
+void write_file(const QString& path, const QByteArray& content) {
+    QFile file(path);
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+    file.write(content);
+}
+
+// The outline flattened independently of the stroke model's own distance code.
+QPainterPath flattened(const ki::math::Path& path) {
+    QPainterPath out;
+    out.setFillRule(Qt::WindingFill);
+    for (const ki::math::Contour& contour : path.get_contours()) {
+        out.moveTo(contour.start.x, contour.start.y);
+        for (const ki::math::Element& element : contour.elements) {
+            const float length = ki::math::element_length(element);
+            for (int k = 1; k <= 16; ++k) {
+                const glm::vec2 p = ki::math::element_point_at_length(element, length * k / 16.0f);
+                out.lineTo(p.x, p.y);
+            }
+        }
+        out.closeSubpath();
+    }
+    return out;
+}
+
+}  // namespace
+
+TEST(AnimBuild, EveryStructuralFaultFailsTheWholeCharacter) {
+    const QString badOutlineData = "M 0 0 L 10";
+    const QString badCentreData = "M 1 1 Q 9";
+    struct Row {
+        const char* name;
+        QString body;
+        QString message;
+    };
+    const Row rows[] = {
+        {"duplicate outline id", OUTLINE + OUTLINE + CLIP + CENTRE, "duplicate outline id 'a'"},
+        {"centre line reuses an outline id",
+         OUTLINE + CLIP + R"~(<path id="a" clip-path="url(#c)" d="M 1 1 L 2 2"/>)~",
+         "duplicate outline id 'a'"},
+        {"clipPath without id", OUTLINE + R"~(<clipPath><use href="#a"/></clipPath>)~" + CENTRE,
+         "clipPath without id"},
+        {"clipPath without use", OUTLINE + R"~(<clipPath id="c"><rect/></clipPath>)~" + CENTRE,
+         "clipPath 'c' contains no use node"},
+        {"use nested below a group is not found",
+         OUTLINE + R"~(<clipPath id="c"><g><use href="#a"/></g></clipPath>)~",
+         "clipPath 'c' contains no use node"},
+        {"clipPath with two uses",
+         OUTLINE + R"~(<clipPath id="c"><use href="#a"/><use href="#a"/></clipPath>)~",
+         "clipPath 'c' contains multiple use nodes"},
+        {"href without hash", OUTLINE + R"~(<clipPath id="c"><use href="a"/></clipPath>)~" + CENTRE,
+         "clipPath 'c' has invalid href 'a'"},
+        {"bare hash href", OUTLINE + R"~(<clipPath id="c"><use href="#"/></clipPath>)~" + CENTRE,
+         "clipPath 'c' has invalid href '#'"},
+        {"prefixed xlink:href is not read",
+         OUTLINE +
+             R"~(<clipPath id="c"><use xmlns:xlink="http://www.w3.org/1999/xlink" xlink:href="#a"/></clipPath>)~",
+         "clipPath 'c' has invalid href ''"},
+        {"duplicate clipPath id", OUTLINE + CLIP + CLIP + CENTRE, "duplicate clipPath id 'c'"},
+        {"clip-path not a url", OUTLINE + CLIP + R"~(<path clip-path="#c" d="M 1 1 L 2 2"/>)~",
+         "invalid clip-path '#c'"},
+        {"clip-path without closing parenthesis",
+         OUTLINE + CLIP + R"~(<path clip-path="url(#c" d="M 1 1 L 2 2"/>)~", "invalid clip-path 'url(#c'"},
+        {"clipPath not found", OUTLINE + CLIP + R"~(<path clip-path="url(#x)" d="M 1 1 L 2 2"/>)~",
+         "clipPath 'x' not found"},
+        {"outline not found", OUTLINE + R"~(<clipPath id="c"><use href="#zz"/></clipPath>)~" + CENTRE,
+         "outline path 'zz' not found"},
+        {"outline without d", R"~(<path id="a"/>)~" + CLIP + CENTRE, "outline path 'a' has no d attribute"},
+        {"centre line without d", OUTLINE + CLIP + R"~(<path clip-path="url(#c)" d=""/>)~",
+         "animation path for clip 'c' has no d attribute"},
+        {"unparsable outline", R"~(<path id="a" d=")~" + badOutlineData + R"~("/>)~" + CLIP + CENTRE,
+         "cannot parse outline path 'a': " +
+             ki::math::Path::from_svg_path_data(badOutlineData).get_message()},
+        {"unparsable centre line",
+         OUTLINE + CLIP + R"~(<path clip-path="url(#c)" d=")~" + badCentreData + R"~("/>)~",
+         "cannot parse animation path for clip 'c': " +
+             ki::math::Path::from_svg_path_data(badCentreData).get_message()},
+        {"no strokes", OUTLINE + CLIP, "Anim::build_from_svg, no animation strokes found"},
+        {"first fault in document order wins",
+         OUTLINE + CLIP +
+             R"~(<path clip-path="bad" d="M 1 1 L 2 2"/><path clip-path="url(#x)" d="M 1 1 L 2 2"/>)~",
+         "invalid clip-path 'bad'"},
+        {"reference faults are found before stroke faults",
+         OUTLINE + CLIP + R"~(<path clip-path="bad" d="M 1 1 L 2 2"/>)~" + CLIP, "duplicate clipPath id 'c'"},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.name);
+        const ki::GSysResult<Anim> result = build_text(svg(row.body));
+        EXPECT_FALSE(result.ok());
+        EXPECT_EQ(result.error_class, ki::EC_KIR);
+        EXPECT_EQ(result.error, 30);
+        EXPECT_EQ(result.get_message(), row.message);
+        EXPECT_TRUE(result.value.strokes.empty());
+    }
+    const ki::GSysResult<Anim> null = Anim::build_from_svg(nullptr);
+    EXPECT_EQ(null.error, 20);
+    EXPECT_EQ(null.message, "Anim::build_from_svg, xmlSvgDocument is null");
+}
+
+TEST(AnimBuild, ViewBoxIsReadOrLeftZeroWithAWarning) {
+    struct Row {
+        const char* name;
+        QString rootAttributes;
+        ki::math::Rect expected;
+        std::string warning = {};
+    };
+    const ki::math::Rect zero;
+    const std::string count = "expected 4 values";
+    const Row rows[] = {
+        {"blank separated", R"~(viewBox="0 0 1024 1024")~", {0, 0, 1024, 1024}},
+        {"comma separated", R"~(viewBox="0,0,1024,1024")~", {0, 0, 1024, 1024}},
+        {"padding, tabs and negative origin", "viewBox=' -10, -20.5  300\t400 '", {-10, -20.5f, 300, 400}},
+        {"three numbers", R"~(viewBox="0 0 1024")~", zero, "invalid SVG viewBox '0 0 1024', " + count},
+        {"zero width", R"~(viewBox="0 0 0 1024")~", zero, "invalid SVG viewBox values '0 0 0 1024'"},
+        {"negative height", R"~(viewBox="0 0 1024 -5")~", zero, "invalid SVG viewBox values '0 0 1024 -5'"},
+        {"not a number", R"~(viewBox="0 0 wide 1024")~", zero, "invalid SVG viewBox values '0 0 wide 1024'"},
+        {"no viewBox", "", zero},
+    };
+    if (!ki::log::is_configured()) ki::log::configure();
+    ki::log::LogCapture capture;
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.name);
+        capture.clear();
+        const ki::GSysResult<Anim> result = build_text(svg(OUTLINE + CLIP + CENTRE, row.rootAttributes));
+        ASSERT_TRUE(result.ok()) << result.to_string();
+        EXPECT_EQ(result.value.viewBox, row.expected) << result.value.viewBox.to_string();
+        if (row.warning.empty())
+            EXPECT_FALSE(capture.contains("viewBox")) << capture.text();
+        else
+            EXPECT_EQ(capture.count(row.warning), 1) << capture.text();
+    }
+}
+
+TEST(AnimBuild, RichDocumentYieldsStrokesInCentreLineOrder) {
+    const QString rich = R"~(<?xml version="1.0" encoding="UTF-8"?>
+<!-- drawn by hand -->
+<svg xmlns="http://www.w3.org/2000/svg" xmlns:xlink="http://www.w3.org/1999/xlink" version="1.1"
+     viewBox="0 0 1024 1024" width="100%">
+  <style><![CDATA[ path { fill: #ccc; } ]]></style>
+  <g id="outlines" fill="gray">
+    <defs>
+      <path id="late" style="fill:red" d="M 300 300 L 500 300 L 500 500 Z"/>
+      <path id="early" d="M 90 90 C 150 80 220 150 210 210 L 90 210 Z"/>
+      <path id="unused" d="M 0 0 L 1 1"/>
+    </defs>
+    <clipPath id="z-clip"><use href="#early" xlink:title="x"/></clipPath>
+    <clipPath id="a-clip"><use href="#late"/></clipPath>
+    <clipPath id="spare"><use href="#unused"/></clipPath>
+  </g>
+  <g>
+    <path clip-path="url(#z-clip)" pathLength="1" fill="none" d="M 100 100 C 150 100 200 150 200 200"/>
+    <path clip-path="url(#a-clip)" d="M 320 310 L 490 490"/>
+    <path clip-path="url(#a-clip)" d="M 330 310 L 480 480"/>
+  </g>
+</svg>)~";
+    const ki::GSysResult<Anim> result = build_text(rich);
+    ASSERT_TRUE(result.ok()) << result.to_string();
+    const Anim& anim = result.value;
+    ASSERT_EQ(anim.strokes.size(), 3u);
+    EXPECT_EQ(anim.viewBox, ki::math::Rect(0, 0, 1024, 1024));
+    std::vector<glm::vec2> starts;  // centre line, then outline, per stroke
+    for (const morvel::AnimStroke& stroke : anim.strokes)
+        starts.insert(starts.end(), {stroke.pathAnim.point_start(), stroke.pathOutline.point_start()});
+    const std::vector<glm::vec2> expected = {{100, 100}, {90, 90},   {320, 310},
+                                             {300, 300}, {330, 310}, {300, 300}};
+    EXPECT_EQ(starts, expected);
+}
+
+TEST(AnimCache, LoadsAreServedByNameAndFailuresReportedOnce) {
+    Anim::clear_cache();
+    QTemporaryDir dir;
+    const QString good = dir.filePath("good.svg");
+    const QString noStrokes = dir.filePath("nostrokes.svg");
+    const QString missing = dir.filePath("missing.svg");
+    const QString commentOnly = dir.filePath("comment.svg");
+    const QString huge = dir.filePath("huge.svg");
+    write_file(good, svg(OUTLINE + CLIP + CENTRE + CENTRE).toUtf8());
+    write_file(noStrokes, svg(OUTLINE + CLIP).toUtf8());
+    write_file(commentOnly, "<!-- nothing here -->");
+    write_file(huge, "<svg>" + QByteArray(Anim::MAX_FILE_BYTES, ' ') + "</svg>");
+
+    const ki::GSysResult<Anim> first = Anim::build_from_file(good);
+    ASSERT_TRUE(first.ok()) << first.to_string();
+    EXPECT_EQ(first.value.strokes.size(), 2u);
+    write_file(good, "not xml at all");
+    const ki::GSysResult<Anim> again = Anim::build_from_file(good);
+    EXPECT_TRUE(again.ok()) << "a cached name is not read again";
+    EXPECT_EQ(again.value, first.value);
+
+    EXPECT_EQ(Anim::build_from_file(noStrokes).error, 30);
+    const ki::GSysResult<Anim> secondLoad = Anim::build_from_file(noStrokes);
+    EXPECT_TRUE(secondLoad.ok());
+    EXPECT_TRUE(secondLoad.value.strokes.empty());
+
+    EXPECT_EQ(Anim::build_from_file(missing).error_class, ki::EC_IO);
+    write_file(missing, svg(OUTLINE + CLIP + CENTRE).toUtf8());
+    EXPECT_EQ(Anim::build_from_file(missing).value.strokes.size(), 1u) << "an unreadable file is not cached";
+
+    EXPECT_FALSE(Anim::build_from_file(commentOnly).ok());
+    const ki::GSysResult<Anim> refused = Anim::build_from_file(huge);
+    EXPECT_FALSE(refused.ok());
+    EXPECT_TRUE(refused.get_message().contains(huge)) << refused.message;
+
+    Anim::clear_cache();
+    EXPECT_FALSE(Anim::build_from_file(good).ok()) << "a cleared cache reads the file afresh";
+    Anim::clear_cache();
+}
+
+TEST(AnimShipped, EveryStrokeFileBuildsWithCentreLinesInsideTheirOutlines) {
+    const QDir folder(":/wb/shared-res/zh/1");
+    const QStringList files = folder.entryList({"*.svg"}, QDir::Files);
+    EXPECT_EQ(files.size(), 87);
+    for (const QString& name : files) {
+        SCOPED_TRACE(name.toStdString());
+        const ki::GSysResult<Anim> result = Anim::build_from_file(folder.filePath(name));
+        ASSERT_TRUE(result.ok()) << result.to_string();
+        EXPECT_EQ(result.value.viewBox, ki::math::Rect(0, 0, 1024, 1024));
+        ASSERT_FALSE(result.value.strokes.empty());
+        for (size_t i = 0; i < result.value.strokes.size(); ++i) {
+            const morvel::AnimStroke& stroke = result.value.strokes[i];
+            SCOPED_TRACE(i);
+            ASSERT_TRUE(stroke.is_valid());
+            const QPainterPath outline = flattened(stroke.pathOutline);
+            const glm::vec2 start = stroke.pathAnim.point_start();
+            const glm::vec2 end = stroke.pathAnim.point_end();
+            EXPECT_TRUE(outline.contains(QPointF(start.x, start.y))) << start.x << "," << start.y;
+            EXPECT_TRUE(outline.contains(QPointF(end.x, end.y))) << end.x << "," << end.y;
+        }
+    }
+}

@@ -1,0 +1,173 @@
+#include <gtest/gtest.h>
+#include <ki/Listener.h>
+#include <ki/log/GLog.h>
+#include <ki/log/LogCapture.h>
+
+#include <QCoreApplication>
+#include <algorithm>
+#include <functional>
+#include <map>
+#include <memory>
+#include <string>
+#include <utility>
+#include <vector>
+
+using ki::FIRE_EVENT;
+using ki::Listener;
+
+namespace {
+
+class ListenerTest : public testing::Test {
+protected:
+    void SetUp() override {
+        ki::log::reset_for_tests();
+        ki::log::configure();
+        ki::log::remove_log_appender(ki::log::get_console_appender());
+        capture = std::make_unique<ki::log::LogCapture>();
+    }
+    void TearDown() override {
+        capture.reset();
+        ki::log::reset_for_tests();
+    }
+    auto record(const std::string& tag) {
+        return [this, tag](const int& payload) { calls.push_back(tag + ":" + std::to_string(payload)); };
+    }
+    std::vector<std::string> sorted_calls() const {
+        auto out = calls;
+        std::sort(out.begin(), out.end());  // no call order is promised
+        return out;
+    }
+
+    std::vector<std::string> calls;
+    std::unique_ptr<ki::log::LogCapture> capture;
+};
+
+}  // namespace
+
+TEST_F(ListenerTest, RegistrationDecidesWhoIsCalled) {
+    // a: append, s: set, r: remove, d/e: disable/enable, n: append without payload, +: +=, =: =
+    struct Op {
+        char kind;
+        const char* name;
+        const char* tag;
+    };
+    struct Row {
+        const char* name;
+        std::vector<Op> ops;
+        std::vector<std::string> expected;
+        int duplicate_messages;
+    };
+    const std::vector<Row> rows = {
+        {"empty listener calls nothing", {}, {}, 0},
+        {"duplicate append keeps the first callback",
+         {{'a', "x", "first"}, {'a', "x", "second"}},
+         {"first:7"},
+         1},
+        {"set replaces the callback", {{'a', "x", "first"}, {'s', "x", "second"}}, {"second:7"}, 0},
+        {"removed item is not called", {{'a', "x", "x"}, {'a', "y", "y"}, {'r', "x", ""}}, {"y:7"}, 0},
+        {"disabled item is skipped", {{'a', "x", "x"}, {'a', "y", "y"}, {'d', "x", ""}}, {"y:7"}, 0},
+        {"re-enabled item fires again", {{'a', "x", "x"}, {'d', "x", ""}, {'e', "x", ""}}, {"x:7"}, 0},
+        {"callable without payload", {{'n', "x", "none"}}, {"none"}, 0},
+        {"+= twice keeps the first default callback",
+         {{'+', "", "first"}, {'+', "", "second"}},
+         {"first:7"},
+         1},
+        {"= replaces the default callback", {{'+', "", "first"}, {'=', "", "second"}}, {"second:7"}, 0},
+    };
+    using Action = std::function<void(Listener<int>&, const Op&)>;
+    const std::map<char, Action> actions = {
+        {'a', [this](auto& li, const Op& op) { li.append(op.name, record(op.tag)); }},
+        {'s', [this](auto& li, const Op& op) { li.set(op.name, record(op.tag)); }},
+        {'r', [](auto& li, const Op& op) { li.remove(op.name); }},
+        {'d', [](auto& li, const Op& op) { li.enable_listener(op.name, false); }},
+        {'e', [](auto& li, const Op& op) { li.enable_listener(op.name, true); }},
+        {'n',
+         [this](auto& li, const Op& op) {
+             li.append(op.name, [this, t = std::string(op.tag)] { calls.push_back(t); });
+         }},
+        {'+', [this](auto& li, const Op& op) { li += record(op.tag); }},
+        {'=', [this](auto& li, const Op& op) { li = record(op.tag); }},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.name);
+        calls.clear();
+        capture->clear();
+        Listener<int> li;
+        for (const Op& op : row.ops) actions.at(op.kind)(li, op);
+        li.fire_event(7);
+        EXPECT_EQ(sorted_calls(), row.expected);
+        // The placeholder stays unfilled in this message on purpose.
+        EXPECT_EQ(capture->count("Listener::append '$' already appended!"), row.duplicate_messages);
+    }
+}
+
+TEST_F(ListenerTest, StopListenerTemporarySilencesThenEnablesAll) {
+    Listener<int> li;
+    li.append("a", record("a"));
+    li.append("b", record("b"));
+    li.enable_listener("b", false);
+    {
+        ki::StopListenerTemporary stop(li);
+        li.fire_event(1);
+    }
+    li.fire_event(2);
+    // "b" was disabled before the guard and is enabled after it, by design.
+    EXPECT_EQ(sorted_calls(), (std::vector<std::string>{"a:2", "b:2"}));
+}
+
+TEST_F(ListenerTest, CallbacksMayChangeOrDestroyTheirListener) {
+    auto li = std::make_unique<Listener<int>>();
+    li->append("grow", [this, &li](const int& payload) {
+        calls.push_back("grow:" + std::to_string(payload));
+        li->append("late", record("late"));  // waits for the next event
+    });
+    li->fire_event(1);
+    EXPECT_EQ(sorted_calls(), (std::vector<std::string>{"grow:1"}));
+    li->fire_event(2);
+    EXPECT_EQ(sorted_calls(), (std::vector<std::string>{"grow:1", "grow:2", "late:2"}));
+
+    // Each callback removes the other one: whichever runs first, the other must not run.
+    calls.clear();
+    li->clear();
+    for (const auto& [name, other] : {std::pair{"x", "y"}, std::pair{"y", "x"}}) {
+        li->append(name, [this, &li, other = std::string(other)](const int&) {
+            calls.push_back(other);
+            li->remove(other);
+        });
+    }
+    li->fire_event(3);
+    EXPECT_EQ(calls.size(), 1u);
+
+    // A closing window may destroy the listener that announced the close.
+    calls.clear();
+    li->clear();
+    for (const char* name : {"a", "b", "c"}) {
+        li->append(name, [this, &li](const int&) {
+            calls.push_back("destroyed");
+            li.reset();
+        });
+    }
+    li->fire_event(4);
+    EXPECT_EQ(calls.size(), 1u);
+}
+
+TEST_F(ListenerTest, QueuedDeliveryWaitsForTheEventLoopAndKeepsOrder) {
+    Listener<int> li;
+    li.append("a", record("a"));
+    for (int payload : {1, 2, 3}) li.fire_event(payload, FIRE_EVENT::QUEUED);
+    EXPECT_TRUE(calls.empty());
+    QCoreApplication::sendPostedEvents();
+    EXPECT_EQ(calls, (std::vector<std::string>{"a:1", "a:2", "a:3"}));
+}
+
+TEST_F(ListenerTest, QueuedDeliveryToADestroyedListenerIsDropped) {
+    int called = 0;
+    {
+        Listener<ki::NO_PAYLOAD> li(QStringLiteral("closing"));
+        li.append("a", [&called] { ++called; });
+        li.fire_event(FIRE_EVENT::QUEUED);
+    }
+    QCoreApplication::sendPostedEvents();
+    EXPECT_EQ(called, 0);
+    EXPECT_EQ(capture->count("Listener::~Listener@closing"), 1);
+}

@@ -1,0 +1,254 @@
+#include <gtest/gtest.h>
+#include <ki/math/Circle.h>
+#include <ki/math/Path.h>
+#include <ki/math/Rect.h>
+
+#include <QElapsedTimer>
+#include <cfloat>
+#include <cmath>
+#include <numbers>
+
+using namespace ki::math;
+
+namespace {
+
+constexpr float PI = std::numbers::pi_v<float>;
+
+// Straight cubic with zero speed at both ends: (0,0) to (30,40), length 50.
+const CubicBezier STRAIGHT_CUBIC({0, 0}, {0, 0}, {30, 40}, {30, 40});
+// The parabola y = x^2 for x in [0, 2].
+const QuadraticBezier PARABOLA({0, 0}, {1, 0}, {2, 4});
+// y = x^2 / 100 for x in [0, 200]; T_MID lies halfway between two of its 32 chord ends.
+const QuadraticBezier WIDE_PARABOLA({0, 0}, {100, 0}, {200, 400});
+constexpr float T_MID = 0.5f + 1.0f / 64;
+const glm::vec2 WIDE_NORMAL = glm::vec2(4 * T_MID, -1) / std::sqrt(1 + 16 * T_MID * T_MID);
+// Arc length of y = x^2 from 0 to x.
+double parabola_length(double x) {
+    return x / 2 * std::sqrt(1 + 4 * x * x) + std::asinh(2 * x) / 4;
+}
+
+// Along the x axis: x(t) = 180 t (1-t)^2 - 90 t^2 (1-t) + 30 t^3 turns where 5t^2 - 5t + 1 = 0.
+const CubicBezier BACKTRACKING_CUBIC({0, 0}, {60, 0}, {-30, 0}, {30, 0});
+double backtracking_cubic_length() {
+    const auto x = [](double t) {
+        return 180 * t * (1 - t) * (1 - t) - 90 * t * t * (1 - t) + 30 * t * t * t;
+    };
+    const double t1 = (5 - std::sqrt(5.0)) / 10, t2 = (5 + std::sqrt(5.0)) / 10;
+    return std::abs(x(t1)) + std::abs(x(t2) - x(t1)) + std::abs(30 - x(t2));
+}
+
+void expect_near_point(glm::vec2 got, glm::vec2 want, float tolerance) {
+    EXPECT_NEAR(got.x, want.x, tolerance);
+    EXPECT_NEAR(got.y, want.y, tolerance);
+}
+
+}  // namespace
+
+TEST(Math, CurveLengthsMatchClosedForms) {
+    struct Row {
+        const char* name;
+        Element element;
+        double length;
+    } rows[] = {
+        {"quarter circle arc", EllipticArc({50, 0}, {50, 50}, 0, false, true, {0, 50}),
+         25 * std::numbers::pi},
+        {"half circle arc", EllipticArc({0, 0}, {10, 10}, 0, false, true, {20, 0}), 10 * std::numbers::pi},
+        {"radius too small is scaled up", EllipticArc({0, 0}, {1, 1}, 0, false, false, {20, 0}),
+         10 * std::numbers::pi},
+        {"small arc of a chord of one radius", EllipticArc({0, 0}, {10, 10}, 0, false, true, {10, 0}),
+         10 * std::numbers::pi / 3},
+        {"large arc of a chord of one radius", EllipticArc({0, 0}, {10, 10}, 0, true, true, {10, 0}),
+         50 * std::numbers::pi / 3},
+        {"zero radius arc is a line", EllipticArc({0, 0}, {0, 10}, 0, true, true, {30, 40}), 50},
+        {"straight cubic with stalled ends", STRAIGHT_CUBIC, 50},
+        {"parabola as quadratic", PARABOLA, parabola_length(2)},
+        // x(t) = 40t - 30t^2 turns back at t = 2/3 (x = 40/3) and ends at 10.
+        {"quadratic turning back on itself", QuadraticBezier({0, 0}, {20, 0}, {10, 0}), 40.0 / 3 + 10.0 / 3},
+        {"straight cubic turning back twice", BACKTRACKING_CUBIC, backtracking_cubic_length()},
+        {"segment", Segment({1, 1}, {4, 5}), 5},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.name);
+        EXPECT_NEAR(element_length(row.element), row.length, row.length * 1e-4);
+    }
+}
+
+TEST(Math, ArcConversion) {
+    const EllipticArc upper({0, 0}, {10, 10}, 0, false, true, {20, 0});
+    expect_near_point(upper.get_center(), {10, 0}, 1e-4f);
+    // With y down, sweep 1 turns clockwise on screen: from the left end over the top.
+    expect_near_point(upper.point_at_length(5 * PI), {10, -10}, 1e-3f);
+    const EllipticArc lower({0, 0}, {10, 10}, 0, false, false, {20, 0});
+    expect_near_point(lower.point_at_length(5 * PI), {10, 10}, 1e-3f);
+
+    const EllipticArc scaled({0, 0}, {1, 2}, 0, false, true, {20, 0});
+    EXPECT_NEAR(scaled.get_radii().x / scaled.get_radii().y, 0.5f, 1e-5f) << "scaled up uniformly";
+    expect_near_point(scaled.get_center(), {10, 0}, 1e-3f);
+
+    // Major axis turned upright: the half ellipse from (0,0) to (0,40) bulges by the minor radius.
+    const EllipticArc upright({0, 0}, {20, 10}, 90, false, true, {0, 40});
+    expect_near_point(upright.get_center(), {0, 20}, 1e-3f);
+    expect_near_point(upright.point_at_length(upright.get_length() / 2), {10, 20}, 1e-3f);
+    const double a = 20, b = 10, h = (a - b) * (a - b) / ((a + b) * (a + b));
+    const double ramanujan = std::numbers::pi * (a + b) * (1 + 3 * h / (10 + std::sqrt(4 - 3 * h)));
+    EXPECT_NEAR(upright.get_length(), ramanujan / 2, ramanujan * 1e-5);
+
+    EXPECT_EQ(EllipticArc({3, 3}, {5, 5}, 0, false, true, {3, 3}).get_length(), 0.0f)
+        << "equal ends draw nothing";
+}
+
+TEST(Math, PointAndSplitAtLength) {
+    struct Row {
+        const char* name;
+        Element element;
+        float length;
+        glm::vec2 point;
+    } rows[] = {
+        {"segment inside", Segment({0, 0}, {10, 0}), 3, {3, 0}},
+        {"segment beyond its end clamps", Segment({0, 0}, {10, 0}), 12, {10, 0}},
+        {"negative length clamps to start", Segment({2, 2}, {10, 2}), -1, {2, 2}},
+        {"parabola to x = 1", PARABOLA, float(parabola_length(1)), {1, 1}},
+        {"straight cubic at 10", STRAIGHT_CUBIC, 10, {6, 8}},
+        {"straight cubic at 45", STRAIGHT_CUBIC, 45, {27, 36}},
+        {"half circle at a quarter",
+         EllipticArc({0, 0}, {10, 10}, 0, false, true, {20, 0}),
+         2.5f * PI,
+         {10 - 10 * std::sqrt(0.5f), -10 * std::sqrt(0.5f)}},
+        {"zero radius arc", EllipticArc({0, 0}, {0, 0}, 0, false, false, {0, 8}), 2, {0, 2}},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.name);
+        expect_near_point(element_point_at_length(row.element, row.length), row.point, 2e-3f);
+        const Element part = element_split_at_length(row.element, row.length);
+        EXPECT_EQ(part.index(), row.element.index()) << "split keeps the element kind";
+        expect_near_point(element_start(part), element_start(row.element), 1e-5f);
+        expect_near_point(element_end(part), row.point, 2e-3f);
+        const float whole = element_length(row.element);
+        EXPECT_NEAR(element_length(part), std::clamp(row.length, 0.0f, whole), whole * 1e-4f);
+    }
+}
+
+TEST(Math, DistanceToEachElementKind) {
+    struct Row {
+        const char* name;
+        Element element;
+        glm::vec2 point;
+        float distance;
+        float tolerance;
+    } rows[] = {
+        {"segment beside", Segment({0, 0}, {10, 0}), {5, 3}, 3, 1e-5f},
+        {"segment past its end", Segment({0, 0}, {10, 0}), {13, 4}, 5, 1e-5f},
+        {"zero-length segment", Segment({2, 2}, {2, 2}), {5, 6}, 5, 1e-5f},
+        // 3 off the curve between two chord ends; a chord of a quadratic is parallel to the
+        // tangent at its middle and sags there by B'' dt^2 / 8 with dt = 1 / 32.
+        {"wide parabola between chord ends", WIDE_PARABOLA,
+         WIDE_PARABOLA.point_at(T_MID) + 3.0f * WIDE_NORMAL, 3 + 800.f / (8 * 32 * 32) * -WIDE_NORMAL.y,
+         1e-3f},
+        {"straight cubic beside its middle", STRAIGHT_CUBIC, {23, 14}, 10, 1e-4f},
+        {"arch cubic above its top", CubicBezier({0, 0}, {0, -20}, {20, -20}, {20, 0}), {10, -25}, 10, 1e-4f},
+        // The 48 chords of a half circle lie r cos(pi / 96) from its centre.
+        {"half circle from its centre",
+         EllipticArc({0, 0}, {10, 10}, 0, false, true, {20, 0}),
+         {10, 0},
+         10 * std::cos(PI / 96),
+         1e-4f},
+        {"half circle above its top",
+         EllipticArc({0, 0}, {10, 10}, 0, false, true, {20, 0}),
+         {10, -30},
+         20,
+         1e-4f},
+        {"zero radius arc as a line", EllipticArc({0, 0}, {0, 5}, 0, false, true, {10, 0}), {5, 5}, 5, 1e-5f},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.name);
+        EXPECT_NEAR(element_distance_to_point(row.element, row.point), row.distance, row.tolerance);
+    }
+    const Path twoContours = Path::from_svg_path_data("M100 100 L200 100 M0 0 A10 10 0 0 1 20 0").value;
+    EXPECT_NEAR(twoContours.distance_to_point({10, -30}), 20, 1e-4f) << "nearest over every contour";
+    EXPECT_NEAR(twoContours.distance_to_point({150, 103}), 3, 1e-4f);
+    EXPECT_EQ(Path().distance_to_point({0, 0}), 3.4028235e+38f) << "empty path is infinitely far";
+}
+
+TEST(Math, PathPrefixSpansContours) {
+    Path path;  // 10 + 10 in the first contour, 10 in the second
+    path.move_to({0, 0});
+    path.line_to({10, 0});
+    path.line_to({10, 10});
+    path.move_to({20, 0});
+    path.line_to({30, 0});
+    ASSERT_FLOAT_EQ(path.get_length(), 30);
+    struct Row {
+        const char* name;
+        float length;
+        size_t contours;
+        glm::vec2 end;
+    } rows[] = {
+        {"inside the first element", 5, 1, {5, 0}},
+        {"into the second element", 15, 1, {10, 5}},
+        {"exactly the first contour", 20, 1, {10, 10}},
+        {"into the second contour", 25, 2, {25, 0}},
+        {"beyond the end", 40, 2, {30, 0}},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.name);
+        const Path prefix = path.prefix_to_length(row.length);
+        EXPECT_EQ(prefix.contour_count(), row.contours);
+        EXPECT_FLOAT_EQ(prefix.get_length(), std::min(row.length, 30.f));
+        expect_near_point(prefix.point_end(), row.end, 1e-5f);
+        expect_near_point(path.point_at_length(row.length), row.end, 1e-5f);
+    }
+    EXPECT_TRUE(path.prefix_to_length(0).is_empty());
+}
+
+TEST(Math, FitRectCentresWithoutDistortion) {
+    struct Row {
+        const char* name;
+        Rect from;
+        Rect to;
+        glm::vec2 point;
+        glm::vec2 mapped;
+    } rows[] = {
+        {"square into wide: top left", Rect(0, 0, 1024, 1024), Rect(0, 0, 400, 200), {0, 0}, {100, 0}},
+        {"square into wide: bottom right",
+         Rect(0, 0, 1024, 1024),
+         Rect(0, 0, 400, 200),
+         {1024, 1024},
+         {300, 200}},
+        {"square into tall: centre", Rect(0, 0, 1024, 1024), Rect(0, 0, 200, 400), {512, 512}, {100, 200}},
+        {"offset source into offset target",
+         Rect(-50, 100, 100, 50),
+         Rect(10, 20, 100, 400),
+         {-50, 100},
+         {10, 195}},
+        {"source without area maps unchanged", Rect(0, 0, 0, 0), Rect(0, 0, 400, 200), {7, 9}, {7, 9}},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.name);
+        const glm::mat3 m = matrix_fit_rect(row.from, row.to);
+        expect_near_point(transform_point(m, row.point), row.mapped, 1e-3f);
+        EXPECT_FLOAT_EQ(m[0][0], m[1][1]) << "same scale on both axes";
+        EXPECT_EQ(m[0][1], 0.0f);
+        EXPECT_EQ(m[1][0], 0.0f);
+    }
+}
+
+TEST(Math, CircleContainsWithTolerance) {
+    const Circle circle{{10, 10}, 5};
+    EXPECT_TRUE(circle.contains({13, 14}, 0)) << "on the rim";
+    EXPECT_TRUE(circle.contains({10, 15.5f}, 1)) << "outside by less than the tolerance";
+    EXPECT_FALSE(circle.contains({10, 15.5f}, 1e-5f));
+}
+
+// Regression: a NaN coordinate (a mouse point mapped through a singular matrix) made the
+// length integration of a curve subdivide without end.
+TEST(Math, NanCurveIsMeasuredWithoutHanging) {
+    QElapsedTimer timer;
+    timer.start();
+    Path path;
+    path.move_to({0, 0});
+    path.cubic_to({std::nanf(""), 0}, {1, 1}, {2, 2});
+    path.line_to({12, 2});
+    EXPECT_LT(timer.elapsed(), 1000) << "took seconds before the fix";
+    EXPECT_TRUE(std::isnan(path.get_length()));
+    EXPECT_NEAR(path.distance_to_point({7, 5}), 3, 1e-5f) << "the sound segment is still found";
+}

@@ -1,0 +1,165 @@
+#include <gtest/gtest.h>
+#include <ki/log/GLog.h>
+#include <ki/log/LogCapture.h>
+#include <ki/log/LogConfig.h>
+#include <ki/store/GNode.h>
+#include <ki/tools/GSettings.h>
+
+#include <QDir>
+#include <QSettings>
+#include <memory>
+#include <optional>
+#include <utility>
+#include <vector>
+
+using ki::qt::GSettings;
+using ki::store::GNode;
+
+namespace {
+
+// Every case starts from an empty store and leaves it as the run had it: other tests of the
+// same process may rely on what start-up stored. tests/main.cpp has already given the program
+// test names and moved the configuration folder into a temporary directory.
+class SettingsTest : public testing::Test {
+protected:
+    void SetUp() override {
+        ki::log::reset_for_tests();
+        ki::log::configure();
+        ki::log::remove_log_appender(ki::log::get_console_appender());
+        capture = std::make_unique<ki::log::LogCapture>();
+        GSettings& settings = GSettings::instance();
+        // clear_config below would wipe whatever store this is: never let it be a real one.
+        ASSERT_FALSE(settings.fileName().startsWith(QDir::homePath())) << settings.fileName().toStdString();
+        for (const QString& key : settings.allKeys()) saved.emplace_back(key, settings.value(key));
+        isolated = true;
+        settings.clear_config();
+    }
+    void TearDown() override {
+        if (isolated) {
+            GSettings::instance().clear_config();
+            for (const auto& [key, value] : saved) GSettings::instance().setValue(key, value);
+        }
+        capture.reset();
+        ki::log::reset_for_tests();
+    }
+    std::unique_ptr<ki::log::LogCapture> capture;
+    std::vector<std::pair<QString, QVariant>> saved;
+    bool isolated = false;
+};
+
+GNode window_tree() {
+    GNode node;
+    node.set("fontSize", 13);
+    node.set("percentIconSizeWin", 120u);
+    node.set("flagShowUnicode", true);
+    node.set("title", QStringLiteral("漢字"));
+    node.set("geometry", QByteArray("\x01\xd9\xd0\xcb\0\x03", 6));
+    ki::log::LogConfig log;
+    log.logLevel = 2;
+    node.attributes.set_pod("log", log);
+    node["DRAW_CONFIG"].set("rCircle", 140);
+    return node;
+}
+
+}  // namespace
+
+TEST_F(SettingsTest, CheckUpdateConfig) {
+    struct Row {
+        const char* name;
+        std::optional<unsigned> stored;  // nullopt: a fresh store; 0: after check_update_config(3)
+        bool clear;
+        bool expected_result;
+        unsigned expected_read;  // get_version() after the call
+        unsigned expected_stored;
+        bool marker_survives;
+    };
+    const std::vector<Row> rows = {
+        {"fresh store reads 0, clears and stores 3", std::nullopt, true, true, 0, 3, false},
+        {"second call returns false and clears nothing", 0u, true, false, 3, 3, true},
+        {"older stored version is cleared", 2u, true, true, 2, 3, false},
+        {"older stored version without clear keeps the keys", 2u, false, true, 2, 3, true},
+        {"newer stored version is left alone", 5u, true, false, 5, 5, true},
+    };
+    GSettings& settings = GSettings::instance();
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.name);
+        settings.clear_config();
+        if (row.stored == 0u)
+            settings.check_update_config(3, true);
+        else if (row.stored)
+            settings.set_config_version(*row.stored);
+        settings.set("marker", 1);
+        capture->clear();
+        EXPECT_EQ(settings.check_update_config(3, row.clear), row.expected_result);
+        EXPECT_EQ(settings.get_version(), row.expected_read);
+        EXPECT_EQ(settings.get_config_version(), row.expected_stored);
+        EXPECT_EQ(settings.contains("marker"), row.marker_survives);
+        EXPECT_EQ(capture->contains("GSettings::check_update_config - CLEAR"), !row.marker_survives);
+    }
+}
+
+TEST_F(SettingsTest, PerObjectKeys) {
+    GSettings& settings = GSettings::instance();
+    QObject panel;
+    panel.setObjectName(QStringLiteral("panel"));
+    QObject other;
+    other.setObjectName(QStringLiteral("other"));
+    settings.set("size", 7, &panel);
+    settings.set("size", 9, &other);
+    EXPECT_TRUE(settings.contains("size@panel"));
+    EXPECT_EQ(settings.get_int("size", -1), -1) << "the plain key must not see the object's value";
+    EXPECT_EQ(settings.get_int("size", -1, &panel), 7);
+    EXPECT_EQ(settings.get_int("size", -1, &other), 9);
+    settings.set("size", QStringLiteral("12abc"));
+    EXPECT_EQ(settings.get_int("size", -1), -1) << "text that is no number gives the default";
+}
+
+TEST_F(SettingsTest, NodesSurviveTheStoreAndASecondReader) {
+    GSettings& settings = GSettings::instance();
+    const GNode window = window_tree();
+    settings.set_window_node(window, QStringLiteral("WinHanzi"));
+    GNode app;
+    app.set("lang", 94);
+    settings.set_app_node(app);
+    EXPECT_EQ(settings.get_window_node(QStringLiteral("WinHanzi")), window);
+    EXPECT_EQ(settings.get_app_node(), app);
+    EXPECT_TRUE(capture->contains("GSettings::set_node, key:'Window/WinHanzi'"));
+
+    settings.sync();
+    // A separate reader of the same store, as the next run of the program would be.
+    QSettings second(settings.organizationName(), settings.applicationName());
+    EXPECT_EQ(second.fileName().toStdString(), settings.fileName().toStdString());
+    EXPECT_EQ(GNode::from_base_64_string(second.value("Window/WinHanzi").toString()), window);
+    EXPECT_EQ(GNode::from_base_64_string(second.value("GApplication/app").toString()), app);
+}
+
+TEST_F(SettingsTest, UnreadableNodeGivesEmptyNode) {
+    const QString valid = GNode::to_qstring(window_tree());
+    const QByteArray bytes = QByteArray::fromBase64(valid.toLatin1());
+    QByteArray newer = bytes;
+    newer[5] = 2;  // format version 2, written by a later build
+    struct Row {
+        const char* name;
+        std::optional<QString> stored;
+        const char* message;  // or nullptr
+    };
+    const std::vector<Row> rows = {
+        {"missing key", std::nullopt, nullptr},
+        {"garbage text", QStringLiteral("not a node at all"), "from_qstring, base64 decode failed"},
+        {"truncated text", QString::fromLatin1(bytes.left(bytes.size() / 2).toBase64()),
+         "from_qstring, node deserialization failed"},
+        {"newer format version", QString::fromLatin1(newer.toBase64()),
+         "from_qstring, unsupported version:2"},
+    };
+    GSettings& settings = GSettings::instance();
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.name);
+        capture->clear();
+        settings.clear_config();
+        if (row.stored) settings.setValue("Window/Broken", *row.stored);
+        EXPECT_TRUE(settings.get_window_node(QStringLiteral("Broken")).is_empty());
+        if (row.message) {
+            EXPECT_EQ(capture->count(row.message), 1) << capture->text();
+        }
+    }
+}

@@ -1,0 +1,206 @@
+#include <gtest/gtest.h>
+#include <ki/algo/Visitor.h>
+#include <ki/xml/XNode.h>
+#include <ki/xml/XNodeText.h>
+
+#include <QBuffer>
+#include <QTemporaryDir>
+#include <QThread>
+#include <QXmlStreamReader>
+
+using ki::xml::XNode;
+using ki::xml::XNodeResult;
+using ki::xml::XNodeText;
+
+namespace {
+
+XNodeResult parse_text(const QByteArray& xml) {
+    QByteArray data = xml;
+    QBuffer buffer(&data);
+    buffer.open(QIODevice::ReadOnly);
+    return XNode::parse(buffer);
+}
+
+// The tree as "name(child,'text')", with "!" after any child whose parent link is wrong.
+QString shape(const XNode* node) {
+    if (const auto* text = dynamic_cast<const XNodeText*>(node)) return "'" + text->text + "'";
+    QStringList parts;
+    for (const auto& child : node->children) parts << shape(child.get()) + (child->parent == node ? "" : "!");
+    return parts.isEmpty() ? node->name : node->name + "(" + parts.join(",") + ")";
+}
+
+struct ChildAccess {
+    static std::size_t child_count(const XNode* node) { return node->children.size(); }
+    static const XNode* child_at(const XNode* node, std::size_t i) { return node->children[i].get(); }
+};
+
+}  // namespace
+
+TEST(XmlParse, DocumentsBecomeTreesOrFailWithTheReadersError) {
+    struct Row {
+        const char* name;
+        QByteArray xml;
+        QString tree;  // empty: the parse must fail
+        unsigned errorClass = 0;
+        int code = 0;
+        QString message = {};
+    };
+    const QString noRoot = "XNode::parse: XML document has no root element";
+    const Row rows[] = {
+        {"nested elements keep document order", "<a><b><c/></b><d/></a>", "a(b(c),d)"},
+        {"whitespace between elements makes no text node", "<a>\n  <b/>\n\t</a>", "a(b)"},
+        {"text run is kept untrimmed", "<a> x </a>", "a(' x ')"},
+        {"text and elements interleave", "<a>1<b/>2</a>", "a('1',b,'2')"},
+        {"entities are resolved", "<a>&lt;&amp;</a>", "a('<&')"},
+        {"CDATA is a text run", "<a><![CDATA[ p{fill:red} ]]></a>", "a(' p{fill:red} ')"},
+        {"comments and processing instructions are skipped",
+         "<?xml version='1.0'?><!--c--><a><?pi x?><!--d--><b/></a><!--e-->", "a(b)"},
+        {"prefixed element keeps its prefix", "<s:svg xmlns:s='urn:x'><s:g/></s:svg>", "s:svg(s:g)"},
+        {"comment-only document has no root", "<!-- only -->", "", ki::EC_XML, 0, noRoot},
+        {"processing-instruction-only document has no root", "<?pi x?>", "", ki::EC_XML, 0, noRoot},
+        {"unclosed tag", "<a><b></a>", "", ki::EC_XML, QXmlStreamReader::NotWellFormedError},
+        {"truncated document", "<a><b>", "", ki::EC_XML, QXmlStreamReader::PrematureEndOfDocumentError},
+        {"second root element", "<a/><b/>", "", ki::EC_XML, QXmlStreamReader::NotWellFormedError},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.name);
+        const XNodeResult result = parse_text(row.xml);
+        if (!row.tree.isEmpty()) {
+            ASSERT_TRUE(result.ok()) << result.to_string();
+            EXPECT_EQ(result.value->parent, nullptr);
+            EXPECT_EQ(shape(result.value.get()), row.tree);
+            continue;
+        }
+        EXPECT_FALSE(result.ok());
+        EXPECT_EQ(result.value, nullptr);
+        EXPECT_EQ(result.error_class, row.errorClass);
+        EXPECT_EQ(result.error, row.code);
+        if (!row.message.isEmpty())
+            EXPECT_EQ(result.get_message(), row.message);
+        else
+            EXPECT_FALSE(result.message.empty());
+    }
+}
+
+TEST(XmlParse, DevicesAndFilesThatCannotBeRead) {
+    QTemporaryDir dir;
+    const QString missing = dir.filePath("missing.svg");
+    QByteArray data("<a/>");
+    QBuffer closed(&data);
+    QBuffer writeOnly(&data);
+    writeOnly.open(QIODevice::WriteOnly);
+
+    const XNodeResult notOpen = XNode::parse(closed);
+    EXPECT_EQ(notOpen.error_class, ki::EC_KIR);
+    EXPECT_EQ(notOpen.error, 10);
+    EXPECT_EQ(notOpen.message, "QIODevice must be opened for reading before calling XNode::parse().");
+    const XNodeResult notReadable = XNode::parse(writeOnly);
+    EXPECT_EQ(notReadable.error_class, ki::EC_KIR);
+    EXPECT_EQ(notReadable.message, "QIODevice must readable before calling XNode::parse().");
+    const XNodeResult noFile = XNode::parse_file(missing);
+    EXPECT_EQ(noFile.error_class, ki::EC_IO);
+    EXPECT_EQ(noFile.error, 10);
+    EXPECT_EQ(noFile.get_message(), "\"" + missing + "\" does not exist");
+    const XNodeResult directory = XNode::parse_file(dir.path());
+    EXPECT_FALSE(directory.ok());
+    EXPECT_EQ(directory.error_class, ki::EC_QT_CORE);
+    EXPECT_NE(directory.error, 0);
+}
+
+TEST(XmlNode, AttributeLookupIsExactAndOrdered) {
+    const XNodeResult ok = parse_text(
+        "<svg xmlns:xlink='http://www.w3.org/1999/xlink' id='i' empty='' d='M 10 20 L 30 40'>"
+        "<use xlink:href='#o'/></svg>");
+    ASSERT_TRUE(ok.ok()) << ok.to_string();
+    const XNode* svg = ok.value.get();
+    const XNode* use = svg->children.at(0).get();
+    struct Row {
+        const char* name;
+        const XNode* node;
+        QString key;
+        bool present;
+        QString value;
+    };
+    const Row rows[] = {
+        {"plain attribute", svg, "id", true, "i"},
+        {"empty value counts as present", svg, "empty", true, ""},
+        {"names are case-sensitive", svg, "ID", false, "dflt"},
+        {"prefixed attribute under its written name", use, "xlink:href", true, "#o"},
+        {"local name does not find a prefixed attribute", use, "href", false, "dflt"},
+        {"absent attribute", use, "x", false, "dflt"},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.name);
+        EXPECT_EQ(row.node->has_attrib(row.key), row.present);
+        EXPECT_EQ(row.node->get_attrib_string(row.key, "dflt"), row.value);
+    }
+    EXPECT_EQ(svg->to_string(), "svg: id=i, empty=, d=M 10 ... 40");
+}
+
+TEST(XmlVisitor, WalkOrderDepthLimitAndStop) {
+    const XNodeResult doc = parse_text("<a><b><c/>t</b><e/></a>");
+    ASSERT_TRUE(doc.ok());
+    struct Row {
+        const char* name;
+        int order;
+        int maxDepth;
+        QString stopAt;
+        QString expected;
+    };
+    const Row rows[] = {
+        {"pre-order visits every node with its depth", ki::algo::tree::PRE_ORDER, -1, "", "a0 b1 c2 't'2 e1"},
+        {"post-order visits children first", ki::algo::tree::POST_ORDER, -1, "", "c2 't'2 b1 e1 a0"},
+        {"max depth 0 visits the root alone", ki::algo::tree::PRE_ORDER, 0, "", "a0"},
+        {"max depth 1 skips grandchildren", ki::algo::tree::PRE_ORDER, 1, "", "a0 b1 e1"},
+        {"stop ends the whole walk", ki::algo::tree::PRE_ORDER, -1, "c", "a0 b1 c2"},
+        {"stop in post-order visits no ancestor", ki::algo::tree::POST_ORDER, -1, "b", "c2 't'2 b1"},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.name);
+        QStringList seen;
+        auto run = [&](auto& visitor) {
+            visitor.set_max_depth(row.maxDepth);
+            visitor.set_callback([&](const XNode* node) {
+                const auto* text = dynamic_cast<const XNodeText*>(node);
+                seen << (text ? "'" + text->text + "'" : node->name) + QString::number(visitor.depth());
+                if (!row.stopAt.isEmpty() && node->name == row.stopAt) visitor.stop();
+            });
+            visitor.walk_dfs(doc.value.get());
+            EXPECT_EQ(visitor.depth(), 0);
+        };
+        if (row.order == ki::algo::tree::PRE_ORDER) {
+            ki::algo::tree::Visitor<ChildAccess, const XNode*, ki::algo::tree::PRE_ORDER> visitor;
+            run(visitor);
+        } else {
+            ki::algo::tree::Visitor<ChildAccess, const XNode*, ki::algo::tree::POST_ORDER> visitor;
+            run(visitor);
+        }
+        EXPECT_EQ(seen.join(" "), row.expected);
+    }
+}
+
+// Hostile input: recursion in the walk or in the destructor would overflow this small stack.
+TEST(XmlVisitor, HundredThousandLevelsParseWalkAndDestroyOnASmallStack) {
+    constexpr int levels = 100000;
+    const QByteArray xml = QByteArray("<a>").repeated(levels) + QByteArray("</a>").repeated(levels);
+    int visited = 0;
+    int deepest = 0;
+    bool parsed = false;
+    QThread* worker = QThread::create([&] {
+        XNodeResult doc = parse_text(xml);
+        parsed = doc.ok();
+        ki::algo::tree::Visitor<ChildAccess, const XNode*> visitor;
+        visitor.set_callback([&](const XNode*) {
+            ++visited;
+            deepest = std::max(deepest, visitor.depth());
+        });
+        visitor.walk_dfs(doc.value.get());
+    });
+    worker->setStackSize(256 * 1024);
+    worker->start();
+    ASSERT_TRUE(worker->wait(60000));
+    delete worker;
+    EXPECT_TRUE(parsed);
+    EXPECT_EQ(visited, levels);
+    EXPECT_EQ(deepest, levels - 1);
+}
