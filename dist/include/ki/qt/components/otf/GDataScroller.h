@@ -1,0 +1,78 @@
+#pragma once
+// A vertical list over a row model that creates widgets only for the rows on screen, so a
+// model of any length opens and scrolls at once. Scrolls by whole rows: wheel, scroll bar,
+// keys; the top row index can also be set from outside (drag gestures).
+
+#include <ki/Listener.h>
+#include <ki/qt/components/otf/GModel.h>
+#include <ki/qt/ext/ObjectName.h>
+
+#include <QFrame>
+#include <QPointer>
+#include <QVector>
+
+class QScrollBar;
+
+namespace ki::qt::otf {
+
+class GDataScroller : public QFrame, public ObjectName<QWidget> {
+    Q_OBJECT
+public:
+    explicit GDataScroller(QWidget* parent = nullptr);
+    ~GDataScroller() override;
+
+    /// Shows `model` (not owned; a model that goes away leaves the list empty).
+    void ini(GModel* model);
+    GModel* get_model() const { return model.data(); }
+
+    /// Builds the visible rows again, e.g. after the model or its selection changed.
+    void update_model();
+    /// update_model once the event loop runs: safe from inside a row's own event handler.
+    void update_model_later();
+
+    long long get_index_win_top() const { return topIndex; }
+    /// Clamped to the rows there are; rebuilds only when the top row changes.
+    void update_index_win_top(long long index);
+    /// Scrolls the least amount that brings `index` fully on screen.
+    void ensure_visible(long long index);
+    /// The number of rows currently on screen (row widgets that exist).
+    int get_visible_row_count() const { return int(rows.size()); }
+    /// The row widget of `index` when it is on screen, else null.
+    GPanel* get_row_widget(long long index) const;
+
+    /// Whether a point in global coordinates lies inside the list.
+    bool contains_global_point(const QPoint& global) const;
+    void set_scrollbar_vert_visible(bool visible);
+    bool is_scrollbar_vert_visible() const;
+
+    /// A click on a row (after the model's selection was set to it).
+    Listener<long long> liRowClicked;
+
+protected:
+    bool eventFilter(QObject* watched, QEvent* ev) override;
+    void wheelEvent(QWheelEvent* ev) override;
+    void keyPressEvent(QKeyEvent* ev) override;
+    void changeEvent(QEvent* ev) override;
+
+private:
+    void rebuild();
+    void drop_rows();
+    void update_scrollbar();
+    void on_row_click(long long index);
+    int fully_visible_rows() const;
+    long long max_top() const;
+    int estimated_rows_per_page() const;
+
+    QPointer<GModel> model;
+    QWidget* viewport = nullptr;
+    QScrollBar* scrollbar = nullptr;
+    QVector<GPanel*> rows;
+    long long topIndex = 0;
+    int wheelRemainder = 0;
+    // Average height of the rows last built: how many rows make a page.
+    int rowHeightSeen = 0;
+    bool rebuildPosted = false;
+    bool inRebuild = false;
+};
+
+}  // namespace ki::qt::otf

@@ -1,0 +1,308 @@
+#include "app/stroke/CanvasHanzi.h"
+
+#include <ki/log/GLog.h>
+#include <ki/store/GNode.h>
+#include <ki/str/xprintF.h>
+
+#include <QMouseEvent>
+#include <QPainter>
+#include <QVariant>
+#include <algorithm>
+#include <cmath>
+
+namespace morvel {
+
+namespace {
+
+const QString KEY_DRAW_CONFIG = QStringLiteral("DRAW_CONFIG");
+const QString KEY_R_CIRCLE = QStringLiteral("rCircle");
+
+QPen round_pen(const QColor& color, float width) {
+    return QPen(QBrush(color), width, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin);
+}
+
+std::string mouse_event_to_string(const QMouseEvent* ev) {
+    return ki::str::xprintF(0, "type:$, pos:$, button:$, buttons:$", static_cast<int>(ev->type()),
+                            ev->position().toPoint(), static_cast<int>(ev->button()), ev->buttons().toInt());
+}
+
+}  // namespace
+
+CanvasHanzi::CanvasHanzi(QWidget* parent) : GCanvas(parent) {
+    set_name("CanvasHanzi");
+    setAttribute(Qt::WA_OpaquePaintEvent);
+}
+
+void CanvasHanzi::set_anim(const Anim& newAnim) {
+    anim = newAnim;
+    if (!anim.viewBox.is_valid() && !anim.strokes.empty())
+        ki::pp_warn("CanvasHanzi::set_anim, invalid viewBox:{$}, using $", anim.viewBox, VIEW_BOX_FALLBACK);
+    outlines.clear();
+    centreLines.clear();
+    outlines.reserve(anim.strokes.size());
+    centreLines.reserve(anim.strokes.size());
+    totalLength = 0.0f;
+    for (const AnimStroke& stroke : anim.strokes) {
+        outlines.push_back(ki::qt::GPC::math_path_to_painter_path(stroke.pathOutline));
+        centreLines.push_back(ki::qt::GPC::math_path_to_painter_path(stroke.pathAnim));
+        totalLength += stroke.pathAnim.get_length();
+    }
+    judge.clear();
+    update();
+}
+
+ki::math::Rect CanvasHanzi::get_view_box() const {
+    return anim.viewBox.is_valid() ? anim.viewBox : VIEW_BOX_FALLBACK;
+}
+
+void CanvasHanzi::set_progress(float percent) {
+    if (std::isnan(percent)) {
+        ki::pp_warn("CanvasHanzi::set_progress, progress is not a number");
+        return;
+    }
+    progress = percent;
+    update();
+}
+
+void CanvasHanzi::set_learn_mode(bool on) {
+    learnMode = on;
+    update();
+}
+
+void CanvasHanzi::set_grid_on(bool on) {
+    gridOn = on;
+    backgroundStale = true;
+    update();
+}
+
+void CanvasHanzi::set_alt_background(bool on) {
+    altBackground = on;
+    backgroundStale = true;
+    update();
+}
+
+void CanvasHanzi::on_change_theme(unsigned int theme, bool osDark) {
+    if (theme > CanvasColors::THEME_AUTO)
+        ki::pp("CanvasHanzi::on_change_theme, theme:$ has no colours, using normal", theme);
+    colors = CanvasColors::for_theme(theme, osDark);
+    backgroundStale = true;
+    update();
+}
+
+void CanvasHanzi::set_draw_config(unsigned int config) {
+    drawConfig = config;
+    update();
+}
+
+void CanvasHanzi::set_draw_config_bits(unsigned int bits, bool on) {
+    set_draw_config(on ? (drawConfig | bits) : (drawConfig & ~bits));
+}
+
+void CanvasHanzi::set_r_circle(int radius) {
+    if (radius < 1) {
+        ki::pp_warn("CanvasHanzi::set_r_circle, invalid radius:$, keeping $", radius, rCircle);
+        return;
+    }
+    rCircle = radius;
+    update();
+}
+
+void CanvasHanzi::set_index_stroke(int count) {
+    indexStroke = count;
+    update();
+}
+
+bool CanvasHanzi::is_hieroglyphe_drawn() const {
+    return indexStroke >= 1 && indexStroke == static_cast<int>(anim.strokes.size());
+}
+
+void CanvasHanzi::clear_path_mouse() {
+    judge.clear();
+    update();
+}
+
+const AnimStroke* CanvasHanzi::current_stroke() const {
+    if (indexStroke < 0 || indexStroke >= static_cast<int>(anim.strokes.size())) return nullptr;
+    return &anim.strokes[static_cast<size_t>(indexStroke)];
+}
+
+glm::mat3 CanvasHanzi::anim_matrix(const ki::math::Rect& view) const {
+    return ki::math::matrix_fit_rect(get_view_box(), view);
+}
+
+glm::vec2 CanvasHanzi::map_point_to_anim(glm::vec2 p) const {
+    // Widget rect sides counted inclusively (right - left + 1), as Qt's QRect reports them.
+    const QRect r = rect();
+    const ki::math::Rect view(0.0f, 0.0f, static_cast<float>(r.right() - r.left() + 1),
+                              static_cast<float>(r.bottom() - r.top() + 1));
+    const glm::mat3 m = anim_matrix(view);
+    const float a = m[0][0], b = m[0][1], c = m[1][0], d = m[1][1];
+    const float det = a * d - b * c;
+    if (det == 0.0f) {
+        ki::pp_warn("CanvasHanzi::map_point_to_anim, transform not invertible");
+        return p;
+    }
+    const float x = p.x - m[2][0];
+    const float y = p.y - m[2][1];
+    return {(d * x - c * y) / det, (a * y - b * x) / det};
+}
+
+glm::vec2 CanvasHanzi::map_mouse_point_to_anim(QPoint p) const {
+    return map_point_to_anim({static_cast<float>(p.x()), static_cast<float>(p.y())});
+}
+
+void CanvasHanzi::config_load(ki::store::GNode& node) {
+    ki::pp("CanvasHanzi::config_load");
+    drawConfig = node.get<unsigned int>(KEY_DRAW_CONFIG, DRAW_CONFIG_DEFAULT);
+    const int radius = node.get<int>(KEY_R_CIRCLE, R_CIRCLE_DEFAULT);
+    if (radius < 1) {
+        ki::pp_warn("CanvasHanzi::config_load, invalid rCircle:$, using $", radius, R_CIRCLE_DEFAULT);
+        rCircle = R_CIRCLE_DEFAULT;
+    } else {
+        rCircle = radius;
+    }
+    update();
+}
+
+void CanvasHanzi::config_save(ki::store::GNode& node) const {
+    ki::pp("CanvasHanzi::config_save");
+    node.set(KEY_DRAW_CONFIG, QVariant::fromValue(drawConfig));
+    node.set(KEY_R_CIRCLE, QVariant::fromValue(rCircle));
+}
+
+void CanvasHanzi::draw(ki::qt::GPC& gpc, const ki::math::Rect& rect) {
+    ki::pp("CanvasHanzi::draw, unicode:$", unicode);
+    draw_background(gpc, rect);
+    if (anim.strokes.empty()) return;
+    gpc.save();
+    gpc.set_anti_alias(true);
+    gpc.set_matrix(anim_matrix(rect), true);
+    if (learnMode)
+        draw_learning(gpc);
+    else
+        draw_standard(gpc);
+    gpc.restore();
+}
+
+void CanvasHanzi::draw_background(ki::qt::GPC& gpc, const ki::math::Rect& rect) {
+    QPainter& painter = gpc.get_painter();
+    const QSize size(static_cast<int>(std::ceil(rect.w)), static_cast<int>(std::ceil(rect.h)));
+    if (size.isEmpty()) return;
+    const qreal ratio = painter.device() != nullptr ? painter.device()->devicePixelRatioF() : 1.0;
+    if (backgroundStale || size != backgroundSize || ratio != backgroundRatio) {
+        background = QPixmap(size * ratio);
+        background.setDevicePixelRatio(ratio);
+        QPainter pixmapPainter(&background);
+        ki::qt::GPC pc(pixmapPainter);
+        pc.fill_rect(0.0f, 0.0f, rect.w, rect.h, colors.colorBackground[altBackground ? 1 : 0]);
+        if (gridOn) {
+            // Widget pixels from 0, not scaled with the character: a steady practice paper.
+            const QPen pen =
+                ki::qt::GPC::make_pen(colors.colorGrid, 1.0f, Qt::SolidLine, ki::qt::LINE_MODE_COSMETIC);
+            for (float y = 0.0f; y <= rect.h; y += GRID_SPACING) pc.draw_line({0.0f, y}, {rect.w, y}, pen);
+            for (float x = 0.0f; x <= rect.w; x += GRID_SPACING) pc.draw_line({x, 0.0f}, {x, rect.h}, pen);
+        }
+        backgroundSize = size;
+        backgroundRatio = ratio;
+        backgroundStale = false;
+    }
+    painter.drawPixmap(QPointF(rect.x, rect.y), background);
+}
+
+void CanvasHanzi::fill_outlines(ki::qt::GPC& gpc, int count, const QColor& color) const {
+    const int n = std::min(count, static_cast<int>(outlines.size()));
+    for (int i = 0; i < n; ++i) gpc.fill_path(outlines[static_cast<size_t>(i)], color);
+}
+
+void CanvasHanzi::draw_standard(ki::qt::GPC& gpc) const {
+    if (anim.strokes.empty()) return;
+    const float drawn = totalLength * std::clamp(progress, 0.0f, 100.0f) / 100.0f;
+    fill_outlines(gpc, static_cast<int>(outlines.size()), colors.colorOutline);
+    const QPen ink = round_pen(colors.colorAnim, WIDTH_INK);
+    float acc = 0.0f;
+    for (size_t i = 0; i < anim.strokes.size(); ++i) {
+        const ki::math::Path& centre = anim.strokes[i].pathAnim;
+        const float length = centre.get_length();
+        if (length <= 0.0f) continue;
+        const float percent = (drawn - acc) / length * 100.0f;
+        acc += length;
+        if (percent <= 0.0f) continue;
+        // The wide pen clipped by the outline paints the stroke inside its own shape.
+        gpc.save();
+        gpc.clip_path(outlines[i]);
+        gpc.draw_path(ki::qt::PATH_PLAIN, centre, ink, QBrush(Qt::NoBrush), std::min(percent, 100.0f));
+        gpc.restore();
+    }
+}
+
+void CanvasHanzi::draw_learning(ki::qt::GPC& gpc) const {
+    const int count = static_cast<int>(anim.strokes.size());
+    if (count == 0) return;
+    if ((drawConfig & DRAW_OUTLINE) != 0) fill_outlines(gpc, count, colors.colorOutline);
+    if ((drawConfig & DRAW_HELPER_LINES) != 0) {
+        const QPen pen = round_pen(colors.colorHelperLines, WIDTH_HELPER_LINES);
+        for (const QPainterPath& line : centreLines) gpc.stroke_path(line, pen);
+    }
+    if (indexStroke > 0 && indexStroke <= count) fill_outlines(gpc, indexStroke, QColor(Qt::green));
+    const ki::math::Path& trace = judge.get_path();
+    if (!trace.is_empty()) {
+        const QColor& color = judge.get_errors() == 0 ? colors.colorTraceGood : colors.colorTraceBad;
+        gpc.stroke_path(ki::qt::GPC::math_path_to_painter_path(trace), round_pen(color, WIDTH_INK));
+    }
+    const AnimStroke* stroke = current_stroke();
+    if ((drawConfig & DRAW_HELPER_CIRCLES) != 0 && stroke != nullptr) {
+        // Smaller than the acceptance radius on purpose: they mark where, not how far.
+        const float radius = static_cast<float>(rCircle / 4);
+        const float dot = static_cast<float>(rCircle / 10);
+        const float width = static_cast<float>(widthCircle);
+        const glm::vec2 start = stroke->pathAnim.point_start();
+        const glm::vec2 end = stroke->pathAnim.point_end();
+        gpc.draw_circle(start, radius, colors.colorCircleStart, width, Qt::SolidLine,
+                        ki::qt::LINE_MODE_GEOMETRIC);
+        gpc.fill_circle(start, dot, colors.colorCircleStart);
+        gpc.draw_circle(end, radius, colors.colorCircleEnd, width, Qt::SolidLine,
+                        ki::qt::LINE_MODE_GEOMETRIC);
+    }
+}
+
+void CanvasHanzi::mousePressEvent(QMouseEvent* ev) {
+    GCanvas::mousePressEvent(ev);
+    if (!learnMode || ev->button() != Qt::LeftButton || indexStroke < 0) return;
+    const AnimStroke* stroke = current_stroke();
+    if (stroke == nullptr) {
+        ki::pp("CanvasHanzi::mousePressEvent, no stroke left, indexStroke:$, strokes:$", indexStroke,
+               anim.strokes.size());
+        return;
+    }
+    judge.press(map_mouse_point_to_anim(ev->position().toPoint()), *stroke, rCircle);
+    // A trace belongs to the canvas; it must not reach the window's swipe handling too.
+    ev->accept();
+    update();
+}
+
+void CanvasHanzi::mouseMoveEvent(QMouseEvent* ev) {
+    GCanvas::mouseMoveEvent(ev);
+    if (!learnMode || (ev->buttons() & Qt::LeftButton) == 0) return;
+    const AnimStroke* stroke = current_stroke();
+    if (stroke == nullptr) return;
+    judge.move(map_mouse_point_to_anim(ev->position().toPoint()), *stroke, rCircle);
+    ev->accept();
+    update();
+}
+
+void CanvasHanzi::mouseReleaseEvent(QMouseEvent* ev) {
+    GCanvas::mouseReleaseEvent(ev);
+    if (!learnMode) return;
+    ki::pp("CanvasHanzi::mouseReleaseEvent, ev:$", mouse_event_to_string(ev));
+    if (ev->button() != Qt::LeftButton) return;
+    const AnimStroke* stroke = current_stroke();
+    if (stroke == nullptr) return;
+    const StrokeJudge::Verdict verdict =
+        judge.release(map_mouse_point_to_anim(ev->position().toPoint()), *stroke, rCircle);
+    if (verdict == StrokeJudge::Verdict::ACCEPTED && listenerStrokeLearned.has_listener())
+        listenerStrokeLearned.fire_event();
+    ev->accept();
+    update();
+}
+
+}  // namespace morvel

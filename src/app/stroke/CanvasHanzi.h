@@ -1,0 +1,142 @@
+#pragma once
+// The widget on which the current character is painted: background, practice grid and the
+// strokes, either filling up along their centre lines (watch mode) or traced by the user with
+// the left mouse button (learn mode). Everything is drawn and judged in the character's own
+// frame (the viewBox), which one transform fits centred into the widget.
+
+#include <ki/Listener.h>
+#include <ki/qt/GCanvas.h>
+
+#include <QColor>
+#include <QPainterPath>
+#include <QPixmap>
+#include <QSize>
+#include <glm/mat3x3.hpp>
+#include <glm/vec2.hpp>
+#include <vector>
+
+#include "app/stroke/Anim.h"
+#include "app/stroke/CanvasColors.h"
+#include "app/stroke/StrokeJudge.h"
+
+namespace ki::store {
+class GNode;
+}
+
+namespace morvel {
+
+class CanvasHanzi : public ki::qt::GCanvas {
+    Q_OBJECT
+public:
+    /// drawConfig bits.
+    static constexpr unsigned int DRAW_OUTLINE = 2;
+    static constexpr unsigned int DRAW_HELPER_CIRCLES = 8;
+    static constexpr unsigned int DRAW_HELPER_LINES = 16;
+    static constexpr unsigned int DRAW_CONFIG_DEFAULT = DRAW_OUTLINE | DRAW_HELPER_CIRCLES;
+    static constexpr int R_CIRCLE_DEFAULT = 140;
+    /// Pen width of the watch-mode ink and of the trace, in character units.
+    static constexpr float WIDTH_INK = 150.0f;
+    static constexpr float WIDTH_HELPER_LINES = 5.0f;
+    static constexpr float GRID_SPACING = 50.0f;
+    /// The frame of the level's stroke files, used when a character has no valid viewBox.
+    static constexpr ki::math::Rect VIEW_BOX_FALLBACK{0.0f, 0.0f, 1024.0f, 1024.0f};
+
+    explicit CanvasHanzi(QWidget* parent = nullptr);
+
+    /// Shows `anim` from its first stroke, with the trace cleared.
+    void set_anim(const Anim& anim);
+    const Anim& get_anim() const { return anim; }
+    /// The frame painting and mapping use: the viewBox, or the fallback when it is invalid.
+    ki::math::Rect get_view_box() const;
+
+    /// Watch-mode position in percent of the character's total centre-line length.
+    void set_progress(float percent);
+    float get_progress() const { return progress; }
+    void set_learn_mode(bool on);
+    bool is_learn_mode() const { return learnMode; }
+    void set_unicode(int code) { unicode = code; }
+    int get_unicode() const { return unicode; }
+    void set_grid_on(bool on);
+    bool is_grid_on() const { return gridOn; }
+    void set_alt_background(bool on);
+    bool is_alt_background() const { return altBackground; }
+
+    /// Theme 0 normal, 1 dark, 2 green, 3 auto (dark when `osDark`).
+    void on_change_theme(unsigned int theme, bool osDark = false);
+    const CanvasColors& get_colors() const { return colors; }
+
+    unsigned int get_draw_config() const { return drawConfig; }
+    void set_draw_config(unsigned int config);
+    void set_draw_config_bits(unsigned int bits, bool on);
+    /// Tolerance radius of tracing, in character units; values below 1 are refused.
+    int get_r_circle() const { return rCircle; }
+    void set_r_circle(int radius);
+
+    /// Strokes traced so far, which is the index of the stroke to trace now. Owned by the window.
+    void set_index_stroke(int count);
+    int get_strokes_learned() const { return indexStroke; }
+    /// The last traced stroke; -1 before the first.
+    int get_index_stroke() const { return indexStroke - 1; }
+    bool is_hieroglyphe_drawn() const;
+    void clear_path_mouse();
+    const ki::math::Path& get_path_mouse() const { return judge.get_path(); }
+    /// Faults of the current or last attempt.
+    int get_errors() const { return judge.get_errors(); }
+
+    /// Widget pixels to character units: the inverse of the transform painting uses.
+    glm::vec2 map_point_to_anim(glm::vec2 p) const;
+    glm::vec2 map_mouse_point_to_anim(QPoint p) const;
+
+    /// "DRAW_CONFIG" (default 10) and "rCircle" (default 140).
+    void config_load(ki::store::GNode& node);
+    void config_save(ki::store::GNode& node) const;
+
+    void draw(ki::qt::GPC& gpc, const ki::math::Rect& rect) override;
+    /// Watch mode, in character units.
+    void draw_standard(ki::qt::GPC& gpc) const;
+    /// Learn mode, in character units.
+    void draw_learning(ki::qt::GPC& gpc) const;
+
+    /// Fired once per correctly traced stroke.
+    ki::Listener<ki::NO_PAYLOAD> listenerStrokeLearned;
+
+protected:
+    void mousePressEvent(QMouseEvent* ev) override;
+    void mouseMoveEvent(QMouseEvent* ev) override;
+    void mouseReleaseEvent(QMouseEvent* ev) override;
+
+private:
+    /// The fit of the character's frame into `view` (pixels).
+    glm::mat3 anim_matrix(const ki::math::Rect& view) const;
+    /// The stroke to trace now, or nullptr when every stroke is done.
+    const AnimStroke* current_stroke() const;
+    void draw_background(ki::qt::GPC& gpc, const ki::math::Rect& rect);
+    void fill_outlines(ki::qt::GPC& gpc, int count, const QColor& color) const;
+
+    Anim anim;
+    // Built once per Anim, so a frame converts no geometry.
+    std::vector<QPainterPath> outlines;
+    std::vector<QPainterPath> centreLines;
+    float totalLength = 0.0f;
+
+    int unicode = 0;
+    bool gridOn = true;
+    bool altBackground = false;
+    CanvasColors colors = CanvasColors::normal();
+    float progress = 0.0f;
+
+    bool learnMode = false;
+    int indexStroke = 0;
+    int rCircle = 60;
+    int widthCircle = 6;
+    unsigned int drawConfig = 0;
+    StrokeJudge judge;
+
+    // Background and grid of the last size, rebuilt when size, colours or switches change.
+    QPixmap background;
+    QSize backgroundSize;
+    qreal backgroundRatio = 0.0;
+    bool backgroundStale = true;
+};
+
+}  // namespace morvel

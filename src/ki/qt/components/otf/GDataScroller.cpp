@@ -1,0 +1,232 @@
+#include <ki/log/GLog.h>
+#include <ki/qt/components/GPanel.h>
+#include <ki/qt/components/otf/GDataScroller.h>
+
+#include <QBoxLayout>
+#include <QKeyEvent>
+#include <QResizeEvent>
+#include <QScrollBar>
+#include <QSignalBlocker>
+#include <QWheelEvent>
+#include <algorithm>
+
+namespace ki::qt::otf {
+
+namespace {
+std::string listener_key(const GDataScroller* scroller) {
+    return "GDataScroller@" + std::to_string(reinterpret_cast<quintptr>(scroller));
+}
+}  // namespace
+
+GDataScroller::GDataScroller(QWidget* parent) : QFrame(parent), ObjectName<QWidget>(this, "GDataScroller") {
+    setFrameShape(QFrame::StyledPanel);
+    setFrameShadow(QFrame::Sunken);
+    setFocusPolicy(Qt::WheelFocus);
+    auto* box = new QHBoxLayout(this);
+    box->setContentsMargins(0, 0, 0, 0);
+    box->setSpacing(0);
+    viewport = new QWidget(this);
+    viewport->setObjectName(QStringLiteral("viewport"));
+    viewport->setAutoFillBackground(true);
+    viewport->setBackgroundRole(QPalette::Base);
+    viewport->installEventFilter(this);
+    scrollbar = new QScrollBar(Qt::Vertical, this);
+    box->addWidget(viewport, 1);
+    box->addWidget(scrollbar);
+    connect(scrollbar, &QScrollBar::valueChanged, this, [this](int value) { update_index_win_top(value); });
+}
+
+GDataScroller::~GDataScroller() {
+    if (model) model->liModelChanged.remove(listener_key(this));
+}
+
+void GDataScroller::ini(GModel* new_model) {
+    if (model) model->liModelChanged.remove(listener_key(this));
+    model = new_model;
+    topIndex = 0;
+    if (model) model->liModelChanged.set(listener_key(this), [this]() { update_model_later(); });
+    rebuild();
+}
+
+void GDataScroller::update_model() {
+    rebuild();
+}
+
+void GDataScroller::update_model_later() {
+    if (rebuildPosted) return;
+    rebuildPosted = true;
+    QMetaObject::invokeMethod(
+        this,
+        [this]() {
+            rebuildPosted = false;
+            rebuild();
+        },
+        Qt::QueuedConnection);
+}
+
+void GDataScroller::drop_rows() {
+    // Later, not now: the row may be the receiver of the very event that led here (a click,
+    // or a move that the application-wide filter turned into a scroll).
+    for (GPanel* row : std::as_const(rows)) {
+        row->liMouseClick.clear();
+        row->hide();
+        row->deleteLater();
+    }
+    rows.clear();
+}
+
+void GDataScroller::rebuild() {
+    if (inRebuild) return;
+    inRebuild = true;
+    drop_rows();
+    const long long count = model ? model->row_count() : 0;
+    topIndex = std::clamp(topIndex, 0LL, std::max(0LL, count - 1));
+    const int width = viewport->width();
+    const int height = viewport->height();
+    int y = 0;
+    for (long long i = topIndex; i < count && y < height; ++i) {
+        PanelData data{viewport, width, i == model->get_selected_index()};
+        GPanel* row = model->gen_panel_row(i, &data);
+        if (row == nullptr) {
+            pp_error("GDataScroller::rebuild, gen_panel_row returned NULL, row:$", i);
+            break;
+        }
+        if (row->parentWidget() != viewport) row->setParent(viewport);
+        const int row_height =
+            std::max(model->get_row_height(int(std::min<long long>(i, INT_MAX))),
+                     row->hasHeightForWidth() ? row->heightForWidth(width) : row->sizeHint().height());
+        row->setGeometry(0, y, width, row_height);
+        row->liMouseClick.set(listener_key(this), [this, i](QMouseEvent* const&) { on_row_click(i); });
+        row->show();
+        rows.push_back(row);
+        y += row_height;
+    }
+    if (!rows.isEmpty()) rowHeightSeen = std::max(1, y / int(rows.size()));
+    inRebuild = false;
+    update_scrollbar();
+}
+
+int GDataScroller::estimated_rows_per_page() const {
+    int row_height = rowHeightSeen;
+    if (row_height <= 0) row_height = model ? std::max(1, model->get_row_height(0)) : 1;
+    return std::max(1, viewport->height() / row_height);
+}
+
+long long GDataScroller::max_top() const {
+    const long long count = model ? model->row_count() : 0;
+    return std::max(0LL, count - estimated_rows_per_page());
+}
+
+void GDataScroller::update_scrollbar() {
+    const QSignalBlocker blocker(scrollbar);
+    const long long top_max = max_top();
+    // QScrollBar counts in int; lists beyond that scroll by the scroll bar in coarser steps.
+    scrollbar->setRange(0, int(std::min<long long>(top_max, INT_MAX)));
+    scrollbar->setPageStep(estimated_rows_per_page());
+    scrollbar->setSingleStep(1);
+    scrollbar->setValue(int(std::min<long long>(topIndex, INT_MAX)));
+}
+
+void GDataScroller::update_index_win_top(long long index) {
+    index = std::clamp(index, 0LL, max_top());
+    if (index == topIndex && !rows.isEmpty()) return;
+    topIndex = index;
+    rebuild();
+}
+
+int GDataScroller::fully_visible_rows() const {
+    int n = 0;
+    for (const GPanel* row : rows) {
+        if (row->geometry().bottom() >= viewport->height()) break;
+        ++n;
+    }
+    return std::max(1, n);
+}
+
+void GDataScroller::ensure_visible(long long index) {
+    if (index < topIndex)
+        update_index_win_top(index);
+    else if (index >= topIndex + fully_visible_rows())
+        update_index_win_top(index - fully_visible_rows() + 1);
+}
+
+GPanel* GDataScroller::get_row_widget(long long index) const {
+    const long long offset = index - topIndex;
+    return offset >= 0 && offset < rows.size() ? rows[int(offset)] : nullptr;
+}
+
+bool GDataScroller::contains_global_point(const QPoint& global) const {
+    return isVisible() && rect().contains(mapFromGlobal(global));
+}
+
+void GDataScroller::set_scrollbar_vert_visible(bool visible) {
+    scrollbar->setVisible(visible);
+}
+
+bool GDataScroller::is_scrollbar_vert_visible() const {
+    return !scrollbar->isHidden();
+}
+
+void GDataScroller::on_row_click(long long index) {
+    if (model) model->set_selected_index(index);
+    if (liRowClicked.has_listener()) liRowClicked.fire_event(index);
+    update_model_later();
+}
+
+bool GDataScroller::eventFilter(QObject* watched, QEvent* ev) {
+    if (watched == viewport && ev->type() == QEvent::Resize) {
+        const auto* resize = static_cast<QResizeEvent*>(ev);
+        if (resize->oldSize().height() == resize->size().height() && !rows.isEmpty()) {
+            // Only wider or narrower: stretch the rows in place.
+            for (GPanel* row : std::as_const(rows)) row->resize(resize->size().width(), row->height());
+        } else {
+            rebuild();
+        }
+    }
+    return QFrame::eventFilter(watched, ev);
+}
+
+void GDataScroller::wheelEvent(QWheelEvent* ev) {
+    wheelRemainder += ev->angleDelta().y();
+    const int steps = wheelRemainder / 120;
+    wheelRemainder %= 120;
+    if (steps != 0) update_index_win_top(topIndex - steps);
+    ev->accept();
+}
+
+void GDataScroller::keyPressEvent(QKeyEvent* ev) {
+    const long long page = estimated_rows_per_page();
+    switch (ev->key()) {
+        case Qt::Key_Up:
+            update_index_win_top(topIndex - 1);
+            break;
+        case Qt::Key_Down:
+            update_index_win_top(topIndex + 1);
+            break;
+        case Qt::Key_PageUp:
+            update_index_win_top(topIndex - page);
+            break;
+        case Qt::Key_PageDown:
+            update_index_win_top(topIndex + page);
+            break;
+        case Qt::Key_Home:
+            update_index_win_top(0);
+            break;
+        case Qt::Key_End:
+            update_index_win_top(max_top());
+            break;
+        default:
+            QFrame::keyPressEvent(ev);
+            return;
+    }
+    ev->accept();
+}
+
+void GDataScroller::changeEvent(QEvent* ev) {
+    QFrame::changeEvent(ev);
+    if (ev->type() == QEvent::PaletteChange || ev->type() == QEvent::FontChange ||
+        ev->type() == QEvent::StyleChange)
+        update_model_later();
+}
+
+}  // namespace ki::qt::otf

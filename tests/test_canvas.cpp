@@ -1,0 +1,296 @@
+// The character canvas painted into images, and its settings round trip.
+#include <gtest/gtest.h>
+#include <ki/store/GNode.h>
+
+#include <QDir>
+#include <QImage>
+#include <QMouseEvent>
+#include <QPainterPathStroker>
+#include <cstdlib>
+
+#include "app/stroke/CanvasHanzi.h"
+#include "app/stroke/ControlAnim.h"
+
+using morvel::Anim;
+using morvel::AnimStroke;
+using morvel::CanvasHanzi;
+
+namespace {
+
+ki::math::Path parse(const QString& data) {
+    auto result = ki::math::Path::from_svg_path_data(data);
+    EXPECT_TRUE(result.ok()) << result.to_string();
+    return result.value;
+}
+
+AnimStroke stroke(const QString& outline, const QString& centre) {
+    return {parse(outline), parse(centre)};
+}
+
+// Centre lines of length 300 and 100, each inside a rectangle that reaches 50 past its ends.
+Anim two_strokes() {
+    Anim anim;
+    anim.viewBox = {0, 0, 1000, 1000};
+    anim.strokes = {stroke("M 50 150 L 450 150 L 450 250 L 50 250 Z", "M 100 200 L 400 200"),
+                    stroke("M 50 450 L 250 450 L 250 550 L 50 550 Z", "M 100 500 L 200 500")};
+    return anim;
+}
+
+Anim character(int unicode) {
+    auto result = Anim::build_from_file(QString(":/wb/shared-res/zh/1/%1.svg").arg(unicode));
+    EXPECT_TRUE(result.ok()) << result.to_string();
+    return result.value;
+}
+
+QImage render(CanvasHanzi& canvas, int w, int h) {
+    canvas.resize(w, h);
+    QImage image(w, h, QImage::Format_RGB32);
+    canvas.render(&image);
+    return image;
+}
+
+bool near(QRgb a, const QColor& b) {
+    return std::abs(qRed(a) - b.red()) + std::abs(qGreen(a) - b.green()) + std::abs(qBlue(a) - b.blue()) < 24;
+}
+
+bool is_ink(const QImage& image, const CanvasHanzi& canvas, int x, int y) {
+    return near(image.pixel(x, y), canvas.get_colors().colorAnim);
+}
+
+}  // namespace
+
+TEST(CanvasWatchMode, InkFollowsTheShareOfTotalCentreLineLength) {
+    // Ink is a 150-unit round pen: its painted end lies 75 units past the drawn length.
+    struct Row {
+        const char* name;
+        float progress;
+        std::vector<QPoint> inked;
+        std::vector<QPoint> blank;
+    };
+    const Row rows[] = {
+        {"progress 0 shows no ink", 0, {}, {{110, 200}, {110, 500}}},
+        {"progress 50 paints two thirds of the first stroke only",
+         50,
+         {{110, 200}, {368, 200}},
+         {{382, 200}, {110, 500}}},
+        {"progress 80 finishes the first and paints a fifth of the second",
+         80,
+         {{445, 200}, {188, 500}},
+         {{202, 500}}},
+        {"progress 100 paints both strokes fully", 100, {{445, 200}, {245, 500}}, {}},
+        {"progress above 100 counts as 100", 400, {{445, 200}, {245, 500}}, {}},
+        {"negative progress counts as 0", -30, {}, {{110, 200}}},
+    };
+    CanvasHanzi canvas;
+    canvas.set_anim(two_strokes());
+    const QPainterPath outlines = [] {
+        QPainterPath all;
+        for (const AnimStroke& s : two_strokes().strokes)
+            all.addPath(ki::qt::GPC::math_path_to_painter_path(s.pathOutline));
+        return all;
+    }();
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.name);
+        canvas.set_progress(row.progress);
+        const QImage image = render(canvas, 1000, 1000);
+        for (QPoint p : row.inked) EXPECT_TRUE(is_ink(image, canvas, p.x(), p.y())) << p.x() << "," << p.y();
+        for (QPoint p : row.blank) EXPECT_FALSE(is_ink(image, canvas, p.x(), p.y())) << p.x() << "," << p.y();
+        for (int y = 0; y < 1000; y += 2)
+            for (int x = 0; x < 1000; x += 2)
+                if (is_ink(image, canvas, x, y)) {
+                    ASSERT_TRUE(outlines.contains(QPointF(x, y))) << x << "," << y;
+                }
+    }
+}
+
+TEST(CanvasWatchMode, RealCharacterInkStaysInsideItsOutlines) {
+    const Anim anim = character(20013);
+    CanvasHanzi canvas;
+    canvas.set_anim(anim);
+    canvas.resize(1024, 750);
+    // The canvas's fit, rebuilt here: scale 750/1024, centred horizontally.
+    const float s = 750.0f / 1024.0f;
+    QTransform fit;
+    fit.translate((1024.0f - 1024.0f * s) / 2.0f, 0.0f);
+    fit.scale(s, s);
+    QPainterPath outlines;
+    outlines.setFillRule(Qt::WindingFill);  // strokes overlap where they cross
+    for (const AnimStroke& st : anim.strokes)
+        outlines.addPath(ki::qt::GPC::math_path_to_painter_path(st.pathOutline));
+    QPainterPathStroker rim;
+    rim.setWidth(3.0);
+    const QPainterPath inside = fit.map(outlines).united(rim.createStroke(fit.map(outlines)));
+
+    for (float progress : {0.0f, 100.0f}) {
+        SCOPED_TRACE(progress);
+        canvas.set_progress(progress);
+        const QImage image = render(canvas, 1024, 750);
+        int ink = 0;
+        for (int y = 0; y < 750; ++y)
+            for (int x = 0; x < 1024; ++x)
+                if (is_ink(image, canvas, x, y)) {
+                    ++ink;
+                    ASSERT_TRUE(inside.contains(QPointF(x, y))) << x << "," << y;
+                }
+        if (progress == 0.0f) {
+            EXPECT_EQ(ink, 0);
+        }
+        for (const AnimStroke& st : anim.strokes) {
+            const glm::vec2 mid = st.pathAnim.point_at_length(st.pathAnim.get_length() / 2.0f);
+            const QPointF px = fit.map(QPointF(mid.x, mid.y));
+            EXPECT_EQ(is_ink(image, canvas, int(px.x()), int(px.y())), progress == 100.0f);
+        }
+    }
+}
+
+TEST(CanvasGrid, FiftyPixelLinesFromTheTopLeftCorner) {
+    CanvasHanzi canvas;
+    const QImage image = render(canvas, 300, 1024);
+    const QColor grid = canvas.get_colors().colorGrid;
+    int horizontal = 0;
+    for (int y = 0; y < image.height(); ++y) horizontal += image.pixelColor(25, y) == grid ? 1 : 0;
+    EXPECT_EQ(horizontal, 21);
+    int vertical = 0;
+    for (int x = 0; x < image.width(); ++x) vertical += image.pixelColor(x, 25) == grid ? 1 : 0;
+    EXPECT_EQ(vertical, 6);
+    EXPECT_EQ(image.pixelColor(25, 25), canvas.get_colors().colorBackground[0]);
+}
+
+TEST(CanvasFit, CharacterIsCentredAndUndistorted) {
+    Anim square;
+    square.viewBox = {0, 0, 100, 100};
+    square.strokes = {stroke("M 0 0 L 100 0 L 100 100 L 0 100 Z", "M 10 50 L 90 50")};
+    struct Row {
+        const char* name;
+        QSize size;
+        QRect expected;
+    };
+    const Row rows[] = {
+        {"wide canvas centres horizontally", {1000, 500}, {250, 0, 500, 500}},
+        {"tall canvas centres vertically", {400, 800}, {0, 200, 400, 400}},
+        {"odd sizes", {301, 151}, {75, 0, 151, 151}},
+    };
+    CanvasHanzi canvas;
+    canvas.set_grid_on(false);
+    canvas.set_anim(square);
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.name);
+        const QImage image = render(canvas, row.size.width(), row.size.height());
+        QRect box;
+        for (int y = 0; y < image.height(); ++y)
+            for (int x = 0; x < image.width(); ++x)
+                if (near(image.pixel(x, y), canvas.get_colors().colorOutline)) box |= QRect(x, y, 1, 1);
+        EXPECT_NEAR(box.left(), row.expected.left(), 1);
+        EXPECT_NEAR(box.top(), row.expected.top(), 1);
+        EXPECT_NEAR(box.width(), row.expected.width(), 1);
+        EXPECT_NEAR(box.height(), row.expected.height(), 1);
+    }
+}
+
+TEST(CanvasSettings, LoadAppliesDefaultsClampsAndRoundTrips) {
+    struct Row {
+        const char* name;
+        ki::store::GNode node;
+        unsigned drawConfig;
+        int rCircle;
+        unsigned modeFlags;
+        int incSpeed;
+    };
+    auto node = [](std::initializer_list<std::pair<const char*, QVariant>> values) {
+        ki::store::GNode n;
+        for (const auto& [key, value] : values) n.set(key, value);
+        return n;
+    };
+    const Row rows[] = {
+        {"fresh configuration gives the defaults, not the construction values", {}, 10, 140, 23, 5},
+        {"stored values load",
+         node({{"DRAW_CONFIG", 18u}, {"rCircle", 80}, {"ControlAnim.modeFlags", 6u}, {"incSpeed", 3}}), 18,
+         80, 6, 3},
+        {"speed 0 loads as 1", node({{"incSpeed", 0}}), 10, 140, 23, 1},
+        {"negative speed loads as 1", node({{"incSpeed", -4}}), 10, 140, 23, 1},
+        {"speed 1 stays 1", node({{"incSpeed", 1}}), 10, 140, 23, 1},
+        {"speed 9 loads as 8", node({{"incSpeed", 9}}), 10, 140, 23, 8},
+        {"garbage types fall back to defaults",
+         node({{"DRAW_CONFIG", "lots"},
+               {"rCircle", 2.5},
+               {"ControlAnim.modeFlags", -1},
+               {"incSpeed", "fast"}}),
+         10, 140, 23, 5},
+        {"a radius below 1 would reject every trace", node({{"rCircle", 0}}), 10, 140, 23, 5},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.name);
+        // Load the row, save, and load what was saved into fresh objects.
+        ki::store::GNode node = row.node;
+        for (const char* pass : {"loaded", "saved and loaded again"}) {
+            SCOPED_TRACE(pass);
+            CanvasHanzi canvas;
+            morvel::prog2::ControlAnim control;
+            canvas.config_load(node);
+            control.config_load(node);
+            EXPECT_EQ(canvas.get_draw_config(), row.drawConfig);
+            EXPECT_EQ(canvas.get_r_circle(), row.rCircle);
+            EXPECT_EQ(control.get_mode_flags(), row.modeFlags);
+            EXPECT_EQ(control.get_inc_speed(), row.incSpeed);
+            node = {};
+            canvas.config_save(node);
+            control.config_save(node);
+        }
+    }
+}
+
+TEST(ControlAnimModes, ListenersSeeOldCurrentAndNewPendingOncePerChange) {
+    morvel::prog2::ControlAnim control;
+    std::vector<std::pair<unsigned, unsigned>> seen;
+    control.liModeChanged +=
+        [&] { seen.emplace_back(control.get_mode_flags(), control.get_mode_flags_pending()); };
+    ki::store::GNode node;
+    node.set("ControlAnim.modeFlags", 17u);
+    control.config_load(node);
+    control.config_load(node);
+    control.set_mode_bits(0x20, true);
+    control.set_mode_bits(0x20, true);
+    const std::vector<std::pair<unsigned, unsigned>> expected = {{23u, 17u}, {17u, 49u}};
+    EXPECT_EQ(seen, expected);
+    EXPECT_EQ(control.get_mode_flags(), 49u);
+}
+
+// Renders the gallery that is looked at by eye when colours change:
+//   quenlo_tests --gtest_also_run_disabled_tests --gtest_filter='*ThemeGallery*'
+TEST(CanvasScreenshots, DISABLED_ThemeGallery) {
+    const QString folder = "/tmp/quenlo-shots";
+    ASSERT_TRUE(QDir().mkpath(folder));
+    const Anim anim = character(20013);
+    const char* themes[] = {"normal", "dark", "green"};
+    for (unsigned theme = 0; theme < 3; ++theme) {
+        CanvasHanzi canvas;
+        canvas.on_change_theme(theme);
+        canvas.set_anim(anim);
+        for (float progress : {0.0f, 50.0f, 100.0f}) {
+            canvas.set_progress(progress);
+            const QString name = QString("%1/watch-%2-%3.png").arg(folder, themes[theme]).arg(int(progress));
+            EXPECT_TRUE(render(canvas, 1024, 750).save(name)) << name.toStdString();
+        }
+        canvas.set_learn_mode(true);
+        canvas.set_draw_config(CanvasHanzi::DRAW_OUTLINE | CanvasHanzi::DRAW_HELPER_CIRCLES |
+                               CanvasHanzi::DRAW_HELPER_LINES);
+        canvas.set_r_circle(140);
+        canvas.set_index_stroke(2);
+        canvas.resize(1024, 750);
+        // A trace of the third stroke, drawn through the widget as a user would.
+        const float s = 750.0f / 1024.0f;
+        const float ox = (1024.0f - 1024.0f * s) / 2.0f;
+        const ki::math::Path& centre = anim.strokes[2].pathAnim;
+        auto send = [&](QEvent::Type type, float along, Qt::MouseButtons buttons) {
+            const glm::vec2 p = centre.point_at_length(along);
+            const QPointF px(ox + p.x * s, p.y * s + 12.0f);
+            QMouseEvent ev(type, px, px, Qt::LeftButton, buttons, Qt::NoModifier);
+            QCoreApplication::sendEvent(&canvas, &ev);
+        };
+        send(QEvent::MouseButtonPress, 0.0f, Qt::LeftButton);
+        for (float along = 10.0f; along < centre.get_length() * 0.7f; along += 10.0f)
+            send(QEvent::MouseMove, along, Qt::LeftButton);
+        const QString name = QString("%1/learn-%2.png").arg(folder, themes[theme]);
+        EXPECT_TRUE(render(canvas, 1024, 750).save(name)) << name.toStdString();
+    }
+}

@@ -1,0 +1,503 @@
+#include <gtest/gtest.h>
+#include <ki/log/GLog.h>
+#include <ki/log/LogCapture.h>
+#include <ki/qt/GApp.h>
+#include <ki/qt/GMainWindow.h>
+#include <ki/qt/components/GButton.h>
+#include <ki/qt/components/GMenu.h>
+#include <ki/qt/components/GPanel.h>
+#include <ki/qt/components/GenericSlider.h>
+#include <ki/qt/dialogs/GPanelLogView.h>
+#include <ki/qt/lang.h>
+#include <ki/qt/themes.h>
+
+#include <QAction>
+#include <QApplication>
+#include <QDir>
+#include <QPlainTextEdit>
+#include <QSet>
+#include <algorithm>
+#include <functional>
+#include <memory>
+#include <optional>
+
+using namespace ki::qt;
+namespace th = ki::qt::themes;
+
+namespace {
+
+// A window with a settings section of its own, so that class numbers and stored state do not
+// depend on which other tests ran before.
+template <ClazzName NAME>
+class TestWindow : public GMainWindow {
+public:
+    void setup() override {
+        setup_node<WindowClazz<NAME>>();
+        GMainWindow::setup();
+    }
+    void do_layout_all(LayoutEvent& ev) override {
+        ++layouts;
+        lastLayout = ev;
+        GMainWindow::do_layout_all(ev);
+    }
+    int layouts = 0;
+    LayoutEvent lastLayout;
+};
+
+class GuiTest : public testing::Test {
+protected:
+    void SetUp() override {
+        if (!ki::log::is_configured()) ki::log::configure();
+        capture = std::make_unique<ki::log::LogCapture>();
+        themeBefore = th::get_theme();
+    }
+    void TearDown() override {
+        th::set(themeBefore);
+        capture.reset();
+    }
+    std::unique_ptr<ki::log::LogCapture> capture;
+    unsigned int themeBefore = 0;
+};
+
+QColor rgb(int r, int g, int b) {
+    return QColor(r, g, b);
+}
+
+}  // namespace
+
+TEST_F(GuiTest, WindowNumbersArePerClassAndReusedAfterDestruction) {
+    auto first = std::make_unique<TestWindow<"TestNaming">>();
+    auto second = std::make_unique<TestWindow<"TestNaming">>();
+    // Before set-up the random Qt names keep two windows apart.
+    EXPECT_NE(first->get_object_name(), second->get_object_name());
+    first->setup();
+    second->setup();
+    EXPECT_EQ(first->get_object_name(), "TestNaming_0");
+    EXPECT_EQ(second->get_object_name(), "TestNaming_1");
+    first.reset();
+    TestWindow<"TestNaming"> third;
+    third.setup();
+    EXPECT_EQ(third.get_object_name(), "TestNaming_0") << "the freed number must be taken first";
+    TestWindow<"TestNaming"> fourth;
+    fourth.setup();
+    EXPECT_EQ(fourth.get_object_name(), "TestNaming_2");
+    GMainWindow plain;
+    plain.setup();
+    EXPECT_TRUE(plain.get_object_name().startsWith("CMainWindow_")) << plain.get_object_name().toStdString();
+}
+
+TEST_F(GuiTest, WindowStateSurvivesIntoTheNextWindowLifetime) {
+    ASSERT_TRUE(GSettings::instance().fileName().startsWith(qEnvironmentVariable("XDG_CONFIG_HOME")))
+        << "settings must live in the test's temporary folder: "
+        << GSettings::instance().fileName().toStdString();
+    GSettings::instance().remove("Window/TestState_0");
+    {
+        TestWindow<"TestState"> fresh;
+        fresh.setup();
+        EXPECT_EQ(fresh.get_font_size(), 11) << "first run default";
+        EXPECT_EQ(fresh.get_icon_size_percent(), unsigned(GApp::get_icon_size_percent_default()));
+        fresh.show();
+        fresh.resize(640, 480);
+        fresh.set_font_size(15);
+        fresh.set_icon_size_percent(220);
+        fresh.set_theme(th::THEME_GREEN);
+        fresh.close();
+    }
+    TestWindow<"TestState"> again;
+    again.setup();
+    ASSERT_EQ(again.get_object_name(), "TestState_0");
+    EXPECT_EQ(again.get_font_size(), 15);
+    EXPECT_EQ(again.get_icon_size_percent(), 220u);
+    EXPECT_EQ(again.get_theme(), th::THEME_GREEN);
+    EXPECT_EQ(again.palette().color(QPalette::Window), rgb(30, 50, 30));
+    EXPECT_EQ(again.size(), QSize(640, 480));
+}
+
+TEST_F(GuiTest, FontSizeIsClampedAndAnUnchangedSizeDoesNotRelayout) {
+    struct Row {
+        const char* name;
+        int start;
+        int asked;
+        int expected;
+        const char* warning;
+        int layouts;
+    };
+    const Row rows[] = {
+        {"below the minimum gives 8 with a warning", 11, 5, 8, "cannot be smaller", 1},
+        {"above the maximum gives 20 with a warning", 11, 25, 20, "cannot be BIGGER", 1},
+        {"the current size does nothing", 11, 11, 11, nullptr, 0},
+        {"clamped to the current size does nothing", 20, 30, 20, "cannot be BIGGER", 0},
+        {"a size inside the range is taken", 11, 12, 12, nullptr, 1},
+    };
+    TestWindow<"TestFont"> win;
+    win.setup();
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.name);
+        win.set_font_size(row.start);
+        win.layouts = 0;
+        capture->clear();
+        win.set_font_size(row.asked);
+        EXPECT_EQ(win.get_font_size(), row.expected);
+        EXPECT_EQ(win.layouts, row.layouts);
+        if (row.warning != nullptr)
+            EXPECT_TRUE(capture->contains(row.warning));
+        else
+            EXPECT_FALSE(capture->contains("GMainWindow::set_font_size, cannot"));
+        if (row.layouts > 0) {
+            EXPECT_EQ(win.lastLayout.kind, LayoutEvent::KIND_FONT);
+            EXPECT_EQ(win.lastLayout.font_size_old, row.start);
+            EXPECT_EQ(win.lastLayout.font_size_new, row.expected);
+        }
+    }
+}
+
+TEST_F(GuiTest, ThemeRotationFromEveryStartValue) {
+    struct Row {
+        const char* name;
+        unsigned int start;
+        unsigned int module;
+        unsigned int expected;
+    };
+    const Row rows[] = {
+        {"normal goes to dark", th::THEME_NORMAL, th::THEME_NORMAL, th::THEME_DARK},
+        {"dark goes to green", th::THEME_DARK, th::THEME_NORMAL, th::THEME_GREEN},
+        {"green goes back to normal", th::THEME_GREEN, th::THEME_NORMAL, th::THEME_NORMAL},
+        {"auto is left for normal", th::THEME_AUTO, th::THEME_DARK, th::THEME_NORMAL},
+        {"not set starts from the module's normal", th::THEME_NOT_SET, th::THEME_NORMAL, th::THEME_DARK},
+        {"not set starts from the module's dark", th::THEME_NOT_SET, th::THEME_DARK, th::THEME_GREEN},
+        {"not set starts from the module's green", th::THEME_NOT_SET, th::THEME_GREEN, th::THEME_NORMAL},
+    };
+    TestWindow<"TestRotate"> win;
+    win.setup();
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.name);
+        th::set(row.module);
+        win.set_theme(row.start);
+        win.on_rotate_themes();
+        EXPECT_EQ(win.get_theme(), row.expected);
+        EXPECT_EQ(win.palette().color(QPalette::Window),
+                  th::get_palette(row.expected).color(QPalette::Window));
+    }
+}
+
+TEST_F(GuiTest, PalettesHoldTheTabledColours) {
+    struct Row {
+        const char* name;
+        unsigned int theme;
+        QPalette::ColorGroup group;
+        QPalette::ColorRole role;
+        QColor expected;
+    };
+    const Row rows[] = {
+        {"normal window", 0, QPalette::Active, QPalette::Window, rgb(239, 239, 239)},
+        {"normal highlight", 0, QPalette::Inactive, QPalette::Highlight, rgb(76, 163, 224)},
+        {"normal disabled text", 0, QPalette::Disabled, QPalette::Text, rgb(120, 120, 120)},
+        {"normal disabled button", 0, QPalette::Disabled, QPalette::Button, rgb(240, 240, 240)},
+        {"normal shadow", 0, QPalette::Active, QPalette::Shadow, rgb(105, 105, 105)},
+        {"dark window", 1, QPalette::Active, QPalette::Window, rgb(53, 53, 53)},
+        {"dark base", 1, QPalette::Inactive, QPalette::Base, rgb(35, 35, 35)},
+        {"dark highlighted text", 1, QPalette::Active, QPalette::HighlightedText, Qt::black},
+        {"dark disabled text", 1, QPalette::Disabled, QPalette::Text, rgb(130, 130, 130)},
+        {"dark disabled base", 1, QPalette::Disabled, QPalette::Base, rgb(45, 45, 45)},
+        {"dark disabled highlight", 1, QPalette::Disabled, QPalette::Highlight, rgb(80, 80, 80)},
+        {"dark disabled placeholder", 1, QPalette::Disabled, QPalette::PlaceholderText, rgb(120, 120, 120)},
+        {"green window in every group", 2, QPalette::Disabled, QPalette::Window, rgb(30, 50, 30)},
+        {"green text", 2, QPalette::Active, QPalette::Text, rgb(220, 255, 220)},
+        {"green highlight", 2, QPalette::Inactive, QPalette::Highlight, rgb(60, 160, 60)},
+        {"green shadow", 2, QPalette::Active, QPalette::Shadow, rgb(20, 20, 20)},
+        {"not set falls back to normal", 4, QPalette::Active, QPalette::Window, rgb(239, 239, 239)},
+        {"unknown number falls back to normal", 77, QPalette::Active, QPalette::Base, Qt::white},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.name);
+        EXPECT_EQ(th::get_palette(row.theme).color(row.group, row.role), row.expected);
+    }
+    const QPalette expected_auto =
+        gApp->is_os_theme_dark_mode() ? th::get_palette_dark() : th::get_palette_normal();
+    EXPECT_EQ(th::get_palette(th::THEME_AUTO).color(QPalette::Window), expected_auto.color(QPalette::Window));
+}
+
+TEST_F(GuiTest, ThemeNamesAndThemedResourcePaths) {
+    struct Row {
+        const char* name;
+        QString path;
+        QString theme;
+        QString expected;
+    };
+    const Row rows[] = {
+        {"dark variant beside the file", "^icons/wheel.svg", "dark", ":/wb/shared-res/icons/dark/wheel.svg"},
+        {"green variant", "^icons/copy.svg", "green", ":/wb/shared-res/icons/green/copy.svg"},
+        {"normal keeps the plain path", "^icons/wheel.svg", "normal", ":/wb/shared-res/icons/wheel.svg"},
+        {"not set keeps the plain path", "^icons/wheel.svg", "theme-not-set",
+         ":/wb/shared-res/icons/wheel.svg"},
+        {"too short a path stays as it is", "icons/a.svg", "dark", "icons/a.svg"},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.name);
+        EXPECT_EQ(th::make_theme_path(row.path, row.theme), row.expected);
+    }
+    for (unsigned int n = th::THEME_NORMAL; n <= th::THEME_AUTO; ++n)
+        EXPECT_EQ(th::string_to_theme(th::theme_to_string(n)), n);
+    EXPECT_EQ(th::string_to_theme("purple"), th::THEME_NOT_SET);
+    th::set(th::THEME_GREEN);
+    th::set(9);
+    EXPECT_EQ(th::get(), th::THEME_GREEN) << "a theme above the maximum is refused";
+}
+
+TEST_F(GuiTest, ApplyingTheSameApplicationThemeTwiceAppliesItOnce) {
+    struct PaletteChanges : QObject {
+        int count = 0;
+        bool eventFilter(QObject* watched, QEvent* ev) override {
+            if (watched == qApp && ev->type() == QEvent::ApplicationPaletteChange) ++count;
+            return false;
+        }
+    } changes;
+    gApp->set_theme(th::THEME_NORMAL);
+    qApp->installEventFilter(&changes);
+    gApp->set_theme(th::THEME_DARK);
+    gApp->set_theme(th::THEME_DARK);
+    qApp->removeEventFilter(&changes);
+    EXPECT_EQ(changes.count, 1);
+    EXPECT_EQ(QApplication::palette().color(QPalette::Window), rgb(53, 53, 53));
+    // Hand the system's palette back to the tests that follow.
+    QApplication::setPalette(QPalette());
+    GApp::themeOld = th::THEME_NOT_SET;
+}
+
+TEST_F(GuiTest, AddedWindowIsRemovedOnceWhenClosed) {
+    auto win = std::make_unique<TestWindow<"TestRemove">>();
+    win->setup();  // adds the window
+    gApp->add_window(win.get());
+    EXPECT_TRUE(gApp->has_window(win.get()));
+    EXPECT_EQ(win->liClosed.size(), 1u) << "a second add must not add a second close callback";
+    int removed = 0;
+    gApp->liWindowRemoved.set("test", [&](GMainWindow* const& w) { removed += w == win.get() ? 1 : 100; });
+    win->show();
+    win->close();
+    EXPECT_FALSE(gApp->has_window(win.get()));
+    EXPECT_FALSE(gApp->remove_window(win.get())) << "removing twice";
+    EXPECT_FALSE(gApp->remove_window(nullptr));
+    gApp->add_window(nullptr);
+    EXPECT_EQ(removed, 1);
+    gApp->liWindowRemoved.remove("test");
+}
+
+TEST_F(GuiTest, StoredLanguageOutOfRangeFallsBackToEnglish) {
+    struct Row {
+        const char* name;
+        std::optional<QVariant> stored;
+        QLocale::Language expected;
+    };
+    const Row rows[] = {
+        {"missing", std::nullopt, QLocale::English},
+        {"zero", QVariant(0), QLocale::English},
+        {"negative", QVariant(-3), QLocale::English},
+        {"one past the last language", QVariant(347), QLocale::English},
+        {"the last language", QVariant(346), QLocale::Language(346)},
+        {"German", QVariant(int(QLocale::German)), QLocale::German},
+        {"text instead of a number", QVariant(QStringLiteral("94")), QLocale::English},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.name);
+        ki::store::GNode node;
+        if (row.stored) node.set("lang", *row.stored);
+        EXPECT_EQ(GApp::lang_from_node(node), row.expected);
+    }
+    lang::set_lang(QLocale::French);
+    EXPECT_EQ(lang::tt("a", "b", "c"), "a") << "languages without texts read English";
+    lang::set_lang(QLocale::Russian);
+    EXPECT_EQ(lang::tt("a", "b", "c"), "c");
+    lang::set_lang(QLocale::English);
+}
+
+TEST_F(GuiTest, OptionsMenuShowsTheCurrentSettingsAndChangesThem) {
+    TestWindow<"TestMenu"> win;
+    win.setup();
+    win.set_theme(th::THEME_DARK);
+    win.set_font_size(12);
+    win.set_icon_size_percent(200);
+    std::unique_ptr<GMenu> menu(win.gen_menu_options(GMainWindow::OPTIONS_ALL));
+    struct Row {
+        const char* text;
+        bool checked;
+    };
+    const Row rows[] = {{"Dark", true}, {"Normal", false}, {"Green", false}, {"12", true},
+                        {"11", false},  {"200%", true},    {"English", true}};
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.text);
+        QAction* action = menu->find_action(row.text);
+        ASSERT_NE(action, nullptr);
+        EXPECT_EQ(action->isChecked(), row.checked);
+    }
+    EXPECT_EQ(menu->find_action("Logging"), nullptr) << "no log panel, no log entries";
+    menu->find_action("Green")->trigger();
+    EXPECT_EQ(win.get_theme(), th::THEME_GREEN);
+    menu->find_action("14")->trigger();
+    EXPECT_EQ(win.get_font_size(), 14);
+}
+
+TEST_F(GuiTest, SliderNotifiesOnlyWhenAsked) {
+    GenericSlider<unsigned int> slider(nullptr, 0, 100);
+    std::vector<unsigned int> heard;
+    slider.liValue += [&](const unsigned int& v) { heard.push_back(v); };
+    slider.set_value(40);
+    slider.set_value_no_notify(70);
+    slider.set_value(500);
+    EXPECT_EQ(heard, (std::vector<unsigned int>{40, 100})) << "silent move, then clamped to the maximum";
+    EXPECT_EQ(slider.get_value(), 100u);
+
+    GenericSlider<float> speed(nullptr, 0.5f, 2.5f);
+    speed.set_value_no_notify(1.0f);
+    EXPECT_NEAR(speed.get_value(), 1.0f, 0.002f);
+}
+
+TEST_F(GuiTest, GarbageWindowSettingsAreSurvivedWithDefaults) {
+    struct Row {
+        const char* name;
+        const char* key;
+        QVariant value;
+        std::function<void(const GMainWindow&)> check;
+    };
+    const Row rows[] = {
+        {"font size stored as text", "fontSize", QVariant(QStringLiteral("big")),
+         [](const GMainWindow& w) { EXPECT_EQ(w.get_font_size(), 11); }},
+        {"theme number beyond the table", "theme", QVariant(99u),
+         [](const GMainWindow& w) { EXPECT_EQ(w.get_theme(), th::THEME_NOT_SET); }},
+        {"geometry that is no geometry", "geometry", QVariant(QByteArray("\x01\x02garbage", 9)),
+         [](const GMainWindow& w) { EXPECT_EQ(w.size(), QSize(300, 200)); }},
+        {"icon size far too large", "percentIconSizeWin", QVariant(100000u),
+         [](const GMainWindow& w) { EXPECT_EQ(w.get_icon_size_percent(), 400u); }},
+        {"icon size of the wrong type", "percentIconSizeWin", QVariant(-5),
+         [](const GMainWindow& w) { EXPECT_EQ(w.get_icon_size_percent(), 160u); }},
+        {"log configuration that is no record", "log", QVariant(12),
+         [](const GMainWindow& w) {
+             ASSERT_NE(w.get_panel_log_view(), nullptr);
+             EXPECT_EQ(w.get_panel_log_view()->get_config(), GPanelLogView::default_config());
+         }},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.name);
+        ki::store::GNode stored;
+        stored.set(row.key, row.value);
+        GSettings::instance().set_window_node(stored, "TestGarbage_0");
+        struct LoggedWindow : TestWindow<"TestGarbage"> {
+            void ini() override { gen_log_panel(gen_main_panel(GLAYOUT::VERT)); }
+        } win;
+        win.resize(300, 200);
+        win.setup();
+        row.check(win);
+    }
+}
+
+TEST_F(GuiTest, LogPanelOrderAndItsConfigurationAcrossWindowLifetimes) {
+    GSettings::instance().remove("Window/TestLog_0");
+    struct LogWindow : TestWindow<"TestLog"> {
+        void ini() override { content = gen_log_panel(gen_main_panel(GLAYOUT::VERT)); }
+        GPanel* content = nullptr;
+    };
+    {
+        GMainWindow bare;
+        bare.log_panel_control(nullptr, "options");
+        EXPECT_TRUE(capture->contains("Need to call gen_log_panel of GMainWindow first"));
+        LogWindow first;
+        first.setup();
+        ASSERT_NE(first.content, nullptr);
+        EXPECT_EQ(first.gen_log_panel(first.get_main_panel()), nullptr);
+        EXPECT_TRUE(capture->contains("GMainWindow::gen_log_panel, already called"));
+        first.log_panel_control_icons(nullptr, "^icons/wheel.svg", "Options", 0);
+        first.log_panel_control(nullptr, "again");
+        EXPECT_TRUE(capture->contains("GMainWindow::log_panel_control called TWICE"));
+        EXPECT_FALSE(first.is_logger_visible());
+        first.on_logger();
+        EXPECT_TRUE(first.is_logger_visible());
+        ki::log::LogConfig config = first.get_panel_log_view()->get_config();
+        config.logLevel = ki::log::LOG_WARN;
+        config.fontSize = 14;
+        first.get_panel_log_view()->set_config(config);
+        first.sync_win_settings(true);
+    }
+    LogWindow second;
+    second.setup();
+    const ki::log::LogConfig restored = second.get_panel_log_view()->get_config();
+    EXPECT_EQ(restored.logLevel, unsigned(ki::log::LOG_WARN));
+    EXPECT_EQ(restored.fontSize, 14u);
+    EXPECT_EQ(second.get_panel_log_view()->get_text_view()->font().pointSize(), 14);
+}
+
+TEST_F(GuiTest, HotkeysAreUniqueAndNamedActionsParse) {
+    TestWindow<"TestKeys"> win;
+    win.setup();
+    QSet<QString> seen;
+    for (QAction* action : win.actions()) {
+        for (const QKeySequence& key : action->shortcuts()) {
+            const QString text = key.toString(QKeySequence::PortableText);
+            EXPECT_FALSE(seen.contains(text))
+                << "ambiguous shortcut, neither action would fire: " << text.toStdString();
+            seen.insert(text);
+        }
+    }
+    for (const char* key : {"Ctrl+L", "Ctrl+Alt+Q", "F11", "Ctrl+Shift+D", "Ctrl+Shift+T"})
+        EXPECT_TRUE(seen.contains(key)) << key;
+    EXPECT_EQ(win.gen_action("left")->shortcut(), QKeySequence(Qt::Key_Left));
+    EXPECT_EQ(win.gen_action("right")->shortcut(), QKeySequence(Qt::Key_Right));
+    win.gen_action("not+a+key+at+all");
+    EXPECT_TRUE(capture->contains("GMainWindow::create_action, 'not+a+key+at+all' parsing problems"));
+}
+
+TEST_F(GuiTest, ButtonIconsFollowTheWindowTheme) {
+    // Icons are line drawings: dark lines on light windows, light lines on dark ones.
+    auto average_ink = [](const QIcon& icon) {
+        const QImage image = icon.pixmap(QSize(48, 48)).toImage();
+        long long r = 0, g = 0, b = 0, n = 0;
+        for (int y = 0; y < image.height(); ++y) {
+            for (int x = 0; x < image.width(); ++x) {
+                const QColor c = image.pixelColor(x, y);
+                if (c.alpha() < 200) continue;
+                r += c.red();
+                g += c.green();
+                b += c.blue();
+                ++n;
+            }
+        }
+        return n == 0 ? QColor() : QColor(int(r / n), int(g / n), int(b / n));
+    };
+    TestWindow<"TestIcons"> win;
+    GButton* button = win.gen_main_panel(GLAYOUT::HORZ)->gen_button("^icons/wheel.svg", "Options");
+    win.setup();
+    struct Row {
+        const char* name;
+        unsigned int theme;
+        std::function<bool(const QColor&)> readable;
+    };
+    const Row rows[] = {
+        {"normal: dark lines", th::THEME_NORMAL, [](const QColor& c) { return c.lightness() < 100; }},
+        {"dark: light lines", th::THEME_DARK, [](const QColor& c) { return c.lightness() > 180; }},
+        {"green: pale green lines", th::THEME_GREEN,
+         [](const QColor& c) { return c.lightness() > 150 && c.green() > c.red(); }},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.name);
+        win.set_theme(row.theme);
+        const QColor ink = average_ink(button->icon());
+        ASSERT_TRUE(ink.isValid()) << "the icon must not be empty";
+        EXPECT_TRUE(row.readable(ink)) << ink.name().toStdString();
+        EXPECT_EQ(button->iconSize(), win.get_icon_size());
+    }
+}
+
+TEST_F(GuiTest, QuitSavesEveryVisibleWindow) {
+    GSettings::instance().remove("Window/TestQuit_0");
+    GSettings::instance().remove("Window/TestQuit_1");
+    TestWindow<"TestQuit"> shown;
+    TestWindow<"TestQuit"> hidden;
+    shown.setup();
+    hidden.setup();
+    shown.show();
+    const auto windows = GApp::get_windows(true);
+    EXPECT_NE(std::find(windows.begin(), windows.end(), &shown), windows.end());
+    EXPECT_EQ(std::find(windows.begin(), windows.end(), &hidden), windows.end());
+    // What a real quit does: the application object saves on aboutToQuit.
+    QMetaObject::invokeMethod(qApp, "aboutToQuit", Qt::DirectConnection);
+    EXPECT_TRUE(GSettings::instance().get_window_node("TestQuit_0").attributes.contains("geometry"));
+    EXPECT_FALSE(GSettings::instance().get_window_node("TestQuit_1").attributes.contains("geometry"));
+}

@@ -1,0 +1,169 @@
+#include <gtest/gtest.h>
+#include <ki/log/GLog.h>
+#include <ki/qt/GApp.h>
+#include <ki/qt/components/GLabel.h>
+#include <ki/qt/components/GPanel.h>
+#include <ki/qt/components/otf/GDataScroller.h>
+#include <ki/qt/dialogs/GPanelLogView.h>
+
+#include <QCoreApplication>
+#include <QElapsedTimer>
+#include <QPlainTextEdit>
+#include <QTest>
+#include <QWheelEvent>
+#include <atomic>
+#include <thread>
+
+using namespace ki::qt;
+using ki::qt::otf::GDataScroller;
+using ki::qt::otf::GModel;
+using ki::qt::otf::PanelData;
+
+namespace {
+
+class NumberModel : public GModel {
+public:
+    explicit NumberModel(long long rows) : count(rows) {}
+    long long row_count() const override { return count; }
+    int get_row_height(int) const override { return 20; }
+    GPanel* gen_panel_row(long long row, PanelData* data) override {
+        GPanel* panel = GModel::gen_panel_row(row, data);
+        panel->gen_label(QStringLiteral("row %1").arg(row));
+        ++generated;
+        return panel;
+    }
+    long long count;
+    long long generated = 0;
+};
+
+void drop_deleted_rows() {
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+}
+
+int live_rows(const GDataScroller& scroller) {
+    return int(
+        scroller.findChild<QWidget*>("viewport")->findChildren<GPanel*>(Qt::FindDirectChildrenOnly).size());
+}
+
+QString first_label(GPanel* row) {
+    return row != nullptr ? row->findChild<GLabel*>()->text() : QString();
+}
+
+}  // namespace
+
+TEST(GuiRows, HundredThousandRowsOpenAndScrollWithOnlyVisibleRowsAsWidgets) {
+    NumberModel model(100000);
+    GDataScroller scroller;
+    scroller.resize(240, 400);
+    QElapsedTimer clock;
+    clock.start();
+    scroller.ini(&model);
+    scroller.show();
+    ASSERT_TRUE(QTest::qWaitForWindowExposed(&scroller));
+    const int visible = scroller.get_visible_row_count();
+    EXPECT_GE(visible, 15);
+    EXPECT_LE(visible, 21) << "400 pixels hold about 20 rows of 20";
+    for (long long top = 0; top < 100000; top += 997) scroller.update_index_win_top(top);
+    scroller.update_index_win_top(1LL << 40);
+    const qint64 elapsed = clock.elapsed();
+    drop_deleted_rows();
+    EXPECT_LT(elapsed, 3000) << "opening and 100 jumps must not touch the whole model";
+    EXPECT_LT(model.generated, 120 * 25);
+    EXPECT_EQ(live_rows(scroller), scroller.get_visible_row_count()) << "rows scrolled away must be gone";
+    EXPECT_EQ(first_label(scroller.get_row_widget(99999)), "row 99999") << "the end is reachable";
+    EXPECT_EQ(scroller.get_row_widget(0), nullptr);
+}
+
+TEST(GuiRows, SelectionSurvivesScrollingAndDragsAreNoClicks) {
+    NumberModel model(500);
+    GDataScroller scroller;
+    scroller.resize(240, 300);
+    scroller.ini(&model);
+    scroller.show();
+    ASSERT_TRUE(QTest::qWaitForWindowExposed(&scroller));
+    long long clicked = -1;
+    scroller.liRowClicked += [&](const long long& row) { clicked = row; };
+
+    QTest::mouseClick(scroller.get_row_widget(3), Qt::LeftButton);
+    EXPECT_EQ(clicked, 3);
+    EXPECT_EQ(model.get_selected_index(), 3);
+
+    GPanel* row5 = scroller.get_row_widget(5);
+    QTest::mousePress(row5, Qt::LeftButton, {}, QPoint(10, 5));
+    QTest::mouseRelease(row5, Qt::LeftButton, {}, QPoint(10, 45));
+    EXPECT_EQ(model.get_selected_index(), 3) << "a press that moved 40 pixels is a drag, not a click";
+
+    scroller.update_index_win_top(250);
+    QCoreApplication::processEvents();
+    scroller.update_index_win_top(0);
+    drop_deleted_rows();
+    ASSERT_NE(scroller.get_row_widget(3), nullptr);
+    EXPECT_EQ(scroller.get_row_widget(3)->backgroundRole(), QPalette::Highlight);
+    EXPECT_EQ(scroller.get_row_widget(4)->backgroundRole(), QPalette::Base);
+
+    QWheelEvent down(QPointF(20, 20), scroller.mapToGlobal(QPointF(20, 20)), QPoint(), QPoint(0, -240),
+                     Qt::NoButton, Qt::NoModifier, Qt::NoScrollPhase, false);
+    QCoreApplication::sendEvent(&scroller, &down);
+    EXPECT_EQ(scroller.get_index_win_top(), 2) << "two wheel notches move two rows";
+    EXPECT_TRUE(scroller.contains_global_point(scroller.mapToGlobal(QPoint(5, 5))));
+    EXPECT_FALSE(scroller.contains_global_point(scroller.mapToGlobal(QPoint(-5, 5))));
+}
+
+TEST(GuiRows, LinesFromAWorkerThreadReachTheLogViewBounded) {
+    if (!ki::log::is_configured()) ki::log::configure();
+    ki::log::LogAppender* console = ki::log::get_console_appender();
+    console->set_enabled(false);
+    GPanelLogView view;
+    std::thread worker([]() {
+        for (int i = 0; i < 3 * GPanelLogView::MAX_LINES; ++i) ki::pp_info("worker line $", i);
+    });
+    worker.join();
+    QCoreApplication::processEvents();
+    console->set_enabled(true);
+    EXPECT_LE(view.get_line_count(), GPanelLogView::MAX_LINES);
+    const QString text = view.get_text();
+    EXPECT_TRUE(text.endsWith(QString("worker line %1").arg(3 * GPanelLogView::MAX_LINES - 1)));
+    EXPECT_TRUE(text.contains("lines dropped")) << "a flood is cut, and says so";
+}
+
+TEST(GuiRows, LogViewDestroyedWhileAWorkerLogsDoesNotCrash) {
+    if (!ki::log::is_configured()) ki::log::configure();
+    ki::log::LogAppender* console = ki::log::get_console_appender();
+    console->set_enabled(false);
+    std::atomic<bool> stop{false};
+    std::thread worker([&]() {
+        while (!stop) ki::pp_info("busy worker");
+    });
+    for (int round = 0; round < 20; ++round) {
+        auto view = std::make_unique<GPanelLogView>();
+        QCoreApplication::processEvents();
+        view.reset();
+    }
+    stop = true;
+    worker.join();
+    // Flushes queued for the destroyed views must have gone with them.
+    QCoreApplication::processEvents();
+    console->set_enabled(true);
+    SUCCEED();
+}
+
+TEST(GuiRows, GlobalMouseListenersHearEachPressOnce) {
+    QWidget outer;
+    outer.resize(100, 100);
+    auto* inner = new QWidget(&outer);
+    inner->setGeometry(10, 10, 50, 50);
+    outer.show();
+    ASSERT_TRUE(QTest::qWaitForWindowExposed(&outer));
+    int presses = 0;
+    int releases = 0;
+    auto& filter = gApp->get_event_filter();
+    filter.liMousePress.set("test", [&](QMouseEvent* const&) { ++presses; });
+    filter.liMouseRelease.set("test", [&](QMouseEvent* const&) { ++releases; });
+    // The inner widget ignores the press, so Qt offers it to the outer one as well.
+    QTest::mouseClick(inner, Qt::LeftButton, {}, QPoint(5, 5));
+    QTest::mouseClick(inner, Qt::LeftButton, {}, QPoint(6, 5));
+    filter.liMousePress.remove("test");
+    filter.liMouseRelease.remove("test");
+    EXPECT_EQ(presses, 2);
+    EXPECT_EQ(releases, 2);
+}
