@@ -3,25 +3,19 @@
 #include <ki/tools/GArgv.h>
 #include <ki/tools/Token.h>
 
+#include "LoggedTest.h"
+
 #include <gtest/gtest.h>
 
 #include <vector>
 
 namespace {
 
-class ArgvTest : public testing::Test {
+class ArgvTest : public LoggedTest {
 protected:
     void SetUp() override {
-        ki::log::reset_for_tests();
-        ki::log::configure();
-        ki::log::remove_log_appender(ki::log::get_console_appender());
-        capture = std::make_unique<ki::log::LogCapture>();
+        LoggedTest::SetUp();
     }
-    void TearDown() override {
-        capture.reset();
-        ki::log::reset_for_tests();
-    }
-    std::unique_ptr<ki::log::LogCapture> capture;
 };
 
 }  // namespace

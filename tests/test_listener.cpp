@@ -1,3 +1,5 @@
+#include "LoggedTest.h"
+
 #include <gtest/gtest.h>
 #include <ki/Listener.h>
 #include <ki/log/GLog.h>
@@ -17,17 +19,10 @@ using ki::Listener;
 
 namespace {
 
-class ListenerTest : public testing::Test {
+class ListenerTest : public LoggedTest {
 protected:
     void SetUp() override {
-        ki::log::reset_for_tests();
-        ki::log::configure();
-        ki::log::remove_log_appender(ki::log::get_console_appender());
-        capture = std::make_unique<ki::log::LogCapture>();
-    }
-    void TearDown() override {
-        capture.reset();
-        ki::log::reset_for_tests();
+        LoggedTest::SetUp();
     }
     auto record(const std::string& tag) {
         return [this, tag](const int& payload) { calls.push_back(tag + ":" + std::to_string(payload)); };
@@ -39,7 +34,6 @@ protected:
     }
 
     std::vector<std::string> calls;
-    std::unique_ptr<ki::log::LogCapture> capture;
 };
 
 }  // namespace

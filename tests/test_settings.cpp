@@ -1,3 +1,5 @@
+#include "LoggedTest.h"
+
 #include <gtest/gtest.h>
 #include <ki/log/GLog.h>
 #include <ki/log/LogCapture.h>
@@ -20,13 +22,10 @@ namespace {
 // Every case starts from an empty store and leaves it as the run had it: other tests of the
 // same process may rely on what start-up stored. tests/main.cpp has already given the program
 // test names and moved the configuration folder into a temporary directory.
-class SettingsTest : public testing::Test {
+class SettingsTest : public LoggedTest {
 protected:
     void SetUp() override {
-        ki::log::reset_for_tests();
-        ki::log::configure();
-        ki::log::remove_log_appender(ki::log::get_console_appender());
-        capture = std::make_unique<ki::log::LogCapture>();
+        LoggedTest::SetUp();
         GSettings& settings = GSettings::instance();
         // clear_config below would wipe whatever store this is: never let it be a real one.
         ASSERT_FALSE(settings.fileName().startsWith(QDir::homePath())) << settings.fileName().toStdString();
@@ -39,10 +38,8 @@ protected:
             GSettings::instance().clear_config();
             for (const auto& [key, value] : saved) GSettings::instance().setValue(key, value);
         }
-        capture.reset();
-        ki::log::reset_for_tests();
+        LoggedTest::TearDown();
     }
-    std::unique_ptr<ki::log::LogCapture> capture;
     std::vector<std::pair<QString, QVariant>> saved;
     bool isolated = false;
 };

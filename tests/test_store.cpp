@@ -1,3 +1,5 @@
+#include "LoggedTest.h"
+
 #include <gtest/gtest.h>
 #include <ki/log/GLog.h>
 #include <ki/log/LogCapture.h>
@@ -22,20 +24,12 @@ using ki::store::Matrix4;
 
 namespace {
 
-class StoreTest : public testing::Test {
+class StoreTest : public LoggedTest {
 protected:
     void SetUp() override {
         ki::store::register_builtin_types();
-        ki::log::reset_for_tests();
-        ki::log::configure();
-        ki::log::remove_log_appender(ki::log::get_console_appender());
-        capture = std::make_unique<ki::log::LogCapture>();
+        LoggedTest::SetUp();
     }
-    void TearDown() override {
-        capture.reset();
-        ki::log::reset_for_tests();
-    }
-    std::unique_ptr<ki::log::LogCapture> capture;
 };
 
 ki::log::LogConfig sample_log_config() {
