@@ -1,19 +1,65 @@
 // The program's entry: brings the program up in a fixed order and tears it down in reverse.
+#include <ki/log/LogConfig.h>
+#include <ki/qt/GApp.h>
+#include <ki/qt/guitools/GGui.h>
+#include <ki/qt/themes.h>
+#include <ki/store/GType.h>
+#include <ki/tools/os.h>
+
+#include <QTimer>
+#include <memory>
+
 #include "app/AppData.h"
+#include "app/BenchHooks.h"
+#include "app/Window.h"
 #include "app/morvel.h"
 
-#include <ki/log/GLog.h>
+namespace {
 
-#include <QApplication>
+// Before qMain: the settings read at start-up may already hold a log configuration record.
+[[maybe_unused]] const bool logConfigRegistered = ki::store::register_gtype<ki::log::LogConfig>();
+
+constexpr unsigned int CONFIG_VERSION = 114;
+// Touch friendly: a tap on a list row that wobbles a few pixels is still a click.
+constexpr int START_DRAG_DISTANCE = 13;
+
+}  // namespace
 
 int qMain(int argc, char** argv) {
-    QApplication app(argc, argv);
-    ki::log::configure(argc, argv, true);
+    ki::qt::themes::set_theme_default(ki::qt::themes::THEME_DARK);
+    const QString organisation = QStringLiteral("qlo.de");
+    const QString programName = ki::os::get_program_name_qs();
+    ki::qt::GApp::prepare_settings(organisation, CONFIG_VERSION, true, programName);
+    auto app = std::make_unique<ki::qt::GApp>(argc, argv, nullptr);
+    if (ki::os::is_android()) ki::qt::GApp::set_icon_size_percent_default(220);
+    app->setStartDragDistance(START_DRAG_DISTANCE);
+    ki::qt::set_res_prefix(QStringLiteral(":/wb/shared-res"));
     morvel::ini();
-    morvel::prog2::AppData data(QStringLiteral(":/wb/shared-res/zh/1"));
-    data.load();
-    data.dump(0);
-    return 0;
+
+    auto data = std::make_unique<morvel::prog2::AppData>(QStringLiteral(":/wb/shared-res/zh/1"));
+    data->load();
+    auto win = std::make_unique<morvel::prog2::Window>(*data);
+    win->resize(1024, 750);
+    win->setup();
+    morvel::prog2::Window* window = win.get();
+    morvel::BenchHooks::arm_startup(*win, static_cast<int>(data->size()),
+                                    [window](int index) { window->on_index(index); });
+    const QString screenshots = ki::qt::GApp::get_argv().value_string(QStringLiteral("__screenshots"));
+    if (!screenshots.isEmpty()) {
+        QTimer::singleShot(500, window, [window, screenshots]() {
+            window->save_screenshots(screenshots);
+            QCoreApplication::quit();
+        });
+    }
+    win->show();
+    const int code = app->exec();
+
+    win.reset();
+    data.reset();
+    app.reset();
+    return code;
 }
 
-int main(int argc, char** argv) { return qMain(argc, argv); }
+int main(int argc, char** argv) {
+    return qMain(argc, argv);
+}

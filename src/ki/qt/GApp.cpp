@@ -88,11 +88,14 @@ void GApp::prepare_settings(const QString& organisation, unsigned int version, b
 
 void GApp::sync_app_settings(bool allWindows) {
     GSettings::instance().set_app_node(nApp);
-    if (!allWindows) return;
-    for (GMainWindow* win : get_windows(true)) {
-        win->save_state();
-        win->sync_win_settings(false);
+    if (allWindows) {
+        for (GMainWindow* win : get_windows(true)) {
+            win->save_state();
+            win->sync_win_settings(false);
+        }
     }
+    // To the disk now: a process that is killed later must not lose what was saved here.
+    GSettings::instance().sync();
 }
 
 void GApp::reset_settings_and_quit() {

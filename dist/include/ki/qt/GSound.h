@@ -1,0 +1,55 @@
+#pragma once
+// A player for compressed sound files (MP3, OGG) from the file system or the resources. It
+// keeps the last source, so playing the same file again starts at once.
+
+#include <QAudioOutput>
+#include <QMediaPlayer>
+#include <QString>
+#include <QUrl>
+
+namespace ki::qt {
+
+class GSound : public QMediaPlayer {
+    Q_OBJECT
+public:
+    explicit GSound(QObject* parent = nullptr);
+    ~GSound() override;
+
+    /// Connects the player to its audio output. Without an audio device the player still
+    /// takes sources but never starts (logged once).
+    void ini();
+    bool is_initialized() const { return initialized; }
+
+    /// Plays `path` (":/..." for a resource); a missing file is logged and nothing changes.
+    void play_sound(const QString& path);
+    /// Repeats the source until stopped.
+    void set_endless();
+
+    /// 0.0 silent .. 1.0 full.
+    void set_volume(double value);
+    double get_volume() const;
+
+    /// The path of the last source set, empty before the first.
+    const QString& get_source_path() const { return sourcePath; }
+    /// Whether an audio output device was there at `ini`.
+    bool has_output_device() const { return outputDevice; }
+
+    /// ":/x.mp3" gives "qrc:/x.mp3"; any other path is taken as it is.
+    static QUrl to_source_url(const QString& path);
+
+    /// Process-wide: players set their sources as usual but never start. For automated runs,
+    /// which must not make a sound.
+    static void set_silent(bool on) { silent = on; }
+    static bool is_silent() { return silent; }
+
+private:
+    QAudioOutput audioOutput;
+    double volume = 0.8;
+    bool initialized = false;
+    QString sourcePath;
+    bool outputDevice = false;
+
+    static inline bool silent = false;
+};
+
+}  // namespace ki::qt

@@ -1,0 +1,141 @@
+#include "app/ModelAppData.h"
+
+#include <ki/log/GLog.h>
+#include <ki/qt/GMainWindow.h>
+#include <ki/qt/components/GLabel.h>
+#include <ki/qt/components/GPanel.h>
+#include <ki/qt/themes.h>
+#include <ki/str/xprintF.h>
+
+#include <QApplication>
+#include <QFontDatabase>
+#include <QFontMetrics>
+
+#include "app/AppData.h"
+#include "app/Window.h"
+#include "app/morvel.h"
+
+namespace morvel::prog2 {
+
+namespace {
+
+constexpr const char* BUNDLED_FONT = ":/wb/shared-res/fonts/LXGWWenKai-Regular.ttf";
+constexpr const char* ROW_CLICK = "ModelAppData";
+
+}  // namespace
+
+ModelAppData::ModelAppData(AppData& appData, QObject* parent) : GModel(parent), data(appData) {
+    font = QFont(chin_font_family());
+    font.setPointSize(CHAR_POINT_SIZE);
+    on_change_theme(ki::qt::themes::get_theme_type());
+    update_row_height(QApplication::font());
+}
+
+QString ModelAppData::chin_font_family() {
+    static const QString family = []() -> QString {
+        if (!sChinFont1.isEmpty()) return sChinFont1;
+        const QStringList cjk = QFontDatabase::families(QFontDatabase::SimplifiedChinese);
+        for (const char* name : {"Noto Sans CJK SC", "Noto Serif CJK SC"}) {
+            if (cjk.contains(QLatin1String(name))) return QString::fromLatin1(name);
+        }
+        if (!cjk.isEmpty()) return cjk.first();
+        ki::pp_warn("ModelAppData::chin_font_family, no system CJK font, registering '$'", BUNDLED_FONT);
+        return reg_ttf_file(QString::fromLatin1(BUNDLED_FONT));
+    }();
+    return family;
+}
+
+long long ModelAppData::row_count() const {
+    return data.size();
+}
+
+int ModelAppData::get_row_height(int) const {
+    return pinnedRowHeight > 0 ? pinnedRowHeight : rowHeight;
+}
+
+void ModelAppData::set_row_height(int pixels) {
+    pinnedRowHeight = std::max(0, pixels);
+}
+
+void ModelAppData::set_show_unicode(bool on) {
+    showUnicode = on;
+    update_row_height(QApplication::font());
+}
+
+void ModelAppData::update_row_height(const QFont& textFont) {
+    const int textLines = showUnicode ? 2 : 1;
+    rowHeight =
+        2 * ROW_MARGIN + QFontMetrics(font).height() + textLines * QFontMetrics(textFont).height() + 1;
+}
+
+void ModelAppData::on_change_theme(unsigned int theme) {
+    ki::pp("ModelAppData::on_change_theme");
+    if (theme == ki::qt::themes::THEME_AUTO) theme = ki::qt::themes::map_theme_auto();
+    switch (theme) {
+        case ki::qt::themes::THEME_DARK:
+            colorLine = QColor(72, 72, 76);
+            colorSelection = QColor(44, 74, 118);
+            break;
+        case ki::qt::themes::THEME_GREEN:
+            colorLine = QColor(52, 84, 52);
+            colorSelection = QColor(58, 104, 58);
+            break;
+        default:
+            colorLine = QColor(222, 222, 226);
+            colorSelection = QColor(202, 224, 250);
+            break;
+    }
+}
+
+ki::qt::GPanel* ModelAppData::gen_panel_row(long long row, ki::qt::otf::PanelData* panelData) {
+    ki::qt::GPanel* panel = GModel::gen_panel_row(row, panelData);
+    if (row == selIndex) {
+        // Our own soft selection instead of the strong highlight, with the normal text on it.
+        QPalette pal = panel->palette();
+        pal.setColor(QPalette::WindowText, pal.color(QPalette::Text));
+        panel->setPalette(pal);
+        panel->setBackgroundRole(QPalette::Window);
+        panel->set_color(QPalette::Window, colorSelection);
+    }
+    panel->set_margins(ROW_MARGIN);
+    panel->set_spacing(0);
+    if (row < 0 || row >= row_count()) return panel;
+    const AppObject& entry = data.appObject_at(static_cast<unsigned int>(row));
+    if (entry.is_empty()) return panel;
+    if (panelData != nullptr && panelData->parent != nullptr) update_row_height(panelData->parent->font());
+
+    ki::qt::GPanel* column = panel->gen_panel(ki::qt::GLAYOUT::VERT, QStringLiteral("column"));
+    column->set_margins(0);
+    column->set_spacing(0);
+    ki::qt::GLabel* character =
+        column->gen_label(QString(QChar(char16_t(entry.unicode))), QStringLiteral("char"));
+    character->setFont(font);
+    character->setAlignment(Qt::AlignCenter);
+    ki::qt::GLabel* pinyin = column->gen_label(entry.chinChar.pinyin, QStringLiteral("pinyin"));
+    pinyin->setAlignment(Qt::AlignCenter);
+    if (showUnicode) {
+        ki::qt::GLabel* code = column->gen_label(QString::number(entry.unicode), QStringLiteral("unicode"));
+        code->setAlignment(Qt::AlignCenter);
+        code->setAttribute(Qt::WA_TransparentForMouseEvents);
+    }
+    panel->gen_line(Qt::Horizontal, 1, colorLine);
+    for (QWidget* widget :
+         {static_cast<QWidget*>(character), static_cast<QWidget*>(pinyin), static_cast<QWidget*>(column)})
+        widget->setAttribute(Qt::WA_TransparentForMouseEvents);
+    panel->setToolTip(ki::str::qprintF("unicode:$", entry.unicode));
+
+    const int index = static_cast<int>(row);
+    panel->liMouseClick.set(ROW_CLICK, [this, panel, index](QMouseEvent* const&) {
+        auto* win = dynamic_cast<Window*>(ki::qt::GMainWindow::window_from_widget(panel));
+        if (win == nullptr) {
+            ki::pp_error("ModelAppData, row:$ is not inside the main window", index);
+            return;
+        }
+        win->on_index(index);
+        // The click is still being delivered to this row: rebuild once it is done.
+        update_model();
+    });
+    return panel;
+}
+
+}  // namespace morvel::prog2

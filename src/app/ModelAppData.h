@@ -1,0 +1,56 @@
+#pragma once
+// The rows of the character list: one panel per catalogue entry with the character, its
+// pinyin and optionally its code point, built only when the row scrolls into view.
+
+#include <ki/qt/components/otf/GModel.h>
+
+#include <QColor>
+#include <QFont>
+#include <QString>
+
+namespace morvel::prog2 {
+
+class AppData;
+
+class ModelAppData : public ki::qt::otf::GModel {
+public:
+    /// Point size of the character in a row.
+    static constexpr int CHAR_POINT_SIZE = 26;
+    static constexpr int ROW_MARGIN = 5;
+
+    explicit ModelAppData(AppData& data, QObject* parent = nullptr);
+
+    long long row_count() const override;
+    /// The height of a row as its fonts make it (or as pinned by `set_row_height`).
+    int get_row_height(int row) const override;
+    ki::qt::GPanel* gen_panel_row(long long row, ki::qt::otf::PanelData* data) override;
+
+    /// Line and selection colours for the theme (auto resolved by the system's mode).
+    void on_change_theme(unsigned int theme);
+
+    bool is_show_unicode() const { return showUnicode; }
+    /// Adds or drops the code-point label; call `update_model` to rebuild the rows.
+    void set_show_unicode(bool on);
+    /// Pins the row height in pixels; 0 measures it from the fonts again.
+    void set_row_height(int pixels);
+
+    const QFont& get_font() const { return font; }
+    const QColor& get_color_selection() const { return colorSelection; }
+    const QColor& get_color_line() const { return colorLine; }
+
+    /// The family for the characters: a system CJK font, else the bundled writing font.
+    /// Chosen once per run.
+    static QString chin_font_family();
+
+private:
+    void update_row_height(const QFont& textFont);
+
+    AppData& data;
+    QFont font;
+    bool showUnicode = false;
+    QColor colorLine;
+    QColor colorSelection;
+    int pinnedRowHeight = 0;
+};
+
+}  // namespace morvel::prog2

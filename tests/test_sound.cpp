@@ -1,0 +1,102 @@
+// The sound players without making a sound: sources, the cache of the last source, refused
+// files, and a machine without any audio output.
+#include <gtest/gtest.h>
+#include <ki/log/GLog.h>
+#include <ki/log/LogCapture.h>
+#include <ki/qt/GSound.h>
+#include <ki/qt/GSoundEffect.h>
+
+#include <QAudioDevice>
+#include <QFile>
+#include <QMediaDevices>
+#include <QTemporaryDir>
+#include <memory>
+
+using ki::qt::GSound;
+using ki::qt::GSoundEffect;
+
+namespace {
+
+const QString RECORDING = QStringLiteral(":/wb/shared-res/zh/fono/20013.mp3");
+const QString MISSING = QStringLiteral(":/wb/shared-res/zh/fono/1.mp3");
+
+class SoundTest : public testing::Test {
+protected:
+    void SetUp() override {
+        if (!ki::log::is_configured()) ki::log::configure();
+        levelBefore = ki::log::get_log_level();
+        ki::log::set_log_level(ki::log::LOG_TRACE);
+        GSound::set_silent(true);
+        capture = std::make_unique<ki::log::LogCapture>();
+    }
+    void TearDown() override {
+        capture.reset();
+        ki::log::set_log_level(static_cast<int>(levelBefore));
+    }
+    unsigned int levelBefore = 0;
+    std::unique_ptr<ki::log::LogCapture> capture;
+};
+
+}  // namespace
+
+TEST_F(SoundTest, SourcesAreResourcesOrFilesAndTheLastOneIsKept) {
+    QTemporaryDir dir;
+    const QString file = dir.filePath(QStringLiteral("zhong.mp3"));
+    ASSERT_TRUE(QFile::copy(RECORDING, file));
+    struct Row {
+        const char* name;
+        QStringList plays;
+        QString source;  // the player's source afterwards
+        int fromCache;
+        int refused;
+    };
+    const Row rows[] = {
+        {"resource played from qrc",
+         {RECORDING},
+         QStringLiteral("qrc:/wb/shared-res/zh/fono/20013.mp3"),
+         0,
+         0},
+        {"file path used unchanged", {file}, file, 0, 0},
+        {"same resource twice sets it once", {RECORDING, RECORDING}, "qrc" + RECORDING, 1, 0},
+        {"missing file refused before any source", {MISSING}, QString(), 0, 1},
+        {"missing file keeps the source before it", {RECORDING, MISSING}, "qrc" + RECORDING, 0, 1},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.name);
+        GSound sound;
+        capture->clear();
+        for (const QString& path : row.plays) sound.play_sound(path);
+        EXPECT_TRUE(sound.is_initialized()) << "the first play initialises, even for a missing file";
+        EXPECT_EQ(sound.source().toString(), row.source);
+        EXPECT_EQ(capture->count("GSound::play_sound, from cache"), row.fromCache);
+        EXPECT_EQ(capture->count("GSound::play_sound, does not exist '" + MISSING.toStdString() + "'"),
+                  row.refused);
+        EXPECT_EQ(sound.playbackState(), QMediaPlayer::StoppedState) << "silent runs never start";
+    }
+}
+
+// CI machines have no audio output: the player must neither crash nor wait for one.
+TEST_F(SoundTest, WithoutAnAudioDevicePlayingDoesNothing) {
+    if (!QMediaDevices::defaultAudioOutput().isNull()) GTEST_SKIP() << "this machine has an audio output";
+    GSound::set_silent(false);
+    GSound sound;
+    sound.play_sound(RECORDING);
+    GSound::set_silent(true);
+    EXPECT_TRUE(capture->contains("GSound::ini, no audio output device"));
+    EXPECT_EQ(sound.playbackState(), QMediaPlayer::StoppedState);
+}
+
+TEST_F(SoundTest, EffectsRefuseMissingFilesAndReportTheirEnd) {
+    GSoundEffect effect;
+    int finished = 0;
+    effect.liFinished += [&finished]() { ++finished; };
+    effect.play_sound(MISSING);
+    EXPECT_TRUE(effect.is_initialized());
+    EXPECT_TRUE(capture->contains("GSoundEffect::play_sound, does not exist"));
+    EXPECT_TRUE(effect.source().isEmpty());
+    effect.play_sound_with_listener(MISSING);
+    EXPECT_EQ(finished, 0) << "nothing played, nothing ended";
+    effect.play_sound_with_listener(QStringLiteral(":/wb/shared-res/sounds/quiet.wav"));
+    EXPECT_EQ(finished, 1);
+    EXPECT_EQ(effect.source().toString(), QStringLiteral("qrc:/wb/shared-res/sounds/quiet.wav"));
+}

@@ -1,0 +1,487 @@
+// The program's window driven offscreen like a learner would: clicks, buttons, hotkeys, the
+// options menu, mouse traces and drags, and restarts on the same isolated settings store.
+#include <gtest/gtest.h>
+#include <ki/log/LogCapture.h>
+#include <ki/qt/GSound.h>
+#include <ki/qt/components/GButton.h>
+#include <ki/qt/components/GLabel.h>
+#include <ki/qt/components/GMenu.h>
+#include <ki/qt/components/GPanel.h>
+#include <ki/qt/components/otf/GDataScroller.h>
+#include <ki/qt/lang.h>
+#include <ki/qt/themes.h>
+#include <ki/tools/GSettings.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <QAction>
+#include <QFile>
+#include <QMouseEvent>
+#include <QSettings>
+#include <QTemporaryDir>
+#include <QTest>
+#include <cmath>
+#include <csignal>
+#include <functional>
+#include <memory>
+
+#include "app/AppData.h"
+#include "app/ModelAppData.h"
+#include "app/Window.h"
+#include "app/stroke/CanvasHanzi.h"
+
+using ki::qt::GSettings;
+using morvel::prog2::AppData;
+using morvel::prog2::Window;
+
+namespace {
+
+const QString WINDOW_NODE = QStringLiteral("WinHanzi_0");
+constexpr int INDEX_ZHONG = 7;  // 中 in the level's code-point order
+
+AppData& catalogue() {
+    static AppData data(QStringLiteral(":/wb/shared-res/zh/1"));
+    static const bool loaded = (data.load(), true);
+    (void)loaded;
+    return data;
+}
+
+void settle() {
+    for (int i = 0; i < 5; ++i) QCoreApplication::processEvents();
+}
+
+// What the next start reads, straight from the store.
+ki::store::GNode stored_node() {
+    return GSettings::instance().get_window_node(WINDOW_NODE);
+}
+
+// The item at the end of `path` (sub-menu titles, then the item), or null.
+QAction* menu_item(QMenu* menu, const QStringList& path) {
+    for (int i = 0; i < path.size() && menu != nullptr; ++i) {
+        QAction* found = nullptr;
+        for (QAction* action : menu->actions())
+            if (action->text() == path[i]) found = action;
+        if (found == nullptr || i + 1 == path.size()) return found;
+        menu = found->menu();
+    }
+    return nullptr;
+}
+
+ki::qt::GButton* button(Window& win, const QString& toolTip) {
+    for (auto* b : win.findChildren<ki::qt::GButton*>())
+        if (b->toolTip() == toolTip) return b;
+    return nullptr;
+}
+
+void send_mouse(QWidget* target, QEvent::Type type, QPoint local, Qt::MouseButtons held) {
+    static quint64 stamp = 1000;
+    const Qt::MouseButton button = type == QEvent::MouseMove ? Qt::NoButton : Qt::LeftButton;
+    QMouseEvent ev(type, QPointF(local), QPointF(target->mapToGlobal(local)), button, held, Qt::NoModifier);
+    ev.setTimestamp(++stamp);
+    QCoreApplication::sendEvent(target, &ev);
+}
+
+class WindowTest : public testing::Test {
+protected:
+    void SetUp() override {
+        if (!ki::log::is_configured()) ki::log::configure();
+        ki::qt::GSound::set_silent(true);
+        ki::qt::lang::set_lang(QLocale::English);
+        themeBefore = ki::qt::themes::get_theme();
+        GSettings::instance().remove(QStringLiteral("Window/") + WINDOW_NODE);
+        capture = std::make_unique<ki::log::LogCapture>();
+    }
+    void TearDown() override {
+        win.reset();
+        ki::qt::lang::set_lang(QLocale::English);
+        ki::qt::themes::set(themeBefore);
+        capture.reset();
+    }
+    Window& open() {
+        win = std::make_unique<Window>(catalogue());
+        win->resize(1024, 750);
+        win->setup();
+        win->show();
+        settle();
+        return *win;
+    }
+    std::unique_ptr<ki::log::LogCapture> capture;
+    std::unique_ptr<Window> win;
+    unsigned int themeBefore = 0;
+};
+
+}  // namespace
+
+TEST_F(WindowTest, SelectionByClickButtonsAndHotkeysClampsAtBothEnds) {
+    Window& w = open();
+    const int last = static_cast<int>(catalogue().size()) - 1;
+    ASSERT_EQ(last, 86);
+    auto trigger = [&w](const char* name) { w.findChild<QAction*>(QString::fromLatin1(name))->trigger(); };
+    auto click = [&w](const char* tip) { button(w, QString::fromLatin1(tip))->click(); };
+    struct Row {
+        const char* name;
+        int start;
+        std::function<void()> act;
+        int expected;
+        bool selects;  // on_index runs
+    };
+    // clang-format off
+    const Row rows[] = {
+        {"list click on the third visible row", 0, [&w]() {
+             ki::qt::GPanel* row = w.get_scroller()->get_row_widget(w.get_scroller()->get_index_win_top() + 2);
+             QTest::mouseClick(row, Qt::LeftButton, {}, row->rect().center());
+         }, 2, true},
+        {"next button", 4, [&]() { click("Next Hieroglyph"); }, 5, true},
+        {"previous button", 4, [&]() { click("Previous Hieroglyph"); }, 3, true},
+        {"right action", 10, [&]() { trigger("right"); }, 11, true},
+        {"left action", 10, [&]() { trigger("left"); }, 9, true},
+        {"left at the first character stays", 0, [&]() { trigger("left"); }, 0, false},
+        {"previous button at the first character stays", 0, [&]() { click("Previous Hieroglyph"); }, 0, false},
+        {"right at the last character stays", last, [&]() { trigger("right"); }, last, false},
+        {"next button at the last character stays", last, [&]() { click("Next Hieroglyph"); }, last, false},
+    };
+    // clang-format on
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.name);
+        w.on_index(row.start);
+        w.get_scroller()->ensure_visible(row.start);
+        settle();
+        capture->clear();
+        row.act();
+        settle();
+        EXPECT_EQ(w.get_selected_index(), row.expected);
+        EXPECT_EQ(capture->count("Window::on_index, index:"), row.selects ? 1 : 0);
+        EXPECT_EQ(w.get_canvas()->get_unicode(), catalogue().unicode_at(unsigned(row.expected)));
+    }
+}
+
+TEST_F(WindowTest, SoundButtonFollowsTheRecordingsAndAutoPlaySkipsSilentCharacters) {
+    Window& w = open();
+    w.get_control().set_mode_bits(Window::MODE_AUTO_PLAY, false);
+    int enabled = 0;
+    int silentIndex = -1;
+    for (unsigned int i = 0; i < catalogue().size(); ++i) {
+        w.on_index(int(i));
+        const int code = catalogue().unicode_at(i);
+        const bool recorded = QFile::exists(QStringLiteral(":/wb/shared-res/zh/fono/%1.mp3").arg(code));
+        ki::qt::GButton* sound = w.get_button_sound();
+        EXPECT_EQ(sound->isEnabled(), recorded) << code;
+        EXPECT_EQ(sound->get_icon_name(), recorded ? "^icons/sound_on.svg" : "^icons/sound_off.svg") << code;
+        if (sound->isEnabled()) ++enabled;
+        if (!recorded && silentIndex < 0) silentIndex = int(i);
+    }
+    EXPECT_EQ(enabled, 76);
+    ASSERT_GE(silentIndex, 0);
+
+    w.get_control().set_mode_bits(Window::MODE_AUTO_PLAY, true);
+    capture->clear();
+    w.on_index(silentIndex);
+    const std::string expected =
+        "Window::on_play_sound, unicode:" + std::to_string(catalogue().unicode_at(unsigned(silentIndex))) +
+        " sound ?";
+    EXPECT_EQ(capture->count(expected), 1);
+    EXPECT_FALSE(capture->contains("GSound::play_sound,  '"));
+}
+
+TEST_F(WindowTest, TranslationLineFollowsTheLanguageAndItsModeBit) {
+    Window& w = open();
+    w.get_control().set_mode_bits(Window::MODE_AUTO_PLAY, false);
+    w.get_control().set_mode_bits(Window::MODE_TRANSLATION, true);
+    struct Row {
+        const char* name;
+        QLocale::Language language;
+        QString expected;
+    };
+    const Row rows[] = {
+        {"english", QLocale::English, QStringLiteral("middle; center")},
+        {"german", QLocale::German, QStringLiteral("Mitte; Zentrum")},
+        {"russian", QLocale::Russian, QStringLiteral("середина; центр")},
+        {"french has no meanings", QLocale::French, QString()},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.name);
+        w.on_index(0);
+        ki::qt::lang::set_lang(row.language);
+        w.on_index(INDEX_ZHONG);
+        EXPECT_EQ(w.get_label_translation()->text(), row.expected);
+        EXPECT_TRUE(w.get_panel_translation()->isVisibleTo(&w));
+    }
+    ki::qt::lang::set_lang(QLocale::German);
+    EXPECT_TRUE(button(w, QStringLiteral("Nächstes Schriftzeichen")) != nullptr)
+        << "tool tips follow the language";
+    w.get_control().set_mode_bits(Window::MODE_TRANSLATION, false);
+    EXPECT_FALSE(w.get_panel_translation()->isVisibleTo(&w));
+}
+
+TEST_F(WindowTest, WatchModeTimerDrawsToHundredAtTheChosenStepAndStops) {
+    Window& w = open();
+    w.get_control().set_mode_flags(Window::MODE_AUTO_DRAW);
+    EXPECT_EQ(w.get_inc_progress(), 3) << "start value before any choice";
+    for (int step : {1, 3, 8}) {
+        SCOPED_TRACE(step);
+        ki::qt::GMenu* menu = w.gen_menu_options(Window::OPTIONS_ALL);
+        menu_item(menu, {"Watch Mode", "Auto Draw Speed", QString::number(step)})->trigger();
+        delete menu;
+        w.on_index(1);
+        ASSERT_FLOAT_EQ(w.get_canvas()->get_progress(), 0.0f);
+        const int ticks = (100 + step - 1) / step;
+        for (int i = 1; i < ticks; ++i) w.on_timer();
+        EXPECT_LT(w.get_canvas()->get_progress(), 100.0f);
+        EXPECT_FLOAT_EQ(w.get_canvas()->get_progress(), float((ticks - 1) * step));
+        w.on_timer();
+        EXPECT_FLOAT_EQ(w.get_canvas()->get_progress(), 100.0f);
+        EXPECT_EQ(w.get_slider()->get_value(), 100u);
+        w.on_timer();
+        EXPECT_FLOAT_EQ(w.get_canvas()->get_progress(), 100.0f);
+    }
+    // Moving the slider holds the drawing until the next character.
+    w.on_index(2);
+    w.get_slider()->set_value(40);
+    w.on_timer();
+    EXPECT_FLOAT_EQ(w.get_canvas()->get_progress(), 40.0f);
+    w.on_index(3);
+    w.on_timer();
+    EXPECT_GT(w.get_canvas()->get_progress(), 0.0f);
+}
+
+TEST_F(WindowTest, TracingEveryStrokeWithTheMouseEndsInHieroglypheDone) {
+    Window& w = open();
+    w.get_control().set_mode_bits(Window::MODE_AUTO_PLAY, false);
+    w.get_control().set_mode_bits(Window::MODE_LEARN, true);
+    w.on_index(INDEX_ZHONG);
+    morvel::CanvasHanzi* canvas = w.get_canvas();
+    ASSERT_TRUE(canvas->is_learn_mode());
+    const morvel::Anim& anim = canvas->get_anim();
+    ASSERT_EQ(anim.strokes.size(), 4u);
+    // The character's frame fitted and centred into the widget, computed here on its own.
+    const ki::math::Rect box = canvas->get_view_box();
+    const float scale = std::min(canvas->width() / box.w, canvas->height() / box.h);
+    const glm::vec2 offset{(canvas->width() - box.w * scale) / 2.0f - box.x * scale,
+                           (canvas->height() - box.h * scale) / 2.0f - box.y * scale};
+    auto pixel = [&](glm::vec2 p) {
+        const glm::vec2 q = offset + p * scale;
+        return QPoint(int(std::lround(q.x)), int(std::lround(q.y)));
+    };
+    for (const morvel::AnimStroke& stroke : anim.strokes) {
+        const float length = stroke.pathAnim.get_length();
+        send_mouse(canvas, QEvent::MouseButtonPress, pixel(stroke.pathAnim.point_start()), Qt::LeftButton);
+        for (float along = 20.0f; along < length; along += 20.0f)
+            send_mouse(canvas, QEvent::MouseMove, pixel(stroke.pathAnim.point_at_length(along)),
+                       Qt::LeftButton);
+        send_mouse(canvas, QEvent::MouseButtonRelease, pixel(stroke.pathAnim.point_end()), Qt::NoButton);
+        EXPECT_TRUE(canvas->get_path_mouse().is_empty()) << "the window clears an accepted trace";
+    }
+    EXPECT_EQ(canvas->get_strokes_learned(), 4);
+    EXPECT_TRUE(canvas->is_hieroglyphe_drawn());
+    EXPECT_EQ(capture->count("hieroglyphe done"), 1);
+    w.on_index(0);
+    EXPECT_EQ(canvas->get_strokes_learned(), 0) << "a new character starts from its first stroke";
+}
+
+TEST_F(WindowTest, EveryMenuItemChangesItsSettingAndSavesItAtOnce) {
+    struct Row {
+        const char* name;
+        bool learnMode;
+        QStringList path;
+        const char* key;  // in the stored window node, read back at once
+        QVariant stored;
+        std::function<bool(Window&)> shown;  // the change took effect in the window too
+    };
+    const unsigned int learn = 23, watch = 22;  // the start flags with learn mode on or off
+    // clang-format off
+    const Row rows[] = {
+        {"outline off", true, {"Learn Mode", "Outline"}, "DRAW_CONFIG", 8u,
+         [](Window& w) { return w.get_canvas()->get_draw_config() == 8u; }},
+        {"helper circles off", true, {"Learn Mode", "Helper Circles"}, "DRAW_CONFIG", 2u,
+         [](Window& w) { return w.get_canvas()->get_draw_config() == 2u; }},
+        {"helper lines on", true, {"Learn Mode", "Helper Lines"}, "DRAW_CONFIG", 26u,
+         [](Window& w) { return w.get_canvas()->get_draw_config() == 26u; }},
+        {"tolerance 60", true, {"Learn Mode", "Stroke Tolerance", "60"}, "rCircle", 60,
+         [](Window& w) { return w.get_canvas()->get_r_circle() == 60; }},
+        {"slider on", false, {"Watch Mode", "Slider"}, "ControlAnim.modeFlags", watch | Window::MODE_SLIDER,
+         [](Window& w) { return w.get_slider()->isVisibleTo(&w); }},
+        {"automatic drawing off", false, {"Watch Mode", "Draw Strokes Automatically"}, "ControlAnim.modeFlags",
+         watch & ~Window::MODE_AUTO_DRAW, [](Window& w) { return w.get_canvas()->get_progress() == 100.0f; }},
+        {"speed 6", false, {"Watch Mode", "Auto Draw Speed", "6"}, "incSpeed", 6,
+         [](Window& w) { return w.get_inc_progress() == 6; }},
+        {"audio auto play off", true, {"Audio Auto Play"}, "ControlAnim.modeFlags", learn & ~Window::MODE_AUTO_PLAY,
+         [](Window& w) { return !w.get_control().is_mode_bit(Window::MODE_AUTO_PLAY); }},
+        {"scrollbar on", true, {"Scrollbar"}, "flagScrollbarVisible", true,
+         [](Window& w) { return w.get_scroller()->is_scrollbar_vert_visible(); }},
+        {"translation off", true, {"Translation"}, "ControlAnim.modeFlags", learn & ~Window::MODE_TRANSLATION,
+         [](Window& w) { return !w.get_panel_translation()->isVisibleTo(&w); }},
+        {"show unicode on", true, {"Show Unicode"}, "flagShowUnicode", true, [](Window& w) {
+             settle();
+             ki::qt::GPanel* row = w.get_scroller()->get_row_widget(w.get_scroller()->get_index_win_top());
+             return row != nullptr && row->findChildren<ki::qt::GLabel*>().size() == 3;
+         }},
+    };
+    // clang-format on
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.name);
+        GSettings::instance().remove(QStringLiteral("Window/") + WINDOW_NODE);
+        Window& w = open();
+        w.get_control().set_mode_bits(Window::MODE_LEARN, row.learnMode);
+        std::unique_ptr<ki::qt::GMenu> menu(w.gen_menu_options(Window::OPTIONS_ALL));
+        EXPECT_EQ(menu_item(menu.get(), {"Learn Mode"}) != nullptr, row.learnMode);
+        EXPECT_EQ(menu_item(menu.get(), {"Watch Mode"}) != nullptr, !row.learnMode);
+        QAction* item = menu_item(menu.get(), row.path);
+        ASSERT_NE(item, nullptr);
+        item->trigger();
+        EXPECT_EQ(stored_node().attributes.value(QString::fromLatin1(row.key)), row.stored);
+        EXPECT_TRUE(row.shown(w));
+        menu.reset();
+        win.reset();
+    }
+}
+
+TEST_F(WindowTest, ListDragMovesTheTopRowByWholeRowsAgainstTheFinger) {
+    Window& w = open();
+    w.get_model()->set_row_height(20);
+    ki::qt::otf::GDataScroller* list = w.get_scroller();
+    struct Row {
+        const char* name;
+        bool onList;
+        int dy;
+        long long expectedTop;
+    };
+    const Row rows[] = {
+        {"4 px is no drag", true, 4, 10},
+        {"5 px is a drag of no whole row", true, 5, 10},
+        {"45 px down shows two rows further up", true, 45, 8},
+        {"45 px up shows two rows further down", true, -45, 12},
+        {"a press outside the list never drags it", false, 45, 10},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.name);
+        list->update_index_win_top(10);
+        ASSERT_EQ(list->get_index_win_top(), 10);
+        QWidget* target = row.onList ? static_cast<QWidget*>(list) : static_cast<QWidget*>(w.get_canvas());
+        const QPoint start(target->width() / 2, target->height() / 2);
+        send_mouse(target, QEvent::MouseButtonPress, start, Qt::LeftButton);
+        send_mouse(target, QEvent::MouseMove, start + QPoint(3, row.dy), Qt::LeftButton);
+        send_mouse(target, QEvent::MouseButtonRelease, start + QPoint(3, row.dy), Qt::NoButton);
+        settle();
+        EXPECT_EQ(list->get_index_win_top(), row.expectedTop);
+    }
+}
+
+TEST_F(WindowTest, RestartRestoresThemeGeometryOptionsAndTheSelectedCharacter) {
+    {
+        Window& w = open();
+        w.set_theme(ki::qt::themes::THEME_GREEN);
+        w.resize(900, 640);
+        w.get_control().set_mode_flags(Window::MODE_AUTO_DRAW | Window::MODE_SLIDER);
+        ki::qt::GMenu* menu = w.gen_menu_options(Window::OPTIONS_ALL);
+        menu_item(menu, {"Watch Mode", "Auto Draw Speed", "7"})->trigger();
+        menu_item(menu, {"Show Unicode"})->trigger();
+        menu_item(menu, {"Scrollbar"})->trigger();
+        delete menu;
+        w.get_canvas()->set_r_circle(100);
+        w.on_index(42);
+        w.close();  // saves the way a quit does
+        win.reset();
+    }
+    Window& again = open();
+    EXPECT_EQ(again.get_theme(), ki::qt::themes::THEME_GREEN);
+    EXPECT_EQ(again.size(), QSize(900, 640));
+    EXPECT_EQ(again.get_control().get_mode_flags(), Window::MODE_AUTO_DRAW | Window::MODE_SLIDER);
+    EXPECT_EQ(again.get_inc_progress(), 7);
+    EXPECT_TRUE(again.get_model()->is_show_unicode());
+    EXPECT_TRUE(again.is_scrollbar_visible());
+    EXPECT_EQ(again.get_canvas()->get_r_circle(), 100);
+    EXPECT_EQ(again.get_selected_index(), 42);
+    EXPECT_EQ(again.get_canvas()->get_unicode(), catalogue().unicode_at(42));
+    EXPECT_FALSE(again.get_canvas()->is_learn_mode());
+}
+
+TEST_F(WindowTest, HostileStoredSettingsStartWithDefaultsAndAReason) {
+    struct Row {
+        const char* name;
+        const char* key;
+        QVariant value;
+        const char* logged;
+        std::function<bool(Window&)> sane;
+    };
+    // clang-format off
+    const Row rows[] = {
+        {"mode flags of the wrong type", "ControlAnim.modeFlags", "learn", "ControlAnim.modeFlags",
+         [](Window& w) { return w.get_control().get_mode_flags() == 23u; }},
+        {"unknown mode bits", "ControlAnim.modeFlags", 0xFFFFFFFFu, "unknown mode bits",
+         [](Window& w) { return w.get_control().get_mode_flags() == 0x1Fu; }},
+        {"selected index past the end", "selectedIndex", 5000, "selectedIndex:5000",
+         [](Window& w) { return w.get_selected_index() == 86; }},
+        {"negative selected index", "selectedIndex", -3, "selectedIndex:-3",
+         [](Window& w) { return w.get_selected_index() == 0; }},
+        {"tolerance far out of range", "rCircle", 1000000, "rCircle:1000000",
+         [](Window& w) { return w.get_canvas()->get_r_circle() == 140; }},
+        {"tolerance as text", "rCircle", "wide", "rCircle",
+         [](Window& w) { return w.get_canvas()->get_r_circle() == 140; }},
+        {"speed far too high", "incSpeed", 999, nullptr, [](Window& w) { return w.get_inc_progress() == 8; }},
+        {"theme past the last", "theme", 77u, "unknown theme:77",
+         [](Window& w) { return w.get_theme() <= ki::qt::themes::THEME_NOT_SET; }},
+        {"geometry of garbage bytes", "geometry", QByteArray("\x01\x02garbage"), nullptr,
+         [](Window& w) { return w.isVisible(); }},
+        {"flag of the wrong type", "flagShowUnicode", 3.5, "flagShowUnicode",
+         [](Window& w) { return !w.get_model()->is_show_unicode(); }},
+    };
+    // clang-format on
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.name);
+        ki::store::GNode node;
+        node.set(QString::fromLatin1(row.key), row.value);
+        GSettings::instance().set_window_node(node, WINDOW_NODE);
+        capture->clear();
+        Window& w = open();
+        if (row.logged != nullptr) {
+            EXPECT_TRUE(capture->contains(row.logged)) << capture->text();
+        }
+        EXPECT_TRUE(row.sane(w));
+        EXPECT_EQ(w.get_canvas()->get_unicode(), catalogue().unicode_at(unsigned(w.get_selected_index())));
+        win.reset();
+    }
+    SCOPED_TRACE("a node that is not a node at all");
+    GSettings::instance().setValue(QStringLiteral("Window/") + WINDOW_NODE,
+                                   QStringLiteral("%%% not base64 %%%"));
+    Window& w = open();
+    EXPECT_EQ(w.get_control().get_mode_flags(), 23u);
+    EXPECT_EQ(w.get_selected_index(), 0);
+}
+
+// Regression guard: an option change that only reached the in-memory store was lost when the
+// program was killed before quitting.
+TEST_F(WindowTest, OptionChangeSurvivesAKillRightAfterIt) {
+    {
+        Window& w = open();
+        // No player may start in the child: it must not need the parent's media threads.
+        w.get_control().set_mode_bits(Window::MODE_AUTO_PLAY, false);
+        ASSERT_FALSE(w.get_model()->is_show_unicode());
+        w.close();
+        win.reset();
+    }
+    GSettings::instance().sync();
+    const pid_t child = fork();
+    ASSERT_NE(child, -1);
+    if (child == 0) {
+        alarm(30);  // a hang fails the test instead of blocking it
+        Window w(catalogue());
+        w.setup();
+        w.show();
+        ki::qt::GMenu* menu = w.gen_menu_options(Window::OPTIONS_ALL);
+        menu_item(menu, {"Show Unicode"})->trigger();
+        raise(SIGKILL);
+    }
+    int status = 0;
+    ASSERT_EQ(waitpid(child, &status, 0), child);
+    ASSERT_TRUE(WIFSIGNALED(status)) << status;
+    ASSERT_EQ(WTERMSIG(status), SIGKILL);
+    // Read from a copy of the file: this process's store caches what it read before.
+    QTemporaryDir dir;
+    const QString copy = dir.filePath(QStringLiteral("after-kill.conf"));
+    ASSERT_TRUE(QFile::copy(GSettings::instance().fileName(), copy));
+    QSettings disk(copy, QSettings::NativeFormat);
+    const auto node =
+        ki::store::GNode::from_qstring(disk.value(QStringLiteral("Window/") + WINDOW_NODE).toString());
+    ASSERT_TRUE(node.ok()) << node.to_string();
+    EXPECT_TRUE(node.value.get<bool>(QStringLiteral("flagShowUnicode"), false));
+}
