@@ -41,7 +41,8 @@ public:
 
 private:
     void on_first_frame() {
-        print_line("quenlo-bench first-frame-ms:" + QByteArray::number(BenchHooks::ms_since_launch(), 'f', 1));
+        print_line("quenlo-bench first-frame-ms:" +
+                   QByteArray::number(BenchHooks::ms_since_launch(), 'f', 1));
         QElapsedTimer timer;
         timer.start();
         for (int i = 0; i < count && window; ++i) {
@@ -50,8 +51,10 @@ private:
             window->repaint();
         }
         const double ms = static_cast<double>(timer.nsecsElapsed()) / 1e6;
-        print_line("quenlo-bench visited:" + QByteArray::number(count) + " ms:" + QByteArray::number(ms, 'f', 1));
-        QMetaObject::invokeMethod(QCoreApplication::instance(), &QCoreApplication::quit, Qt::QueuedConnection);
+        print_line("quenlo-bench visited:" + QByteArray::number(count) +
+                   " ms:" + QByteArray::number(ms, 'f', 1));
+        QMetaObject::invokeMethod(QCoreApplication::instance(), &QCoreApplication::quit,
+                                  Qt::QueuedConnection);
     }
 
     QPointer<QWidget> window;
@@ -83,7 +86,8 @@ double BenchHooks::ms_since_launch() {
         const auto now = std::chrono::system_clock::now().time_since_epoch();
         return std::chrono::duration<double, std::milli>(now).count() - t0 * 1000.0;
     }
-    return std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - staticInitTime).count();
+    return std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - staticInitTime)
+        .count();
 }
 
 }  // namespace morvel

@@ -6,7 +6,6 @@
 
 #include <QFileInfo>
 #include <QHash>
-#include <QRegularExpression>
 #include <QStringList>
 #include <array>
 #include <cmath>
@@ -21,6 +20,16 @@ namespace morvel {
 namespace {
 
 using ki::xml::XNode;
+
+// Built once: a name written as a literal at each lookup would be converted on every call.
+const QString ATTR_VIEW_BOX = QStringLiteral("viewBox");
+const QString ATTR_ID = QStringLiteral("id");
+const QString ATTR_HREF = QStringLiteral("href");
+const QString ATTR_CLIP_PATH = QStringLiteral("clip-path");
+const QString ATTR_D = QStringLiteral("d");
+constexpr QLatin1String ELEMENT_PATH("path");
+constexpr QLatin1String ELEMENT_CLIP_PATH("clipPath");
+constexpr QLatin1String ELEMENT_USE("use");
 
 constexpr int CODE_NULL_DOCUMENT = 20;
 constexpr int CODE_BAD_STRUCTURE = 30;
@@ -43,12 +52,30 @@ QString first_error_of_walk(const XNode* root, const std::function<QString(const
     return error;
 }
 
+/// The parts between runs of ASCII white space, as a split at the regular expression "\s+"
+/// gives them, without running one.
+QStringList split_at_blanks(const QString& text) {
+    const auto blank = [](QChar c) {
+        return c == QLatin1Char(' ') || (c >= QLatin1Char('\t') && c <= QLatin1Char('\r'));
+    };
+    QStringList parts;
+    qsizetype start = -1;
+    for (qsizetype i = 0; i <= text.size(); ++i) {
+        if (i < text.size() && !blank(text[i])) {
+            if (start < 0) start = i;
+        } else if (start >= 0) {
+            parts << text.mid(start, i - start);
+            start = -1;
+        }
+    }
+    return parts;
+}
+
 /// The root's viewBox, or a zero rectangle (logged) when it is missing or unusable.
 ki::math::Rect read_view_box(const XNode* root) {
-    if (!root->has_attrib("viewBox")) return {};
-    const QString text = root->get_attrib_string("viewBox").trimmed();
-    static const QRegularExpression blanks("\\s+");
-    const QStringList parts = QString(text).replace(',', ' ').split(blanks, Qt::SkipEmptyParts);
+    if (!root->has_attrib(ATTR_VIEW_BOX)) return {};
+    const QString text = root->get_attrib_string(ATTR_VIEW_BOX).trimmed();
+    const QStringList parts = split_at_blanks(QString(text).replace(',', ' '));
     if (parts.size() != 4) {
         ki::pp_warn("Anim::build_from_svg, invalid SVG viewBox '$', expected 4 values", text);
         return {};
@@ -73,16 +100,16 @@ struct References {
 };
 
 QString collect_clip_path(const XNode* node, References& refs) {
-    const QString id = node->get_attrib_string("id");
+    const QString id = node->get_attrib_string(ATTR_ID);
     if (id.isEmpty()) return "clipPath without id";
     const XNode* use = nullptr;
     for (const auto& child : node->children) {
-        if (child->name != "use") continue;
+        if (child->name != ELEMENT_USE) continue;
         if (use != nullptr) return ki::str::qprintF("clipPath '$' contains multiple use nodes", id);
         use = child.get();
     }
     if (use == nullptr) return ki::str::qprintF("clipPath '$' contains no use node", id);
-    const QString href = use->get_attrib_string("href");
+    const QString href = use->get_attrib_string(ATTR_HREF);
     if (!href.startsWith('#') || href.size() < 2)
         return ki::str::qprintF("clipPath '$' has invalid href '$'", id, href);
     if (refs.outlineIdByClipId.contains(id)) return ki::str::qprintF("duplicate clipPath id '$'", id);
@@ -91,10 +118,10 @@ QString collect_clip_path(const XNode* node, References& refs) {
 }
 
 QString collect_reference(const XNode* node, References& refs) {
-    if (node->name == "clipPath") return collect_clip_path(node, refs);
-    if (node->name != "path") return {};
+    if (node->name == ELEMENT_CLIP_PATH) return collect_clip_path(node, refs);
+    if (node->name != ELEMENT_PATH) return {};
     // Centre lines that carry an id are recorded too and take part in the duplicate check.
-    const QString id = node->get_attrib_string("id");
+    const QString id = node->get_attrib_string(ATTR_ID);
     if (id.isEmpty()) return {};
     if (refs.outlineById.contains(id)) return ki::str::qprintF("duplicate outline id '$'", id);
     refs.outlineById.insert(id, node);
@@ -102,8 +129,8 @@ QString collect_reference(const XNode* node, References& refs) {
 }
 
 QString build_stroke(const XNode* node, const References& refs, std::vector<AnimStroke>& strokes) {
-    if (node->name != "path") return {};
-    const QString clip = node->get_attrib_string("clip-path");
+    if (node->name != ELEMENT_PATH) return {};
+    const QString clip = node->get_attrib_string(ATTR_CLIP_PATH);
     if (clip.isEmpty()) return {};
     static const QString prefix = "url(#";
     if (!clip.startsWith(prefix) || !clip.endsWith(')'))
@@ -114,8 +141,8 @@ QString build_stroke(const XNode* node, const References& refs, std::vector<Anim
     const XNode* outline = refs.outlineById.value(*outlineId, nullptr);
     if (outline == nullptr) return ki::str::qprintF("outline path '$' not found", *outlineId);
 
-    const QString outlineData = outline->get_attrib_string("d");
-    const QString animData = node->get_attrib_string("d");
+    const QString outlineData = outline->get_attrib_string(ATTR_D);
+    const QString animData = node->get_attrib_string(ATTR_D);
     if (outlineData.isEmpty()) return ki::str::qprintF("outline path '$' has no d attribute", *outlineId);
     if (animData.isEmpty()) return ki::str::qprintF("animation path for clip '$' has no d attribute", clipId);
     ki::GSysResult<ki::math::Path> outlinePath = ki::math::Path::from_svg_path_data(outlineData);

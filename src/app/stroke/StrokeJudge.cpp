@@ -12,8 +12,10 @@ void StrokeJudge::press(glm::vec2 point, const AnimStroke& stroke, int rCircle) 
     pathMouse.clear();
     pathMouse.move_to(point);
     const glm::vec2 ptStart = stroke.pathAnim.point_start();
-    // "[0]" is part of the message text, whatever stroke is being traced.
-    ki::pp("stroke[0]:{$}, ptStart:$", stroke.to_string(), ptStart);
+    // "[0]" is part of the message text, whatever stroke is being traced. Asked first: the
+    // stroke's text form is built even when the message is dropped.
+    if (ki::log::is_level_active(ki::log::LOG_DEBUG))
+        ki::pp("stroke[0]:{$}, ptStart:$", stroke.to_string(), ptStart);
     const ki::math::Circle circleStart{ptStart, static_cast<float>(rCircle)};
     if (!circleStart.contains(point, CIRCLE_TOLERANCE)) {
         ki::pp("NO");

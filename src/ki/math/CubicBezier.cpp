@@ -4,7 +4,9 @@
 
 #include <algorithm>
 #include <cfloat>
+#include <cmath>
 #include <glm/geometric.hpp>
+#include <utility>
 
 #include "curve_measure.h"
 
@@ -29,6 +31,29 @@ auto speed_of(const CubicBezier& c) {
     };
 }
 
+// Appends to `out` the parameters in (0, 1) where one coordinate's derivative vanishes:
+// B'(t) / 3 = (a - 2b + c) t^2 + 2 (b - a) t + a with a, b, c the control differences.
+int add_roots_inside(double v0, double v1, double v2, double v3, double* out, int count) {
+    const double a = v1 - v0, b = v2 - v1, c = v3 - v2;
+    const double qa = a - 2.0 * b + c, qb = 2.0 * (b - a), qc = a;
+    const auto add = [&](double t) {
+        if (t > 0.0 && t < 1.0) out[count++] = t;
+    };
+    const double scale = std::abs(qa) + std::abs(qb) + std::abs(qc);
+    if (!(scale > 0.0)) return count;
+    if (std::abs(qa) <= 1e-12 * scale) {
+        if (std::abs(qb) > 1e-12 * scale) add(-qc / qb);
+        return count;
+    }
+    const double disc = qb * qb - 4.0 * qa * qc;
+    if (disc < 0.0) return count;
+    // The stable pair of formulas: no difference of nearly equal numbers.
+    const double q = -0.5 * (qb + std::copysign(std::sqrt(disc), qb));
+    add(q / qa);
+    if (q != 0.0) add(qc / q);
+    return count;
+}
+
 }  // namespace
 
 glm::vec2 CubicBezier::point_at(float t) const {
@@ -38,7 +63,14 @@ glm::vec2 CubicBezier::point_at(float t) const {
 }
 
 float CubicBezier::get_length() const {
-    return float(detail::integrate_speed(speed_of(*this), 0.0, 1.0));
+    // The speed can have a kink only where B'(t) = 0, which is a root of x'(t) and of y'(t).
+    double breaks[4];
+    int count = 0;
+    count = add_roots_inside(p0.x, p1.x, p2.x, p3.x, breaks, count);
+    count = add_roots_inside(p0.y, p1.y, p2.y, p3.y, breaks, count);
+    for (int i = 1; i < count; ++i)
+        for (int j = i; j > 0 && breaks[j] < breaks[j - 1]; --j) std::swap(breaks[j], breaks[j - 1]);
+    return float(detail::integrate_speed_pieces(speed_of(*this), breaks, count));
 }
 
 glm::vec2 CubicBezier::point_at_length(float length) const {

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cfloat>
+#include <cmath>
 #include <glm/geometric.hpp>
 
 #include "curve_measure.h"
@@ -27,6 +28,29 @@ auto speed_of(const QuadraticBezier& q) {
     };
 }
 
+// The integral of sqrt(a t^2 + b t + c) over [0, 1], a > 0, in closed form. The logarithm is
+// taken of 2 sqrt(a) sqrt(q) + u (u = 2 a t + b), which cancels where u < 0; there the identity
+// (2 sqrt(a) sqrt(q) + u) (2 sqrt(a) sqrt(q) - u) = 4 a c - b^2 gives it without cancelling,
+// and a speed that touches zero (4 a c - b^2 = 0) leaves no logarithmic term at all.
+double quadratic_speed_integral(double a, double b, double c) {
+    const double sa = std::sqrt(a);
+    const double disc = std::max(4.0 * a * c - b * b, 0.0);
+    // At t: the algebraic part of the antiderivative, and the argument of its logarithm.
+    const auto at = [&](double t, double& logArgument) {
+        const double root = std::sqrt(std::max((a * t + b) * t + c, 0.0));
+        const double u = 2.0 * a * t + b;
+        const double r = 2.0 * sa * root;
+        logArgument = u >= 0.0 ? r + u : disc / (r - u);
+        return u * root / (4.0 * a);
+    };
+    double log0 = 0.0;
+    double log1 = 0.0;
+    const double algebraic = at(1.0, log1) - at(0.0, log0);
+    if (!(disc > 0.0)) return algebraic;
+    // One logarithm of the ratio instead of two.
+    return algebraic + disc / (8.0 * a * sa) * std::log(log1 / log0);
+}
+
 }  // namespace
 
 glm::vec2 QuadraticBezier::point_at(float t) const {
@@ -36,7 +60,17 @@ glm::vec2 QuadraticBezier::point_at(float t) const {
 }
 
 float QuadraticBezier::get_length() const {
-    return float(detail::integrate_speed(speed_of(*this), 0.0, 1.0));
+    // |B'(t)|^2 = a t^2 + b t + c with B'(t) = d + t e.
+    const double dx = 2.0 * (double(p1.x) - p0.x), dy = 2.0 * (double(p1.y) - p0.y);
+    const double ex = 2.0 * (double(p2.x) - 2.0 * p1.x + p0.x), ey = 2.0 * (double(p2.y) - 2.0 * p1.y + p0.y);
+    const double a = ex * ex + ey * ey;
+    const double b = 2.0 * (dx * ex + dy * ey);
+    const double c = dx * dx + dy * dy;
+    // A control point (almost) halfway between the ends: the speed hardly changes and the
+    // closed form below would divide by almost nothing.
+    if (!(a > 1e-12 * (a + std::abs(b) + c)) || !std::isfinite(a + b + c))
+        return float(detail::integrate_speed(speed_of(*this), 0.0, 1.0));
+    return float(quadratic_speed_integral(a, b, c));
 }
 
 glm::vec2 QuadraticBezier::point_at_length(float length) const {

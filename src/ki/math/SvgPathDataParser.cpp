@@ -1,16 +1,32 @@
 #include "SvgPathDataParser.h"
 
+#include <QStringView>
 #include <cfloat>
+#include <charconv>
 #include <cmath>
+#include <cstdint>
+#include <string>
+#include <system_error>
 
 namespace ki::math {
 
 namespace {
 
 constexpr int PARSE_ERROR = 1;
+constexpr int MAX_EXACT_DIGITS = 15;
+constexpr int MAX_EXACT_POWER = 22;
+constexpr double POW10[MAX_EXACT_POWER + 1] = {1e0,  1e1,  1e2,  1e3,  1e4,  1e5,  1e6,  1e7,
+                                               1e8,  1e9,  1e10, 1e11, 1e12, 1e13, 1e14, 1e15,
+                                               1e16, 1e17, 1e18, 1e19, 1e20, 1e21, 1e22};
+
+// QChar::toUpper is an out-of-line table lookup; path data is almost always ASCII.
+QChar to_upper(QChar c) {
+    if (c.unicode() >= 0x80) return c.toUpper();
+    return c >= QLatin1Char('a') && c <= QLatin1Char('z') ? QChar(c.unicode() - ('a' - 'A')) : c;
+}
 
 bool is_command(QChar c) {
-    switch (c.toUpper().unicode()) {
+    switch (to_upper(c).unicode()) {
         case 'A':
         case 'C':
         case 'H':
@@ -32,7 +48,26 @@ bool is_digit(QChar c) {
 }
 
 bool is_separator(QChar c) {
-    return c == QLatin1Char(',') || c.isSpace();
+    return c == QLatin1Char(' ') || c == QLatin1Char(',') || c.isSpace();
+}
+
+// The text was scanned as [sign] digits [. digits] [e [sign] digits], all ASCII. Correctly
+// rounded like QString::toDouble, which fails the same inputs (out of range, lone sign or dot)
+// but goes through the locale machinery and allocates.
+double to_double(QStringView text, bool& ok) {
+    double value = 0.0;
+    if (text.startsWith(QLatin1Char('+'))) text = text.mid(1);
+    char small[64];
+    std::string large;
+    char* chars = small;
+    if (text.size() > qsizetype(sizeof(small))) {
+        large.resize(size_t(text.size()));
+        chars = large.data();
+    }
+    for (qsizetype i = 0; i < text.size(); ++i) chars[i] = char(text[i].unicode());
+    const std::from_chars_result result = std::from_chars(chars, chars + text.size(), value);
+    ok = result.ec == std::errc() && result.ptr == chars + text.size();
+    return value;
 }
 
 }  // namespace
@@ -77,33 +112,59 @@ bool SvgPathDataParser::parse_number(double& value, QString& error) {
     if (!at_number_start()) return set_error(error, QStringLiteral("Expected number"));
 
     const qsizetype start = pos;
-    if (data[pos] == QLatin1Char('+') || data[pos] == QLatin1Char('-')) ++pos;
-    bool mantissaDigits = false;
+    bool negative = false;
+    if (data[pos] == QLatin1Char('+') || data[pos] == QLatin1Char('-'))
+        negative = data[pos++] == QLatin1Char('-');
+    // The digits as one integer and the power of ten that scales it, gathered while scanning.
+    std::uint64_t mantissa = 0;
+    int digits = 0;
+    int power = 0;
     while (!at_end() && is_digit(data[pos])) {
-        ++pos;
-        mantissaDigits = true;
+        mantissa = mantissa * 10 + (data[pos++].unicode() - '0');
+        ++digits;
     }
     // A second '.' ends the number: ".5.5" is two numbers.
     if (!at_end() && data[pos] == QLatin1Char('.')) {
         ++pos;
         while (!at_end() && is_digit(data[pos])) {
-            ++pos;
-            mantissaDigits = true;
+            mantissa = mantissa * 10 + (data[pos++].unicode() - '0');
+            ++digits;
+            --power;
         }
     }
-    if (mantissaDigits && !at_end() && (data[pos] == QLatin1Char('e') || data[pos] == QLatin1Char('E'))) {
+    bool exponentFits = true;
+    if (digits > 0 && !at_end() && (data[pos] == QLatin1Char('e') || data[pos] == QLatin1Char('E'))) {
         ++pos;
-        if (!at_end() && (data[pos] == QLatin1Char('+') || data[pos] == QLatin1Char('-'))) ++pos;
+        bool negativeExponent = false;
+        if (!at_end() && (data[pos] == QLatin1Char('+') || data[pos] == QLatin1Char('-')))
+            negativeExponent = data[pos++] == QLatin1Char('-');
         if (at_end() || !is_digit(data[pos])) return set_error(error, QStringLiteral("Invalid exponent"));
-        while (!at_end() && is_digit(data[pos])) ++pos;
+        int exponent = 0;
+        for (int exponentDigits = 1; !at_end() && is_digit(data[pos]); ++exponentDigits) {
+            if (exponentDigits > 3)
+                exponentFits = false;
+            else
+                exponent = exponent * 10 + (data[pos].unicode() - '0');
+            ++pos;
+        }
+        power += negativeExponent ? -exponent : exponent;
     }
 
-    const QString text = data.mid(start, pos - start);
+    double v = 0.0;
     bool ok = false;
-    const double v = text.toDouble(&ok);
+    if (digits > 0 && digits <= MAX_EXACT_DIGITS && exponentFits && power >= -MAX_EXACT_POWER &&
+        power <= MAX_EXACT_POWER) {
+        // Up to 15 digits form an exact double and so does a power of ten up to 1e22: one
+        // multiplication or division rounds correctly, to the very double of a full conversion.
+        v = power < 0 ? double(mantissa) / POW10[-power] : double(mantissa) * POW10[power];
+        if (negative) v = -v;
+        ok = true;
+    } else {
+        v = to_double(QStringView(data).mid(start, pos - start), ok);
+    }
     // Values are stored as float: one that does not fit would poison every length with inf.
     if (!ok || !std::isfinite(v) || std::abs(v) > double(FLT_MAX))
-        return set_error(error, QStringLiteral("Invalid number '%1'").arg(text));
+        return set_error(error, QStringLiteral("Invalid number '%1'").arg(data.mid(start, pos - start)));
     value = v;
     return true;
 }
@@ -143,7 +204,7 @@ bool SvgPathDataParser::parse_commands(QString& error) {
         const QChar command = data[pos];
         if (!is_command(command))
             return set_error(error, QStringLiteral("Unsupported SVG path command '%1'").arg(command));
-        const QChar upper = command.toUpper();
+        const QChar upper = to_upper(command);
         if (upper != QLatin1Char('M') && !require_contour(error)) return false;
         ++pos;
 
@@ -169,7 +230,7 @@ bool SvgPathDataParser::parse_commands(QString& error) {
 
 bool SvgPathDataParser::parse_argument_group(QChar command, bool firstGroup, QString& error) {
     const bool relative = command.isLower();
-    const char kind = char(command.toUpper().unicode());
+    const char kind = char(to_upper(command).unicode());
     glm::vec2 p{0.0f, 0.0f};
 
     switch (kind) {

@@ -1,7 +1,16 @@
 #include <ki/log/GLog.h>
+#include <ki/log/LogConfig.h>
 #include <ki/store/GType.h>
 
+#include <cstddef>
+
 namespace ki::store {
+
+template <>
+bool record_bytes_valid<ki::log::LogConfig>(const QByteArray& bytes) {
+    const auto flag = static_cast<unsigned char>(bytes.at(offsetof(ki::log::LogConfig, autoScrollHorz)));
+    return flag <= 1;
+}
 
 std::string GType::to_string() const {
     std::string out = str::xprintF(0, "GType{id:$, size:$}", id, size);

@@ -2,7 +2,12 @@
 #include <ki/log/GLog.h>
 #include <ki/store/BuiltinTypes.h>
 #include <ki/tools/GSettings.h>
+#include <ki/tools/IniFileCheck.h>
 
+#include <QCoreApplication>
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
 #include <QSplitter>
 #include <iostream>
 
@@ -25,8 +30,51 @@ GSettings::GSettings(QObject* parent) : QSettings(parent) {}
 GSettings& GSettings::instance() {
     // Nodes read from the store may carry records; their types must be known first.
     ki::store::register_builtin_types();
+#if !defined(Q_OS_DARWIN) && !defined(Q_OS_WIN) && !defined(Q_OS_WASM)
+    // Here the native store is an INI file. A probe finds it: constructing QSettings only loads
+    // the raw text, values are converted on their first read.
+    static const bool fileKept = set_aside_damaged_file(QSettings().fileName());
+    (void)fileKept;
+#endif
     static GSettings settings;
     return settings;
+}
+
+bool GSettings::set_aside_damaged_file(const QString& fileName) {
+    QString reason;
+    const GError check = ki::io::IniFileCheck::check_file(fileName);
+    if (!check.is_ok()) {
+        reason = check.get_message();
+    } else if (QFileInfo::exists(fileName)) {
+        QSettings probe(fileName, QSettings::IniFormat);
+        (void)probe.allKeys();  // converts every value, known to be safe by now
+        if (probe.status() == QSettings::FormatError) reason = QStringLiteral("format error");
+    }
+    if (reason.isEmpty()) return true;
+
+    const QString aside = fileName + QStringLiteral(".damaged");
+    QFile::remove(aside);
+    if (QFile::rename(fileName, aside)) {
+        pp_error("GSettings, settings file '$' is damaged ($), moved to '$'; starting on defaults", fileName,
+                 reason, aside);
+        return false;
+    }
+    const QString elsewhere =
+        QDir::tempPath() + QStringLiteral("/settings-") + QString::number(QCoreApplication::applicationPid());
+    QSettings::setPath(QSettings::NativeFormat, QSettings::UserScope, elsewhere);
+    QSettings::setPath(QSettings::IniFormat, QSettings::UserScope, elsewhere);
+    pp_error(
+        "GSettings, settings file '$' is damaged ($) and cannot be moved; this run keeps its settings in '$'",
+        fileName, reason, elsewhere);
+    return false;
+}
+
+void GSettings::sync() {
+    QSettings::sync();
+    if (status() == QSettings::AccessError && !writeErrorLogged) {
+        writeErrorLogged = true;
+        pp_error("GSettings::sync, cannot write '$'; settings changed in this run are not kept", fileName());
+    }
 }
 
 void GSettings::dump(unsigned int indent) {

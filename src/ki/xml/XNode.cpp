@@ -9,6 +9,8 @@
 #include <QStringList>
 #include <QXmlStreamReader>
 
+#include "XStrictReader.h"
+
 namespace ki::xml {
 
 namespace {
@@ -69,7 +71,11 @@ XNodeResult XNode::parse(QIODevice& device) {
     if (!device.isReadable())
         return XNodeResult::failure(EC_KIR, 10, "QIODevice must readable before calling XNode::parse().");
 
-    QXmlStreamReader reader(&device);
+    const QByteArray bytes = device.readAll();
+    // The program's own files take the fast road; the full reader decides everything else.
+    if (std::unique_ptr<XNode> plain = XStrictReader::read(bytes)) return XNodeResult(std::move(plain));
+
+    QXmlStreamReader reader(bytes);
     std::unique_ptr<XNode> root;
     // Open elements, innermost last. The nodes are owned by `root`'s tree; their addresses
     // stay put because children are held by pointer.
@@ -115,10 +121,11 @@ XNodeResult XNode::parse(QIODevice& device) {
 }
 
 XNodeResult XNode::parse_file(const QString& fileName) {
-    if (!QFile::exists(fileName))
-        return XNodeResult::failure(EC_IO, 10, str::qprintF("\"$\" does not exist", fileName));
     QFile file(fileName);
+    // Asked only when the open fails: a lookup of its own costs as much as the open.
     if (!file.open(QIODevice::ReadOnly)) {
+        if (!file.exists())
+            return XNodeResult::failure(EC_IO, 10, str::qprintF("\"$\" does not exist", fileName));
         // A directory fails to open without an error code; a code of 0 would read as success.
         const int code = file.error() == QFileDevice::NoError ? QFileDevice::OpenError : file.error();
         return XNodeResult::failure(EC_QT_CORE, code, str::qprintF("err str:$", file.errorString()));

@@ -16,6 +16,7 @@
 #include <cstring>
 #include <functional>
 #include <map>
+#include <optional>
 #include <string>
 #include <type_traits>
 
@@ -42,6 +43,26 @@ struct GTypeInfo<ki::log::LogConfig> {
 
 template <typename T>
 concept StorableRecord = std::is_trivially_copyable_v<T> && std::is_default_constructible_v<T>;
+
+/// Whether bytes of a record's size hold a value of T that may be read. The bytes come from a
+/// settings file and may be anything, while some fields take only some bit patterns (a bool
+/// only 0 and 1): records with such fields specialise this.
+template <typename T>
+bool record_bytes_valid(const QByteArray&) {
+    return true;
+}
+template <>
+bool record_bytes_valid<ki::log::LogConfig>(const QByteArray& bytes);
+
+/// The record in `bytes`, or nothing when the size does not fit T or the bytes hold no valid T.
+template <StorableRecord T>
+std::optional<T> record_from_bytes(const QByteArray& bytes) {
+    if (bytes.size() != static_cast<qsizetype>(sizeof(T)) || !record_bytes_valid<T>(bytes))
+        return std::nullopt;
+    T record{};
+    std::memcpy(&record, bytes.constData(), sizeof(T));
+    return record;
+}
 
 struct GType {
     unsigned int id = 0;
@@ -79,9 +100,12 @@ struct GType {
                 str::qprintF("GType::to_record, $ size:$, bytes:$, expected:$", GTypeInfo<T>::name, size,
                              static_cast<long long>(data.size()), static_cast<unsigned>(sizeof(T))));
         }
-        T record{};
-        std::memcpy(&record, data.constData(), sizeof(T));
-        return GSysResult<T>(record);
+        const std::optional<T> record = record_from_bytes<T>(data);
+        if (!record)
+            return GSysResult<T>::from_error(
+                EC_KIR, 3,
+                str::qprintF("GType::to_record, $ bytes hold no valid record", GTypeInfo<T>::name));
+        return GSysResult<T>(*record);
     }
 };
 
@@ -111,10 +135,8 @@ bool register_type() {
         return false;
     }
     create_registry()[id] = [](const QByteArray& bytes) -> QVariant {
-        if (bytes.size() != static_cast<qsizetype>(sizeof(T))) return {};
-        T record{};
-        std::memcpy(&record, bytes.constData(), sizeof(T));
-        return QVariant::fromValue(record);
+        const std::optional<T> record = record_from_bytes<T>(bytes);
+        return record ? QVariant::fromValue(*record) : QVariant();
     };
     return true;
 }
@@ -126,9 +148,8 @@ bool register_gtype() {
     if (!register_type<T>()) return false;
     format_registry()[GTypeInfo<T>::id] = [](const QByteArray& bytes) -> std::string {
         if (bytes.size() != static_cast<qsizetype>(sizeof(T))) return "<size mismatch>";
-        T record{};
-        std::memcpy(&record, bytes.constData(), sizeof(T));
-        return str::xprintF(0, "$", record);
+        const std::optional<T> record = record_from_bytes<T>(bytes);
+        return record ? str::xprintF(0, "$", *record) : std::string("<invalid record>");
     };
     return true;
 }

@@ -20,7 +20,8 @@ namespace ki::qt {
 
 class GSettings : public QSettings {
 public:
-    /// Created on first use, destroyed at process exit.
+    /// Created on first use, destroyed at process exit. A damaged settings file is first moved
+    /// aside (see set_aside_damaged_file), so that the program starts on its defaults.
     static GSettings& instance();
     static void init() {}
     /// instance().dump_it(indent).
@@ -82,6 +83,17 @@ public:
 
     /// Drops every key and writes the empty store out.
     void clear_config();
+    /// QSettings::sync, and an error in the log, once, when the store cannot be written (a
+    /// read-only file or folder): the program goes on with the values it holds. QSettings writes
+    /// through a temporary file, so a failed write never leaves a half-written store behind.
+    void sync();
+
+    /// Moves the settings file at `fileName` to "<fileName>.damaged" (logged) when QSettings
+    /// could not read it faithfully: a value its decoder would expand without bound (see
+    /// ki::io::IniFileCheck), a format error, or a file that cannot be read. Returns whether the
+    /// file stays in place. When it cannot be moved, the native settings of this run go to a
+    /// temporary folder instead, so that the damaged file is never read.
+    static bool set_aside_damaged_file(const QString& fileName);
     /// Reads the stored configuration version; when it is older than `expected_version`,
     /// optionally drops all settings, stores the expected version and returns true.
     bool check_update_config(unsigned int expected_version, bool clear);
@@ -120,6 +132,7 @@ private:
 
     unsigned int version = 0;
     unsigned int version_minimum = 0;
+    bool writeErrorLogged = false;
 };
 
 }  // namespace ki::qt

@@ -1,0 +1,68 @@
+#!/usr/bin/env bash
+# Benchmarks: builds a Release tree in build-bench with the benchmarks switched on, runs
+# quenlo_bench (JSON into bench/results/latest.json, medians of 5 repetitions on the console),
+# then measures start-up to the first painted frame and peak memory of quenlo against a bare Qt
+# Widgets program. Everything runs offscreen (QT_QPA_PLATFORM=offscreen), with settings in a
+# temporary folder. Extra arguments go to quenlo_bench, e.g. --benchmark_filter=Judge.
+# Set QUENLO_BENCH_RUNS to change the number of start-up runs (default 15).
+set -euo pipefail
+cd "$(dirname "$0")/.."
+
+BUILD_DIR=build-bench
+RUNS=${QUENLO_BENCH_RUNS:-15}
+RESULTS=bench/results
+export QT_QPA_PLATFORM=offscreen
+export LC_ALL=C
+
+scripts/setup.sh "$BUILD_DIR" -DCMAKE_BUILD_TYPE=Release -DQUENLO_BUILD_BENCH=ON
+scripts/install-debs.sh libbenchmark-dev time
+# Configured again: the first configure may have run before Google Benchmark was installed.
+cmake -S . -B "$BUILD_DIR" -DCMAKE_BUILD_TYPE=Release -DQUENLO_BUILD_BENCH=ON >/dev/null
+cmake --build "$BUILD_DIR" --target quenlo_bench quenlo bench_bare_label
+
+mkdir -p "$RESULTS"
+home=$(mktemp -d)
+trap 'rm -rf "$home"' EXIT
+export XDG_CONFIG_HOME="$home/config" XDG_DATA_HOME="$home/data" XDG_CACHE_HOME="$home/cache"
+
+echo "== $(nproc) cores, load: $(cut -d' ' -f1-3 /proc/loadavg)"
+echo "== micro-benchmarks (median of 5 repetitions)"
+"$BUILD_DIR/quenlo_bench" --benchmark_repetitions=5 --benchmark_report_aggregates_only=true \
+  --benchmark_out="$RESULTS/latest.json" --benchmark_out_format=json "$@" 2>/dev/null |
+  awk '/^Benchmark|^---/ || /_median / {print}'
+
+# The median of the numbers on standard input.
+median() { sort -n | awk '{v[NR] = $1} END {if (NR == 0) print "n/a"; else if (NR % 2) print v[(NR + 1) / 2]; else print (v[NR / 2] + v[NR / 2 + 1]) / 2}'; }
+
+# Runs "$@" RUNS times and prints the median time from launch to the first painted frame.
+first_frame_median() {
+  for _ in $(seq "$RUNS"); do
+    { QUENLO_BENCH_T0=$EPOCHREALTIME "$@" 2>/dev/null || true; } | sed -n 's/^quenlo-bench first-frame-ms://p'
+  done | median
+}
+
+# Peak resident memory in MB of one run of "$@".
+peak_rss_mb() {
+  { /usr/bin/time -f 'rss-kb:%M' "$@" 2>&1 >/dev/null || true; } | sed -n 's/^rss-kb://p' | awk '{printf "%.1f", $1 / 1024}'
+}
+
+echo "== start-up to the first painted frame, median of $RUNS runs, offscreen"
+# One run of each first: it writes quenlo's settings, as a returning learner has them, and warms
+# the file cache for both.
+QUENLO_BENCH_STARTUP=1 "$BUILD_DIR/quenlo" >/dev/null 2>&1 || true
+"$BUILD_DIR/bench_bare_label" >/dev/null 2>&1 || true
+quenlo_ms=$(QUENLO_BENCH_STARTUP=1 first_frame_median "$BUILD_DIR/quenlo")
+bare_ms=$(first_frame_median "$BUILD_DIR/bench_bare_label")
+visit_ms=$(for _ in $(seq 5); do { QUENLO_BENCH_STARTUP=1 "$BUILD_DIR/quenlo" 2>/dev/null || true; } |
+  sed -n 's/^quenlo-bench visited:[0-9]* ms://p'; done | median)
+quenlo_rss=$(QUENLO_BENCH_STARTUP=1 peak_rss_mb "$BUILD_DIR/quenlo")
+bare_rss=$(peak_rss_mb "$BUILD_DIR/bench_bare_label")
+
+{
+  printf '%-32s %10s %10s %8s\n' "" quenlo bare ratio
+  printf '%-32s %10s %10s %8s\n' "first frame (ms)" "$quenlo_ms" "$bare_ms" \
+    "$(awk -v a="$quenlo_ms" -v b="$bare_ms" 'BEGIN {if (b > 0) printf "%.2f", a / b}')"
+  printf '%-32s %10s %10s %8s\n' "peak RSS after all 87 (MB)" "$quenlo_rss" "$bare_rss" \
+    "+$(awk -v a="$quenlo_rss" -v b="$bare_rss" 'BEGIN {printf "%.1f", a - b}')"
+  printf '%-32s %10s\n' "visiting all 87, painted (ms)" "$visit_ms"
+} | tee "$RESULTS/startup-latest.txt"
