@@ -98,14 +98,7 @@ QuadraticBezier QuadraticBezier::split_at_length(float length) const {
 }
 
 float QuadraticBezier::distance_to_point(glm::vec2 p) const {
-    float best = FLT_MAX;
-    glm::vec2 a = p0;
-    for (int i = 1; i <= DISTANCE_CHORDS; ++i) {
-        const glm::vec2 b = point_at(float(i) / DISTANCE_CHORDS);
-        best = std::min(best, distance_point_to_segment(p, a, b));
-        a = b;
-    }
-    return best;
+    return detail::chord_distance(*this, p, DISTANCE_CHORDS);
 }
 
 std::string QuadraticBezier::to_string() const {

@@ -3,10 +3,29 @@
 // speed |B'(t)|, and its inverse (the parameter at which a given length is reached).
 // Shared by the curve elements of this folder only.
 
+#include <ki/math/Segment.h>
+
+#include <glm/vec2.hpp>
+
 #include <algorithm>
+#include <cfloat>
 #include <cmath>
 
 namespace ki::math::detail {
+
+/// Distance from `p` to a curve flattened into `chords` chords between its points at
+/// t = i / chords; the Béziers' and the arc's distance share it.
+template <typename Curve>
+float chord_distance(const Curve& curve, glm::vec2 p, int chords) {
+    float best = FLT_MAX;
+    glm::vec2 a = curve.point_start();
+    for (int i = 1; i <= chords; ++i) {
+        const glm::vec2 b = curve.point_at(float(i) / float(chords));
+        best = std::min(best, distance_point_to_segment(p, a, b));
+        a = b;
+    }
+    return best;
+}
 
 template <typename Speed>
 double gauss5(const Speed& speed, double a, double b) {
