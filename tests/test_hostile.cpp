@@ -1,6 +1,7 @@
 // Hostile input: broken, huge, deeply nested or garbled files and settings. Each must end in a
 // clear message and a neutral value, never in a crash. Rows named after a fuzzer are inputs
 // that once crashed the program.
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <ki/log/GLog.h>
 #include <ki/log/LogCapture.h>
@@ -8,18 +9,15 @@
 #include <ki/store/GNode.h>
 #include <ki/tools/GSettings.h>
 #include <ki/tools/IniFileCheck.h>
+#include <linux/fs.h>
+#include <sys/ioctl.h>
+#include <unistd.h>
 
 #include <QDir>
 #include <QDirIterator>
 #include <QFile>
 #include <QTemporaryDir>
 #include <QThread>
-
-#include <fcntl.h>
-#include <linux/fs.h>
-#include <sys/ioctl.h>
-#include <unistd.h>
-
 #include <cstddef>
 #include <functional>
 #include <memory>
@@ -151,7 +149,8 @@ TEST(HostileLevelFile, LoadsWhatIsValid) {
         QString russianOfFirst;
     };
     const std::vector<Row> rows = {
-        {"invalid UTF-8 inside a field", "19968 = { 一 | y\xff\xfe | one | eins | один }\n" + seven, 2, "один"},
+        {"invalid UTF-8 inside a field", "19968 = { 一 | y\xff\xfe | one | eins | один }\n" + seven, 2,
+         "один"},
         {"truncated multi-byte sequence before the line end", one + "\xe4\xb8\n" + seven, 2, ""},
         {"CRLF line ends", one + "\r\n" + seven + "\r\n", 2, "один"},
         {"byte-order mark", "\xef\xbb\xbf" + one + "\n" + seven, 2, "один"},
@@ -283,8 +282,8 @@ TEST_F(HostileSettings, DamagedFileIsSetAsideAndTheProgramStartsOnDefaults) {
         {"fuzz_settings: string list claiming four billion entries", hugeList, false, "type 11"},
         {"variant list hidden in a quoted list element",
          "[x]\nk=\"a\", @Variant(\\0\\0\\0\\t\\xff\\xff\\xff\\xff)\n", false, "type 9"},
-        {"variant list behind a hex escape",
-         "[General]\nk=\\x40Variant(\\0\\0\\0\\t\\xff\\xff\\xff\\xff)\n", false, "type 9"},
+        {"variant list behind a hex escape", "[General]\nk=\\x40Variant(\\0\\0\\0\\t\\xff\\xff\\xff\\xff)\n",
+         false, "type 9"},
         {"date-time stream holding a list", "[General]\nk=@DateTime(\\0\\0\\0\\b\\0\\xff\\xff\\xff\\xff)\n",
          false, "type 8"},
     };
@@ -305,7 +304,8 @@ TEST_F(HostileSettings, DamagedFileIsSetAsideAndTheProgramStartsOnDefaults) {
         EXPECT_TRUE(capture->contains(row.reason)) << capture->text();
         settings.set_theme(1);
         settings.sync();
-        EXPECT_TRUE(read_file(settings.fileName()).contains("theme=1")) << "the next save writes a fresh file";
+        EXPECT_TRUE(read_file(settings.fileName()).contains("theme=1"))
+            << "the next save writes a fresh file";
         settings.clear_config();
     }
 }
