@@ -74,11 +74,8 @@ float CubicBezier::get_length() const {
 }
 
 glm::vec2 CubicBezier::point_at_length(float length) const {
-    if (!(length > 0.0f)) return p0;
-    const auto speed = speed_of(*this);
-    const double total = detail::integrate_speed(speed, 0.0, 1.0);
-    if (length >= total) return p3;
-    return point_at(float(detail::parameter_at_length(speed, total, length)));
+    const float t = detail::parameter_for_length(speed_of(*this), length);
+    return t <= 0.0f ? p0 : t >= 1.0f ? p3 : point_at(t);
 }
 
 std::pair<CubicBezier, CubicBezier> CubicBezier::split_at(float t) const {
@@ -93,11 +90,9 @@ std::pair<CubicBezier, CubicBezier> CubicBezier::split_at(float t) const {
 }
 
 CubicBezier CubicBezier::split_at_length(float length) const {
-    if (!(length > 0.0f)) return {p0, p0, p0, p0};
-    const auto speed = speed_of(*this);
-    const double total = detail::integrate_speed(speed, 0.0, 1.0);
-    if (length >= total) return *this;
-    return split_at(float(detail::parameter_at_length(speed, total, length))).first;
+    const float t = detail::parameter_for_length(speed_of(*this), length);
+    if (t <= 0.0f) return {p0, p0, p0, p0};
+    return t >= 1.0f ? *this : split_at(t).first;
 }
 
 float CubicBezier::distance_to_point(glm::vec2 p) const {

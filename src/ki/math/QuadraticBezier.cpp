@@ -74,11 +74,8 @@ float QuadraticBezier::get_length() const {
 }
 
 glm::vec2 QuadraticBezier::point_at_length(float length) const {
-    if (!(length > 0.0f)) return p0;
-    const auto speed = speed_of(*this);
-    const double total = detail::integrate_speed(speed, 0.0, 1.0);
-    if (length >= total) return p2;
-    return point_at(float(detail::parameter_at_length(speed, total, length)));
+    const float t = detail::parameter_for_length(speed_of(*this), length);
+    return t <= 0.0f ? p0 : t >= 1.0f ? p2 : point_at(t);
 }
 
 std::pair<QuadraticBezier, QuadraticBezier> QuadraticBezier::split_at(float t) const {
@@ -90,11 +87,9 @@ std::pair<QuadraticBezier, QuadraticBezier> QuadraticBezier::split_at(float t) c
 }
 
 QuadraticBezier QuadraticBezier::split_at_length(float length) const {
-    if (!(length > 0.0f)) return {p0, p0, p0};
-    const auto speed = speed_of(*this);
-    const double total = detail::integrate_speed(speed, 0.0, 1.0);
-    if (length >= total) return *this;
-    return split_at(float(detail::parameter_at_length(speed, total, length))).first;
+    const float t = detail::parameter_for_length(speed_of(*this), length);
+    if (t <= 0.0f) return {p0, p0, p0};
+    return t >= 1.0f ? *this : split_at(t).first;
 }
 
 float QuadraticBezier::distance_to_point(glm::vec2 p) const {

@@ -131,4 +131,14 @@ double parameter_at_length(const Speed& speed, double total, double length) {
     return t;
 }
 
+/// The parameter at which `length` along a curve is reached: 0 for a length of 0 or less, 1 at
+/// or past the end (callers return their exact end points then).
+template <typename Speed>
+float parameter_for_length(const Speed& speed, float length) {
+    if (!(length > 0.0f)) return 0.0f;
+    const double total = integrate_speed(speed, 0.0, 1.0);
+    if (length >= total) return 1.0f;
+    return float(parameter_at_length(speed, total, length));
+}
+
 }  // namespace ki::math::detail
