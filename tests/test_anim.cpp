@@ -260,3 +260,25 @@ TEST(AnimShipped, EveryStrokeFileBuildsWithCentreLinesInsideTheirOutlines) {
         }
     }
 }
+
+TEST(AnimCache, ResourcesReadLikeFilesOnDisk) {
+    Anim::clear_cache();
+    QTemporaryDir dir;
+    const QString resource = ":/wb/shared-res/zh/1/19968.svg";
+    QFile shipped(resource);
+    ASSERT_TRUE(shipped.open(QIODevice::ReadOnly));
+    const QString copy = dir.filePath("19968.svg");
+    write_file(copy, shipped.readAll());
+    const ki::GSysResult<Anim> fromResource = Anim::build_from_file(resource);
+    const ki::GSysResult<Anim> fromDisk = Anim::build_from_file(copy);
+    ASSERT_TRUE(fromResource.ok()) << fromResource.to_string();
+    EXPECT_EQ(fromResource.value, fromDisk.value);
+
+    const QString folder = ":/wb/shared-res/zh/1";
+    const ki::GSysResult<Anim> notAFile = Anim::build_from_file(folder);
+    const ki::xml::XNodeResult asDocument = ki::xml::XNode::parse_file(folder);
+    EXPECT_FALSE(notAFile.ok());
+    EXPECT_EQ(notAFile.error_class, asDocument.error_class);
+    EXPECT_EQ(notAFile.message, asDocument.message);
+    Anim::clear_cache();
+}

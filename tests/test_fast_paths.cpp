@@ -3,14 +3,17 @@
 // QString::toDouble, the curve lengths (closed form, pieces cut at cusps) the integral of the
 // curve's speed, the viewBox split the split at "\s+".
 #include <gtest/gtest.h>
+#include <ki/log/GLog.h>
 #include <ki/math/Path.h>
 #include <ki/math/Rect.h>
+#include <ki/xml/XFlatDocument.h>
 #include <ki/xml/XNodeText.h>
 
 #include <QDir>
 #include <QFile>
 #include <QRegularExpression>
 #include <QStringList>
+#include <QTemporaryDir>
 #include <QXmlStreamReader>
 #include <cmath>
 #include <cstring>
@@ -56,6 +59,19 @@ void flatten(const XNode& node, QStringList& tokens) {
     tokens << token;
     for (const auto& child : node.children) flatten(*child, tokens);
     tokens << QStringLiteral(">");
+}
+
+// What the regular expression makes of a viewBox: four numbers as QString::toFloat reads them,
+// or the zero box.
+ki::math::Rect expected_view_box(const QString& text) {
+    static const QRegularExpression blanks(QStringLiteral("\\s+"));
+    const QStringList parts = QString(text.trimmed()).replace(',', ' ').split(blanks, Qt::SkipEmptyParts);
+    bool ok = parts.size() == 4;
+    float v[4] = {};
+    for (qsizetype i = 0; ok && i < 4; ++i) v[i] = parts[i].toFloat(&ok);
+    return ok && std::isfinite(v[0] + v[1] + v[2] + v[3]) && v[2] > 0 && v[3] > 0
+               ? ki::math::Rect{v[0], v[1], v[2], v[3]}
+               : ki::math::Rect{};
 }
 
 }  // namespace
@@ -239,16 +255,9 @@ TEST(FastPaths, ViewBoxSplitsWhereTheRegularExpressionWould) {
                                "0 0 1024",
                                "0\x1c"
                                "0 1024 1024"};
-    static const QRegularExpression blanks(QStringLiteral("\\s+"));
     for (const QString& text : texts) {
         SCOPED_TRACE(text.toStdString());
-        // What the regular expression makes of it: four numbers, or the zero box.
-        const QStringList parts = QString(text.trimmed()).replace(',', ' ').split(blanks, Qt::SkipEmptyParts);
-        ki::math::Rect expected;
-        bool ok = parts.size() == 4;
-        float v[4] = {};
-        for (qsizetype i = 0; ok && i < 4; ++i) v[i] = parts[i].toFloat(&ok);
-        if (ok) expected = {v[0], v[1], v[2], v[3]};
+        const ki::math::Rect expected = expected_view_box(text);
 
         // Built by hand: white space other than blanks never survives the XML reader.
         XNode root(QStringLiteral("svg"));
@@ -267,5 +276,58 @@ TEST(FastPaths, ViewBoxSplitsWhereTheRegularExpressionWould) {
         const auto anim = morvel::Anim::build_from_svg(&root);
         ASSERT_TRUE(anim.ok());
         EXPECT_EQ(anim.value.viewBox, expected) << anim.value.viewBox.to_string();
+    }
+}
+
+TEST(FastPaths, ViewBoxNumbersOfAStrokeFileReadAsQStringToFloat) {
+    const QStringList texts = {"0 0 1024 1024",
+                               "-0 -12.25 0.125 3",
+                               "01024 007 1e3 2.5E-1",
+                               "+1 .5 10. 7",
+                               "0 0 99999999999999999 5",
+                               "1 2 3",
+                               "0 0 inf 5",
+                               "0 0 5 1e39",
+                               "0 0 1234567890123456 1"};
+    if (!ki::log::is_configured()) ki::log::configure();
+    QTemporaryDir dir;
+    for (const QString& text : texts) {
+        SCOPED_TRACE(text.toStdString());
+        const QString path = dir.filePath(QStringLiteral("view.svg"));
+        QFile file(path);
+        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+        file.write("<svg xmlns='http://www.w3.org/2000/svg' viewBox='" + text.toLatin1() +
+                   "'><path id='o' d='M0 0 L9 0 L9 9 Z'/><clipPath id='c'><use href='#o'/></clipPath>"
+                   "<path clip-path='url(#c)' d='M1 1 L8 8'/></svg>");
+        file.close();
+        morvel::Anim::clear_cache();
+        const auto anim = morvel::Anim::build_from_file(path);
+        ASSERT_TRUE(anim.ok()) << anim.to_string();
+        EXPECT_EQ(anim.value.viewBox, expected_view_box(text)) << anim.value.viewBox.to_string();
+    }
+    morvel::Anim::clear_cache();
+}
+
+TEST(FastPaths, FlatDocumentListsElementsInDocumentOrderWithTheirSubtrees) {
+    ki::xml::XFlatDocument document;
+    const QByteArray nested("<a x='1'><b/><c y='2' z=''><d/></c><e/></a>");
+    for (int round = 0; round < 2; ++round) {
+        SCOPED_TRACE(round);
+        ASSERT_TRUE(document.read(nested));
+        QStringList walk;
+        for (const auto& element : document.elements()) walk << element.name + QString::number(element.end);
+        EXPECT_EQ(walk, QStringList({"a5", "b2", "c4", "d4", "e5"}));
+        QStringList children;
+        const auto& all = document.elements();
+        for (std::uint32_t i = 1; i < all[0].end; i = all[i].end) children << all[i].name;
+        EXPECT_EQ(children, QStringList({"b", "c", "e"}));
+        const auto& c = all[2];
+        ASSERT_NE(document.find_attribute(c, QLatin1String("z")), nullptr);
+        EXPECT_TRUE(document.find_attribute(c, QLatin1String("z"))->isEmpty());
+        EXPECT_EQ(*document.find_attribute(c, QLatin1String("y")), QLatin1String("2"));
+        EXPECT_EQ(document.find_attribute(c, QLatin1String("x")), nullptr);
+        // A declined document leaves nothing behind for the next read.
+        EXPECT_FALSE(document.read("<a>text</a>"));
+        EXPECT_TRUE(document.empty());
     }
 }

@@ -134,3 +134,28 @@ TEST(SvgPath, CloseReturnsToContourStart) {
     EXPECT_TRUE(contours[2].closed);
     EXPECT_FLOAT_EQ(result.value.get_length(), 10 + 10 + std::sqrt(200.f) + 5 + 10 + 10);
 }
+
+TEST(SvgPath, Latin1TextReadsAsItsUtf16Form) {
+    const QString texts[] = {
+        "M 518 518 Q 572 515 623 511 Q 758 501 900 517 Z",
+        "m.5.5-1-2 10-5 1e1,1E-1 +2.5e+1 0 c1 2 3 4 5 6 s1 1 2 2 t3 3 a5 5 30 1 0 10 0",
+        QString::fromLatin1("M0\xa0"
+                            "0\x85L\t10 0"),
+        QString::fromLatin1("M0 0 L\xe9 1"),
+        QString::fromLatin1("\xe9"),
+        "M 0.12345678901234567 1234567890123456789 L 1e-3 -0",
+        "M0 0 L 1e39 0",
+        "M0 0 L 3 4e",
+        "M0 0 A 5 5 0 2 0 1 1",
+        "M0 0 L - 5",
+    };
+    for (const QString& text : texts) {
+        SCOPED_TRACE(text.toStdString());
+        const QByteArray latin1 = text.toLatin1();
+        const auto wide = Path::from_svg_path_data(text);
+        const auto narrow = Path::from_svg_path_data(QLatin1String(latin1));
+        EXPECT_EQ(narrow.ok(), wide.ok());
+        EXPECT_EQ(narrow.message, wide.message);
+        EXPECT_EQ(narrow.value, wide.value);
+    }
+}

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cfloat>
+#include <type_traits>
 
 #include "SvgPathDataParser.h"
 
@@ -11,7 +12,9 @@ namespace ki::math {
 
 namespace {
 
-constexpr size_t CONTOUR_RESERVE = 32;
+// Room for the centre lines and most outlines: larger reservations leave the allocator's
+// per-thread cache of small blocks and cost more than an occasional regrowth.
+constexpr size_t CONTOUR_RESERVE = 16;
 
 }  // namespace
 
@@ -40,7 +43,11 @@ float element_distance_to_point(const Element& e, glm::vec2 p) {
 }
 
 GSysResult<Path> Path::from_svg_path_data(const QString& data) {
-    return SvgPathDataParser(data).parse();
+    return SvgPathDataParser(reinterpret_cast<const char16_t*>(data.constData()), data.size()).parse();
+}
+
+GSysResult<Path> Path::from_svg_path_data(QLatin1String data) {
+    return SvgPathDataParser(reinterpret_cast<const unsigned char*>(data.data()), data.size()).parse();
 }
 
 size_t Path::element_count() const {
@@ -93,6 +100,20 @@ glm::vec2 Path::point_at_length(float l) const {
     return last.point_end();
 }
 
+// Measured through the element's own type where the caller knows it, not through a visit.
+template <typename E>
+void Path::push(Contour& contour, const E& e) {
+    float l = 0.0f;
+    if constexpr (std::is_same_v<E, Element>)
+        l = element_length(e);
+    else
+        l = e.get_length();
+    contour.elements.emplace_back(e);
+    contour.lengths.push_back(l);
+    contour.length += l;
+    length += l;
+}
+
 Path Path::prefix_to_length(float l) const {
     Path prefix;
     if (!(l > 0.0f)) return prefix;
@@ -124,7 +145,6 @@ void Path::move_to(glm::vec2 p) {
     }
     Contour& c = contours.emplace_back();
     c.start = p;
-    // Room for nine in ten of the level's stroke outlines without a regrowth.
     c.elements.reserve(CONTOUR_RESERVE);
     c.lengths.reserve(CONTOUR_RESERVE);
 }
@@ -139,14 +159,6 @@ Contour& Path::open_contour(const char* caller) {
         contours.emplace_back().start = start;
     }
     return contours.back();
-}
-
-void Path::push(Contour& contour, const Element& e) {
-    const float l = element_length(e);
-    contour.elements.push_back(e);
-    contour.lengths.push_back(l);
-    contour.length += l;
-    length += l;
 }
 
 void Path::line_to(glm::vec2 p) {

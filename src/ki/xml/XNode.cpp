@@ -1,6 +1,7 @@
 #include <ki/algo/Visitor.h>
 #include <ki/log/GLog.h>
 #include <ki/str/format.h>
+#include <ki/xml/XFlatDocument.h>
 #include <ki/xml/XNode.h>
 #include <ki/xml/XNodeText.h>
 
@@ -8,8 +9,6 @@
 #include <QIODevice>
 #include <QStringList>
 #include <QXmlStreamReader>
-
-#include "XStrictReader.h"
 
 namespace ki::xml {
 
@@ -73,7 +72,7 @@ XNodeResult XNode::parse(QIODevice& device) {
 
     const QByteArray bytes = device.readAll();
     // The program's own files take the fast road; the full reader decides everything else.
-    if (std::unique_ptr<XNode> plain = XStrictReader::read(bytes)) return XNodeResult(std::move(plain));
+    if (XFlatDocument plain; plain.read(bytes)) return XNodeResult(plain.to_tree());
 
     QXmlStreamReader reader(bytes);
     std::unique_ptr<XNode> root;

@@ -1,5 +1,12 @@
 #include "XStrictReader.h"
 
+#include <algorithm>
+#include <cstdint>
+#include <cstring>
+#if defined(__SSE2__)
+#include <emmintrin.h>
+#endif
+
 namespace ki::xml {
 
 namespace {
@@ -23,8 +30,8 @@ bool is_plain(char c) {
     return c >= 0x20 && c <= 0x7e;
 }
 
-QString latin1(std::string_view text) {
-    return QString::fromLatin1(text.data(), static_cast<qsizetype>(text.size()));
+QLatin1String latin1(std::string_view text) {
+    return QLatin1String(text.data(), static_cast<qsizetype>(text.size()));
 }
 
 bool equals_ignoring_case(std::string_view a, std::string_view b) {
@@ -39,58 +46,60 @@ bool equals_ignoring_case(std::string_view a, std::string_view b) {
 }  // namespace
 
 std::unique_ptr<XNode> XStrictReader::read(const QByteArray& bytes) {
-    return XStrictReader(bytes).read_document();
+    XFlatDocument document;
+    return document.read(bytes) ? document.to_tree() : nullptr;
 }
 
-const QString& XStrictReader::intern(std::string_view name) {
-    for (const auto& [text, shared] : names)
-        if (text == name) return shared;
-    return names.emplace_back(name, latin1(name)).second;
+bool XStrictReader::read(const QByteArray& bytes, XFlatDocument& document) {
+    // Room for the elements and attributes of most stroke files; more grow as needed. Larger
+    // reservations leave the allocator's per-thread cache of small blocks and cost more.
+    constexpr size_t EXPECTED = 32;
+    document.m_elements.reserve(std::max(EXPECTED, document.m_elements.capacity()));
+    document.m_attributes.reserve(std::max(EXPECTED, document.m_attributes.capacity()));
+    return XStrictReader(bytes, document).read_document();
 }
 
 void XStrictReader::skip_spaces() {
     while (p < end && is_space(*p)) ++p;
 }
 
-std::unique_ptr<XNode> XStrictReader::read_document() {
-    if (at("<?xml") && !read_declaration()) return nullptr;
-    if (!skip_misc() || p + 1 >= end || *p != '<' || !is_name_start(p[1])) return nullptr;
+bool XStrictReader::read_document() {
+    if (at("<?xml") && !read_declaration()) return false;
+    if (!skip_misc() || p + 1 >= end || *p != '<' || !is_name_start(p[1])) return false;
 
-    std::unique_ptr<XNode> root;
-    // Open elements, innermost last; owned by `root`'s tree.
-    std::vector<XNode*> open;
+    std::vector<XFlatDocument::Element>& elements = doc.m_elements;
+    // Open elements by index, innermost last.
+    std::vector<std::uint32_t> open;
     do {
         if (*p != '<') {
             // Only white space between tags: text of any other kind is left to the full reader.
             while (p < end && is_space(*p)) ++p;
-            if (p == end || *p != '<') return nullptr;
+            if (p == end || *p != '<') return false;
             continue;
         }
-        if (p + 1 >= end) return nullptr;
+        if (p + 1 >= end) return false;
         if (p[1] == '/') {
-            if (!read_end_tag(*open.back())) return nullptr;
+            XFlatDocument::Element& element = elements[open.back()];
+            if (!read_end_tag(std::string_view(element.name.data(), size_t(element.name.size()))))
+                return false;
+            element.end = static_cast<std::uint32_t>(elements.size());
             open.pop_back();
         } else if (at("<!--")) {
-            if (!read_comment()) return nullptr;
+            if (!read_comment()) return false;
         } else if (is_name_start(p[1])) {
             ++p;
             bool empty = false;
-            std::unique_ptr<XNode> node = read_start_tag(empty);
-            if (!node) return nullptr;
-            XNode* added = nullptr;
-            if (!root) {
-                root = std::move(node);
-                added = root.get();
-            } else {
-                added = open.back()->append_child(std::move(node));
-            }
-            if (!empty) open.push_back(added);
+            if (!read_start_tag(empty)) return false;
+            const auto added = static_cast<std::uint32_t>(elements.size() - 1);
+            if (empty)
+                elements.back().end = added + 1;
+            else
+                open.push_back(added);
         } else {
-            return nullptr;
+            return false;
         }
     } while (!open.empty() && p < end);
-    if (!open.empty() || !skip_misc() || p != end) return nullptr;
-    return root;
+    return open.empty() && skip_misc() && p == end;
 }
 
 bool XStrictReader::read_declaration() {
@@ -155,51 +164,56 @@ bool XStrictReader::read_comment() {
     return false;
 }
 
-std::unique_ptr<XNode> XStrictReader::read_start_tag(bool& empty) {
+bool XStrictReader::read_start_tag(bool& empty) {
     std::string_view name;
-    if (!read_name(name)) return nullptr;
-    auto node = std::make_unique<XNode>(intern(name));
+    if (!read_name(name)) return false;
+    std::vector<XFlatDocument::Attribute>& attributes = doc.m_attributes;
+    // Indices are 32 bits wide: a document that needs more is no plain one.
+    if (doc.m_elements.size() >= UINT32_MAX || attributes.size() >= UINT32_MAX) return false;
+    const auto firstAttribute = static_cast<std::uint32_t>(attributes.size());
+    doc.m_elements.push_back({latin1(name), firstAttribute, 0, 0});
     bool namespaceSeen = false;
     while (true) {
         const char* beforeSpaces = p;
         skip_spaces();
-        if (p == end) return nullptr;
+        if (p == end) return false;
         if (*p == '>') {
             ++p;
-            return node;
+            break;
         }
         if (*p == '/') {
-            if (p + 1 >= end || p[1] != '>') return nullptr;
+            if (p + 1 >= end || p[1] != '>') return false;
             p += 2;
             empty = true;
-            return node;
+            break;
         }
         std::string_view key;
         std::string_view value;
-        if (p == beforeSpaces || !read_name(key)) return nullptr;
+        if (p == beforeSpaces || !read_name(key)) return false;
         skip_spaces();
-        if (p == end || *p != '=') return nullptr;
+        if (p == end || *p != '=') return false;
         ++p;
         skip_spaces();
-        if (!read_quoted(value)) return nullptr;
+        if (!read_quoted(value)) return false;
         if (key == "xmlns") {
             // QXmlStreamReader reports a namespace declaration apart from the attributes.
-            if (namespaceSeen || value != SVG_NAMESPACE) return nullptr;
+            if (namespaceSeen || value != SVG_NAMESPACE) return false;
             namespaceSeen = true;
             continue;
         }
         // A repeated attribute is an error for the full reader to report.
-        const QString& keyText = intern(key);
-        if (node->has_attrib(keyText)) return nullptr;
-        node->attributes.insert(keyText, latin1(value));
+        for (size_t i = firstAttribute; i < attributes.size(); ++i)
+            if (attributes[i].name == latin1(key)) return false;
+        attributes.push_back({latin1(key), latin1(value)});
     }
+    doc.m_elements.back().attributeCount = static_cast<std::uint32_t>(attributes.size()) - firstAttribute;
+    return true;
 }
 
-bool XStrictReader::read_end_tag(const XNode& open) {
+bool XStrictReader::read_end_tag(std::string_view open) {
     p += 2;
     std::string_view name;
-    if (!read_name(name) || open.name != QLatin1String(name.data(), static_cast<qsizetype>(name.size())))
-        return false;
+    if (!read_name(name) || name != open) return false;
     skip_spaces();
     if (p == end || *p != '>') return false;
     ++p;
@@ -219,16 +233,35 @@ bool XStrictReader::read_name(std::string_view& name) {
 bool XStrictReader::read_quoted(std::string_view& value) {
     if (p == end || (*p != '"' && *p != '\'')) return false;
     const char quote = *p++;
-    const char* start = p;
+    const auto* close = static_cast<const char*>(std::memchr(p, quote, static_cast<size_t>(end - p)));
+    if (close == nullptr) return false;
     // White space other than blanks is normalised in attribute values, '&' starts a reference
     // and '<' is an error: all left to the full reader.
-    while (p < end && *p != quote) {
-        if (!is_plain(*p) || *p == '<' || *p == '&') return false;
-        ++p;
+    const char* c = p;
+#if defined(__SSE2__)
+    // Sixteen bytes per step, the last step reaching past the value (not past the document)
+    // with the bytes after it masked off. As signed bytes, all from 0x80 up are below 0x20 too.
+    const auto unusual = [](const char* at) {
+        const __m128i v = _mm_loadu_si128(reinterpret_cast<const __m128i*>(at));
+        __m128i found = _mm_cmplt_epi8(v, _mm_set1_epi8(0x20));
+        found = _mm_or_si128(found, _mm_cmpeq_epi8(v, _mm_set1_epi8(0x7f)));
+        found = _mm_or_si128(found, _mm_cmpeq_epi8(v, _mm_set1_epi8('<')));
+        found = _mm_or_si128(found, _mm_cmpeq_epi8(v, _mm_set1_epi8('&')));
+        return unsigned(_mm_movemask_epi8(found));
+    };
+    for (; close - c >= 16; c += 16)
+        if (unusual(c) != 0) return false;
+    if (end - c >= 16) {
+        if ((unusual(c) & ((1u << (close - c)) - 1u)) != 0) return false;
+        c = close;
     }
-    if (p == end) return false;
-    value = std::string_view(start, static_cast<size_t>(p - start));
-    ++p;
+#endif
+    for (; c != close; ++c) {
+        const auto b = static_cast<unsigned char>(*c);
+        if (b < 0x20 || b > 0x7e || b == '<' || b == '&') return false;
+    }
+    value = std::string_view(p, static_cast<size_t>(close - p));
+    p = close + 1;
     return true;
 }
 

@@ -8,6 +8,7 @@
 #include <ki/math/QuadraticBezier.h>
 #include <ki/math/Segment.h>
 
+#include <QLatin1String>
 #include <QString>
 #include <cstddef>
 #include <glm/vec2.hpp>
@@ -47,6 +48,8 @@ public:
     /// Parses SVG path data (the `d` attribute). The error text is "<reason> at position <n>",
     /// n counting the characters of `data` from 0 up to where reading stopped.
     static GSysResult<Path> from_svg_path_data(const QString& data);
+    /// The same for Latin-1 text, read as it is, without a conversion to UTF-16.
+    static GSysResult<Path> from_svg_path_data(QLatin1String data);
 
     /// True when the path has no contours.
     bool is_empty() const { return contours.empty(); }
@@ -91,7 +94,9 @@ public:
 
 private:
     Contour& open_contour(const char* caller);
-    void push(Contour& contour, const Element& e);
+    /// Appends `e` (an Element or one of its kinds) with its length.
+    template <typename E>
+    void push(Contour& contour, const E& e);
 
     std::vector<Contour> contours;
     float length = 0.0f;
