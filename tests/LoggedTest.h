@@ -2,12 +2,16 @@
 // A fixture for tests that check what was logged: a freshly configured log whose lines go
 // into `capture` instead of the console.
 
+#include <gtest/gtest.h>
 #include <ki/log/GLog.h>
 #include <ki/log/LogCapture.h>
+#include <ki/tools/GSettings.h>
 
-#include <gtest/gtest.h>
-
+#include <QDir>
+#include <QFile>
 #include <memory>
+#include <utility>
+#include <vector>
 
 class LoggedTest : public testing::Test {
 protected:
@@ -24,3 +28,42 @@ protected:
 
     std::unique_ptr<ki::log::LogCapture> capture;
 };
+
+// Every case starts from an empty settings store and gives back what start-up had stored:
+// other tests of the same process rely on it. tests/main.cpp has already moved the store into
+// a temporary folder.
+class SettingsTest : public LoggedTest {
+protected:
+    void SetUp() override {
+        LoggedTest::SetUp();
+        ki::qt::GSettings& settings = ki::qt::GSettings::instance();
+        // clear_config below would wipe whatever store this is: never let it be a real one.
+        ASSERT_FALSE(settings.fileName().startsWith(QDir::homePath())) << settings.fileName().toStdString();
+        for (const QString& key : settings.allKeys()) saved.emplace_back(key, settings.value(key));
+        isolated = true;
+        settings.clear_config();
+    }
+    void TearDown() override {
+        if (isolated) {
+            ki::qt::GSettings& settings = ki::qt::GSettings::instance();
+            settings.clear_config();
+            for (const auto& [key, value] : saved) settings.setValue(key, value);
+            settings.sync();
+        }
+        LoggedTest::TearDown();
+    }
+
+    std::vector<std::pair<QString, QVariant>> saved;
+    bool isolated = false;
+};
+
+inline void write_file(const QString& path, const QByteArray& content) {
+    QFile file(path);
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly | QIODevice::Truncate)) << path.toStdString();
+    ASSERT_EQ(file.write(content), content.size());
+}
+
+inline QByteArray read_file(const QString& path) {
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}

