@@ -408,8 +408,17 @@ TEST_F(GuiTest, LogPanelOrderAndItsConfigurationAcrossWindowLifetimes) {
         first.log_panel_control(nullptr, "again");
         EXPECT_TRUE(capture->contains("GMainWindow::log_panel_control called TWICE"));
         EXPECT_FALSE(first.is_logger_visible());
+        EXPECT_EQ(first.get_panel_log_view()->findChild<QPlainTextEdit*>(), nullptr)
+            << "the text view is built when the log is first shown";
+        ki::pp_info("logged while the panel was closed");
         first.on_logger();
         EXPECT_TRUE(first.is_logger_visible());
+        first.show();
+        QCoreApplication::processEvents();
+        const auto* text = first.get_panel_log_view()->findChild<QPlainTextEdit*>();
+        ASSERT_NE(text, nullptr);
+        EXPECT_TRUE(text->isVisible());
+        EXPECT_TRUE(first.get_panel_log_view()->get_text().contains("logged while the panel was closed"));
         ki::log::LogConfig config = first.get_panel_log_view()->get_config();
         config.logLevel = ki::log::LOG_WARN;
         config.fontSize = 14;
@@ -483,6 +492,11 @@ TEST_F(GuiTest, ButtonIconsFollowTheWindowTheme) {
         EXPECT_TRUE(row.readable(ink)) << ink.name().toStdString();
         EXPECT_EQ(button->iconSize(), win.get_icon_size());
     }
+    const qint64 green = button->icon().cacheKey();
+    win.set_theme(th::THEME_NORMAL);
+    EXPECT_NE(button->icon().cacheKey(), green);
+    win.set_theme(th::THEME_GREEN);
+    EXPECT_EQ(button->icon().cacheKey(), green) << "an icon is built once per theme, then reused";
 }
 
 TEST_F(GuiTest, QuitSavesEveryVisibleWindow) {
