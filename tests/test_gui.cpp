@@ -13,6 +13,7 @@
 
 #include <QAction>
 #include <QApplication>
+#include <QCheckBox>
 #include <QDir>
 #include <QPlainTextEdit>
 #include <QSet>
@@ -386,6 +387,23 @@ TEST_F(GuiTest, GarbageWindowSettingsAreSurvivedWithDefaults) {
         win.resize(300, 200);
         win.setup();
         row.check(win);
+    }
+}
+
+TEST_F(GuiTest, UncheckedBoxesStandOutFromEveryThemesWindow) {
+    for (const unsigned int theme : {th::THEME_NORMAL, th::THEME_DARK, th::THEME_GREEN}) {
+        SCOPED_TRACE(theme);
+        QCheckBox box;
+        box.setPalette(th::get_palette(theme));
+        box.resize(box.sizeHint());
+        const QImage image = box.grab().toImage();
+        const int window = box.palette().color(QPalette::Window).lightness();
+        // The indicator sits at the left edge: its outline must differ clearly from the window.
+        int strongest = 0;
+        for (int y = 0; y < image.height(); ++y)
+            for (int x = 0; x < std::min(image.width(), image.height()); ++x)
+                strongest = std::max(strongest, std::abs(image.pixelColor(x, y).lightness() - window));
+        EXPECT_GT(strongest, 40);
     }
 }
 
