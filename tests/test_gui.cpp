@@ -13,6 +13,7 @@
 
 #include <QAction>
 #include <QApplication>
+#include <QCheckBox>
 #include <QDir>
 #include <QPlainTextEdit>
 #include <QSet>
@@ -389,6 +390,23 @@ TEST_F(GuiTest, GarbageWindowSettingsAreSurvivedWithDefaults) {
     }
 }
 
+TEST_F(GuiTest, UncheckedBoxesStandOutFromEveryThemesWindow) {
+    for (const unsigned int theme : {th::THEME_NORMAL, th::THEME_DARK, th::THEME_GREEN}) {
+        SCOPED_TRACE(theme);
+        QCheckBox box;
+        box.setPalette(th::get_palette(theme));
+        box.resize(box.sizeHint());
+        const QImage image = box.grab().toImage();
+        const int window = box.palette().color(QPalette::Window).lightness();
+        // The indicator sits at the left edge: its outline must differ clearly from the window.
+        int strongest = 0;
+        for (int y = 0; y < image.height(); ++y)
+            for (int x = 0; x < std::min(image.width(), image.height()); ++x)
+                strongest = std::max(strongest, std::abs(image.pixelColor(x, y).lightness() - window));
+        EXPECT_GT(strongest, 40);
+    }
+}
+
 TEST_F(GuiTest, LogPanelOrderAndItsConfigurationAcrossWindowLifetimes) {
     GSettings::instance().remove("Window/TestLog_0");
     struct LogWindow : TestWindow<"TestLog"> {
@@ -408,8 +426,17 @@ TEST_F(GuiTest, LogPanelOrderAndItsConfigurationAcrossWindowLifetimes) {
         first.log_panel_control(nullptr, "again");
         EXPECT_TRUE(capture->contains("GMainWindow::log_panel_control called TWICE"));
         EXPECT_FALSE(first.is_logger_visible());
+        EXPECT_EQ(first.get_panel_log_view()->findChild<QPlainTextEdit*>(), nullptr)
+            << "the text view is built when the log is first shown";
+        ki::pp_info("logged while the panel was closed");
         first.on_logger();
         EXPECT_TRUE(first.is_logger_visible());
+        first.show();
+        QCoreApplication::processEvents();
+        const auto* text = first.get_panel_log_view()->findChild<QPlainTextEdit*>();
+        ASSERT_NE(text, nullptr);
+        EXPECT_TRUE(text->isVisible());
+        EXPECT_TRUE(first.get_panel_log_view()->get_text().contains("logged while the panel was closed"));
         ki::log::LogConfig config = first.get_panel_log_view()->get_config();
         config.logLevel = ki::log::LOG_WARN;
         config.fontSize = 14;
@@ -483,6 +510,11 @@ TEST_F(GuiTest, ButtonIconsFollowTheWindowTheme) {
         EXPECT_TRUE(row.readable(ink)) << ink.name().toStdString();
         EXPECT_EQ(button->iconSize(), win.get_icon_size());
     }
+    const qint64 green = button->icon().cacheKey();
+    win.set_theme(th::THEME_NORMAL);
+    EXPECT_NE(button->icon().cacheKey(), green);
+    win.set_theme(th::THEME_GREEN);
+    EXPECT_EQ(button->icon().cacheKey(), green) << "an icon is built once per theme, then reused";
 }
 
 TEST_F(GuiTest, QuitSavesEveryVisibleWindow) {

@@ -183,6 +183,22 @@ TEST_F(WindowTest, SoundButtonFollowsTheRecordingsAndAutoPlaySkipsSilentCharacte
     EXPECT_FALSE(capture->contains("GSound::play_sound,  '"));
 }
 
+TEST_F(WindowTest, StartUpRecordingWaitsForTheFirstFrame) {
+    win = std::make_unique<Window>(catalogue());
+    win->resize(1024, 750);
+    win->setup();
+    ASSERT_TRUE(win->get_control().is_mode_bit(Window::MODE_AUTO_PLAY)) << "on by default";
+    const std::string played = "Window::on_play_sound, unicode:" + std::to_string(catalogue().unicode_at(0));
+    settle();
+    EXPECT_EQ(capture->count(played), 0) << "nothing plays for a window never seen";
+    EXPECT_EQ(win->get_sound(), nullptr) << "and the audio stack stays unloaded";
+    win->show();
+    settle();
+    EXPECT_EQ(capture->count(played), 1);
+    win->on_index(0);
+    EXPECT_EQ(capture->count(played), 2) << "later selections play at once";
+}
+
 TEST_F(WindowTest, TranslationLineFollowsTheLanguageAndItsModeBit) {
     Window& w = open();
     w.get_control().set_mode_bits(Window::MODE_AUTO_PLAY, false);

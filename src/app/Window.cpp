@@ -128,7 +128,7 @@ void Window::ini() {
     const unsigned int first = static_cast<unsigned int>(std::max(0LL, model->get_selected_index()));
     ki::GSysResult<Anim> anim = Anim::build_from_file(data.svg_file_path_at(first));
     ki::pp("::build_anim $", anim.ok() ? std::string("ok") : anim.to_string());
-    if (anim.ok()) canvas->set_anim(anim.get());
+    if (anim.ok()) canvas->set_anim(anim.take());
 
     panTranslation = right->gen_panel(GLAYOUT::HORZ, QStringLiteral("translatation"));
     panTranslation->set_margins(8, 2, 8, 2);
@@ -228,7 +228,11 @@ void Window::post_ini() {
     on_change_theme(get_theme_shown());
     apply_mode(control.get_mode_flags(), ~0u);
     const long long selected = std::max(0LL, model->get_selected_index());
+    // The recording of the first character waits for the first frame: loading the audio
+    // stack takes longer than everything else the window needs before it can be seen.
+    deferAutoPlay = true;
     on_index(static_cast<int>(selected));
+    deferAutoPlay = false;
     scroller->ensure_visible(selected);
     GMainWindow::post_ini();
 }
@@ -240,7 +244,7 @@ void Window::on_index(int index) {
         return;
     }
     const AppObject& entry = data.appObject_at(static_cast<unsigned int>(index));
-    ki::pp("click on:$", entry.to_string());
+    if (ki::log::is_level_active(ki::log::LOG_DEBUG)) ki::pp("click on:$", entry.to_string());
     if (entry.is_empty()) return;
     ki::GSysResult<Anim> anim =
         Anim::build_from_file(data.svg_file_path_at(static_cast<unsigned int>(index)));
@@ -248,7 +252,7 @@ void Window::on_index(int index) {
 
     model->set_selected_index(index);
     canvas->clear_path_mouse();
-    canvas->set_anim(anim.get());
+    canvas->set_anim(anim.take());
     control.set_mode_bits(MODE_PAUSED, false);
     const float progress = control.is_mode_bit(MODE_LEARN | MODE_AUTO_DRAW) ? 0.0f : 100.0f;
     canvas->set_progress(progress);
@@ -263,7 +267,21 @@ void Window::on_index(int index) {
     buttonSound->set_icon(QString::fromLatin1(recorded ? ICON_SOUND_ON : ICON_SOUND_OFF));
     labelPinyin->setText(entry.chinChar.pinyin);
     if (control.is_mode_bit(MODE_TRANSLATION)) update_translation(index);
-    if (control.is_mode_bit(MODE_AUTO_PLAY)) on_play_sound();
+    if (!control.is_mode_bit(MODE_AUTO_PLAY)) return;
+    if (deferAutoPlay)
+        autoPlayPending = true;
+    else
+        on_play_sound();
+}
+
+void Window::paintEvent(QPaintEvent* ev) {
+    GMainWindow::paintEvent(ev);
+    if (!autoPlayPending) return;
+    autoPlayPending = false;
+    // Queued: the frame being painted reaches the screen first.
+    QTimer::singleShot(0, this, [this]() {
+        if (control.is_mode_bit(MODE_AUTO_PLAY)) on_play_sound();
+    });
 }
 
 void Window::update_translation(int index) {

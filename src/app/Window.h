@@ -120,6 +120,7 @@ public:
 
 protected:
     void changeEvent(QEvent* ev) override;
+    void paintEvent(QPaintEvent* ev) override;
 
 private:
     void apply_mode(unsigned int flags, unsigned int changed);
@@ -158,6 +159,9 @@ private:
     ki::qt::GButton* buttonLearn = nullptr;
     ki::qt::GSound* sound = nullptr;
     ki::qt::GSoundEffect* quietEffect = nullptr;
+    // The start-up selection's recording is played after the first frame (see post_ini).
+    bool deferAutoPlay = false;
+    bool autoPlayPending = false;
     QTimer timer;
 
     bool flagScrollbarVisible = true;

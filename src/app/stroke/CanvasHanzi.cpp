@@ -33,8 +33,8 @@ CanvasHanzi::CanvasHanzi(QWidget* parent) : GCanvas(parent) {
     setAttribute(Qt::WA_OpaquePaintEvent);
 }
 
-void CanvasHanzi::set_anim(const Anim& newAnim) {
-    anim = newAnim;
+void CanvasHanzi::set_anim(Anim newAnim) {
+    anim = std::move(newAnim);
     if (!anim.viewBox.is_valid() && !anim.strokes.empty())
         ki::pp_warn("CanvasHanzi::set_anim, invalid viewBox:{$}, using $", anim.viewBox, VIEW_BOX_FALLBACK);
     outlines.clear();

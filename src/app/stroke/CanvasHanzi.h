@@ -44,7 +44,7 @@ public:
     explicit CanvasHanzi(QWidget* parent = nullptr);
 
     /// Shows `anim` from its first stroke, with the trace cleared.
-    void set_anim(const Anim& anim);
+    void set_anim(Anim anim);
     const Anim& get_anim() const { return anim; }
     /// The frame painting and mapping use: the viewBox, or the fallback when it is invalid.
     ki::math::Rect get_view_box() const;

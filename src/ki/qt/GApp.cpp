@@ -2,6 +2,7 @@
 #include <ki/log/GLog.h>
 #include <ki/qt/GApp.h>
 #include <ki/qt/GMainWindow.h>
+#include <ki/qt/GStyle.h>
 #include <ki/qt/lang.h>
 #include <ki/qt/themes.h>
 #include <ki/store/GType.h>
@@ -20,6 +21,7 @@ namespace ki::qt {
 
 GApp::GApp(int& argc, char** argv_in, ki::GArgv* args) : QApplication(argc, argv_in) {
     installEventFilter(&eventFilter);
+    setStyle(new GStyle);
     if (flagLocaleC) std::setlocale(LC_NUMERIC, "C");
     ki::store::register_gtype_meta_type();
     gApp = this;

@@ -11,16 +11,37 @@ namespace ki::qt {
 
 GPanelLogView::GPanelLogView(QWidget* parent, const log::LogConfig& initial)
     : GPanel(parent, GLAYOUT::VERT, QStringLiteral("panLogView")), config(initial) {
+    log::add_log_appender(this);
+}
+
+QPlainTextEdit* GPanelLogView::ensure_view() {
+    if (view != nullptr) return view;
     view = new QPlainTextEdit(this);
     view->setObjectName(QStringLiteral("logText"));
     view->setReadOnly(true);
     view->setMaximumBlockCount(MAX_LINES);
     view->setUndoRedoEnabled(false);
     view->setFrameShape(QFrame::StyledPanel);
-    view->setLineWrapMode(initial.autoScrollHorz ? QPlainTextEdit::NoWrap : QPlainTextEdit::WidgetWidth);
+    apply_wrap_mode(get_config());
     add_widget(view, 1);
+    // A child added to a shown panel would only appear with the next event loop pass.
+    if (isVisible()) view->show();
     adapt();
-    log::add_log_appender(this);
+    {
+        std::lock_guard lock(mutex);
+        viewBuilt = true;
+    }
+    flush();
+    return view;
+}
+
+void GPanelLogView::showEvent(QShowEvent* ev) {
+    ensure_view();
+    GPanel::showEvent(ev);
+}
+
+void GPanelLogView::apply_wrap_mode(const log::LogConfig& cfg) {
+    view->setLineWrapMode(cfg.autoScrollHorz ? QPlainTextEdit::NoWrap : QPlainTextEdit::WidgetWidth);
 }
 
 GPanelLogView::~GPanelLogView() {
@@ -53,7 +74,7 @@ void GPanelLogView::log_string(unsigned int line_number, log::LOG_LEVEL level, c
 }
 
 void GPanelLogView::schedule_flush() {
-    if (flushScheduled) return;
+    if (flushScheduled || !viewBuilt) return;
     flushScheduled = true;
     // Queued even on the GUI thread: the log mutex is held here and the view must not be
     // touched from inside a paint or layout that happened to log.
@@ -66,6 +87,7 @@ void GPanelLogView::flush() {
     long long lost = 0;
     {
         std::lock_guard lock(mutex);
+        if (!viewBuilt) return;
         lines.swap(pending);
         lost = dropped;
         dropped = 0;
@@ -84,7 +106,8 @@ void GPanelLogView::set_config(const log::LogConfig& cfg) {
         std::lock_guard lock(mutex);
         config = cfg;
     }
-    view->setLineWrapMode(cfg.autoScrollHorz ? QPlainTextEdit::NoWrap : QPlainTextEdit::WidgetWidth);
+    if (view == nullptr) return;
+    apply_wrap_mode(cfg);
     adapt();
 }
 
@@ -101,27 +124,33 @@ void GPanelLogView::apply(const log::LogConfigTemp& temp) {
 }
 
 void GPanelLogView::clear_log() {
-    view->clear();
+    ensure_view()->clear();
 }
 
-void GPanelLogView::copy_to_clipboard() const {
-    if (QClipboard* clipboard = QApplication::clipboard()) clipboard->setText(view->toPlainText());
+void GPanelLogView::copy_to_clipboard() {
+    if (QClipboard* clipboard = QApplication::clipboard()) clipboard->setText(get_text());
 }
 
 void GPanelLogView::add_debug_line() {
-    view->appendPlainText(QString(60, QLatin1Char('-')));
+    ensure_view()->appendPlainText(QString(60, QLatin1Char('-')));
 }
 
-QString GPanelLogView::get_text() const {
-    return view->toPlainText();
+QString GPanelLogView::get_text() {
+    return ensure_view()->toPlainText();
 }
 
-int GPanelLogView::get_line_count() const {
+int GPanelLogView::get_line_count() {
+    QPlainTextEdit* text = ensure_view();
     // An empty document still has one empty block.
-    return view->document()->isEmpty() ? 0 : view->document()->blockCount();
+    return text->document()->isEmpty() ? 0 : text->document()->blockCount();
+}
+
+QPlainTextEdit* GPanelLogView::get_text_view() {
+    return ensure_view();
 }
 
 void GPanelLogView::adapt() {
+    if (view == nullptr) return;
     QFont font = themes::get_mono_font();
     font.setPointSize(int(std::clamp(get_config().fontSize, 6u, 40u)));
     view->setFont(font);

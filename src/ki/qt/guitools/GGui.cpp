@@ -6,6 +6,8 @@
 
 #include <QAbstractButton>
 #include <QFile>
+#include <QHash>
+#include <QIcon>
 #include <QWidget>
 #include <algorithm>
 
@@ -13,6 +15,23 @@ namespace ki::qt {
 
 namespace {
 QString resPrefix = QStringLiteral(":/wb/shared-res");
+
+// Icons from the compiled-in resources, by resolved path. Building one parses its SVG, and a
+// window sets the same few dozen icons at start-up, on every theme change and on selections;
+// resources never change, so each is built once. Only the GUI thread touches icons.
+QHash<QString, QIcon>& resource_icons() {
+    static QHash<QString, QIcon> icons;
+    return icons;
+}
+
+bool is_resource_path(const QString& path) {
+    return path.startsWith(QLatin1String(":/"));
+}
+
+// Setting an icon lays the button out again: skipped when the very same icon is shown.
+void show_icon(QAbstractButton* button, const QIcon& icon) {
+    if (button->icon().cacheKey() != icon.cacheKey() || icon.isNull()) button->setIcon(icon);
+}
 }  // namespace
 
 void set_res_prefix(const QString& prefix) {
@@ -39,12 +58,23 @@ QString get_icon_path(const QString& name, unsigned int theme) {
 }
 
 QIcon get_icon(const QString& name, unsigned int theme) {
-    const QString path = get_icon_path(name, theme);
+    const QString plain = get_res_path(name);
+    // The theme as shown, so that "auto" follows the desktop's current choice.
+    const unsigned int shown = theme == themes::THEME_AUTO ? themes::map_theme_auto() : theme;
+    QString key;
+    if (is_resource_path(plain)) {
+        key = plain + QLatin1Char('|') + QString::number(shown);
+        const auto found = resource_icons().constFind(key);
+        if (found != resource_icons().cend()) return *found;
+    }
+    const QString path = get_icon_path(name, shown);
     if (!QFile::exists(path)) {
         pp_error("GGui::get_icon, icon not found, '$' ($)", name, path);
         return {};
     }
-    return QIcon(path);
+    QIcon icon(path);
+    if (!key.isEmpty()) resource_icons().insert(key, icon);
+    return icon;
 }
 
 unsigned int get_widget_theme(const QWidget* widget) {
@@ -59,7 +89,7 @@ void set_icon(QAbstractButton* button, const QString& name) {
         return;
     }
     button->setProperty(PROPERTY_ICON, name);
-    button->setIcon(get_icon(name, get_widget_theme(button)));
+    show_icon(button, get_icon(name, get_widget_theme(button)));
 }
 
 namespace {
@@ -79,7 +109,7 @@ void for_icon_buttons(QWidget* root, Fn fn) {
 
 void adapt_icons(QWidget* root, unsigned int theme) {
     for_icon_buttons(root, [theme](QAbstractButton* button, const QString& name) {
-        button->setIcon(get_icon(name, theme));
+        show_icon(button, get_icon(name, theme));
     });
 }
 

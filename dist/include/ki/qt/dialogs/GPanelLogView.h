@@ -1,7 +1,9 @@
 #pragma once
 // The log panel: a read-only text view that registers itself as a log appender. Lines may come
 // from any thread; they are queued and shown by the GUI thread, and both the queue and the
-// view are bounded so that a flood of lines cannot eat the memory.
+// view are bounded so that a flood of lines cannot eat the memory. The text view itself is
+// built when the panel is first shown or asked for its text: most runs never open the log,
+// and laying out a text document is a good part of a window's start-up.
 
 #include <ki/log/LogAppender.h>
 #include <ki/log/LogConfig.h>
@@ -35,22 +37,29 @@ public:
     void apply(const log::LogConfigTemp& temp);
     static log::LogConfig default_config();
 
-    /// Shows the queued lines now; the GUI thread calls it on its own shortly after a line came.
+    /// Shows the queued lines now, if the text view exists; the GUI thread calls it on its own
+    /// shortly after a line came. Until then the lines wait in the bounded queue.
     void flush();
     void clear_log();
-    void copy_to_clipboard() const;
+    void copy_to_clipboard();
     /// A separator line the user can put in to mark a moment.
     void add_debug_line();
 
-    QString get_text() const;
-    int get_line_count() const;
-    QPlainTextEdit* get_text_view() const { return view; }
+    /// The text, the line count and the view itself build the view (and flush) first.
+    QString get_text();
+    int get_line_count();
+    QPlainTextEdit* get_text_view();
 
     /// Font (mono font at the configured size) and colours after a theme or font change.
     void adapt();
 
+protected:
+    void showEvent(QShowEvent* ev) override;
+
 private:
     void schedule_flush();
+    QPlainTextEdit* ensure_view();
+    void apply_wrap_mode(const log::LogConfig& cfg);
 
     QPlainTextEdit* view = nullptr;
 
@@ -60,6 +69,8 @@ private:
     QStringList pending;
     long long dropped = 0;
     bool flushScheduled = false;
+    // Set once the view exists: before that, lines only queue up.
+    bool viewBuilt = false;
 };
 
 }  // namespace ki::qt
