@@ -23,7 +23,9 @@ scripts/install-debs.sh "${PACKAGES[@]}"
 
 # The resource generator's package data, pinned by its lock file; the tests compare the
 # committed resource files with what the generator makes from it.
-if [ ! -d tools/resgen/node_modules ] || [ tools/resgen/package-lock.json -nt tools/resgen/node_modules ]; then
+# npm writes node_modules/.package-lock.json last, so an interrupted install is done again.
+installed=tools/resgen/node_modules/.package-lock.json
+if [ ! -f "$installed" ] || [ tools/resgen/package-lock.json -nt "$installed" ]; then
   (cd tools/resgen && npm ci --no-audit --no-fund --loglevel=error)
 fi
 
