@@ -5,6 +5,7 @@
 #include <ki/qt/themes.h>
 
 #include <QAbstractButton>
+#include <QCoreApplication>
 #include <QFile>
 #include <QHash>
 #include <QIcon>
@@ -16,11 +17,17 @@ namespace ki::qt {
 namespace {
 QString resPrefix = QStringLiteral(":/wb/shared-res");
 
-// Icons from the compiled-in resources, by resolved path. Building one parses its SVG, and a
+// Icons from the compiled-in resources, by path and theme. Building one parses its SVG, and a
 // window sets the same few dozen icons at start-up, on every theme change and on selections;
-// resources never change, so each is built once. Only the GUI thread touches icons.
+// resources never change, so each is built once. Only the GUI thread touches icons. Emptied
+// with the application object: their pixmaps must not outlive it.
 QHash<QString, QIcon>& resource_icons() {
     static QHash<QString, QIcon> icons;
+    static const bool cleared = [] {
+        qAddPostRoutine([] { icons.clear(); });
+        return true;
+    }();
+    (void)cleared;
     return icons;
 }
 
