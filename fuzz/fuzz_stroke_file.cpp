@@ -2,7 +2,6 @@
 // gives strokes or fails the character as a whole with a message; nothing half-built.
 #include <ki/xml/XNode.h>
 
-#include <QBuffer>
 
 #include "app/stroke/Anim.h"
 #include "fuzz_support.h"
@@ -10,10 +9,7 @@
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     static const bool quiet = fuzz::quiet_log();
     (void)quiet;
-    QByteArray document = fuzz::bytes(data, size);
-    QBuffer device(&document);
-    device.open(QIODevice::ReadOnly);
-    const ki::xml::XNodeResult parsed = ki::xml::XNode::parse(device);
+    const ki::xml::XNodeResult parsed = fuzz::parse_xml(data, size);
     if (!parsed.ok()) return 0;
 
     const ki::GSysResult<morvel::Anim> built = morvel::Anim::build_from_svg(parsed.value.get());

@@ -3,7 +3,9 @@
 // that ends the run with a message libFuzzer records as a crash.
 
 #include <ki/log/GLog.h>
+#include <ki/xml/XNode.h>
 
+#include <QBuffer>
 #include <QByteArray>
 #include <QDir>
 #include <QFileInfo>
@@ -27,6 +29,14 @@ inline bool quiet_log() {
 
 inline QByteArray bytes(const uint8_t* data, size_t size) {
     return QByteArray(reinterpret_cast<const char*>(data), static_cast<qsizetype>(size));
+}
+
+/// The input read as an XML document, through the same device path as the program's files.
+inline ki::xml::XNodeResult parse_xml(const uint8_t* data, size_t size) {
+    QByteArray document = bytes(data, size);
+    QBuffer device(&document);
+    device.open(QIODevice::ReadOnly);
+    return ki::xml::XNode::parse(device);
 }
 
 inline QString text(const uint8_t* data, size_t size) {

@@ -4,7 +4,6 @@
 #include <ki/xml/XNode.h>
 #include <ki/xml/XNodeText.h>
 
-#include <QBuffer>
 
 #include "fuzz_support.h"
 
@@ -22,10 +21,7 @@ struct Children {
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     static const bool quiet = fuzz::quiet_log();
     (void)quiet;
-    QByteArray document = fuzz::bytes(data, size);
-    QBuffer device(&document);
-    device.open(QIODevice::ReadOnly);
-    const ki::xml::XNodeResult parsed = ki::xml::XNode::parse(device);
+    const ki::xml::XNodeResult parsed = fuzz::parse_xml(data, size);
     if (!parsed.ok()) {
         fuzz::require(parsed.value == nullptr, "a failed parse leaves no tree");
         fuzz::require(parsed.has_message(), "a failed parse says why");
