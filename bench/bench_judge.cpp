@@ -119,7 +119,7 @@ void BM_Judge_WholeStrokeThroughCanvas(benchmark::State& state) {
     }
     morvel::CanvasHanzi canvas;
     canvas.resize(1024, 750);
-    canvas.set_learn_mode(true);
+    canvas.own_lesson().set_mode_flags(morvel::prog2::MODE_LEARN);
     canvas.set_r_circle(R_CIRCLE);
 
     struct PixelTrace {
@@ -148,10 +148,11 @@ void BM_Judge_WholeStrokeThroughCanvas(benchmark::State& state) {
         if (shown != trace.anim) {
             state.PauseTiming();
             canvas.set_anim(anims[trace.anim]);
+            canvas.own_lesson().select(static_cast<int>(anims[trace.anim].strokes.size()));
             shown = trace.anim;
             state.ResumeTiming();
         }
-        canvas.set_index_stroke(trace.stroke);
+        canvas.own_lesson().set_strokes_learned(trace.stroke);
         QMouseEvent press(QEvent::MouseButtonPress, trace.pixels.front(), trace.pixels.front(),
                           Qt::LeftButton, Qt::LeftButton, Qt::NoModifier);
         QCoreApplication::sendEvent(&canvas, &press);

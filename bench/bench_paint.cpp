@@ -56,16 +56,17 @@ std::vector<std::unique_ptr<CanvasHanzi>> level_canvases(Mode mode) {
         canvas->on_change_theme(0);
         canvas->set_anim(anim.value);
         if (mode == LEARN_ALL_AIDS) {
-            canvas->set_learn_mode(true);
+            canvas->own_lesson().set_mode_flags(morvel::prog2::MODE_LEARN);
+            canvas->own_lesson().select(static_cast<int>(anim.value.strokes.size()));
             canvas->set_draw_config(CanvasHanzi::DRAW_OUTLINE | CanvasHanzi::DRAW_HELPER_CIRCLES |
                                     CanvasHanzi::DRAW_HELPER_LINES);
             canvas->set_r_circle(CanvasHanzi::R_CIRCLE_DEFAULT);
             // Half the strokes done, so the learned ones are filled too.
             const int current = static_cast<int>(anim.value.strokes.size()) / 2;
-            canvas->set_index_stroke(current);
+            canvas->own_lesson().set_strokes_learned(current);
             trace_current_stroke(*canvas, anim.value, current);
         } else {
-            canvas->set_progress(mode == WATCH_HALF ? 50.0f : 100.0f);
+            canvas->own_lesson().set_progress(mode == WATCH_HALF ? 50.0f : 100.0f);
         }
         canvases.push_back(std::move(canvas));
     }

@@ -31,7 +31,7 @@ void select_all(benchmark::State& state, Cache cache, bool autoPlay) {
     auto window = std::make_unique<Window>(data);
     window->resize(1024, 750);
     window->setup();
-    window->get_control().set_mode_bits(Window::MODE_AUTO_PLAY, autoPlay);
+    window->get_control().set_mode_bits(morvel::prog2::MODE_AUTO_PLAY, autoPlay);
     for (int i = 0; i < count; ++i) window->on_index(i);
     QCoreApplication::processEvents();
     for (auto _ : state) {

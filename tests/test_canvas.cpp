@@ -5,6 +5,8 @@
 #include <QImage>
 #include <QPainterPathStroker>
 #include <cstdlib>
+#include <functional>
+#include <tuple>
 
 #include "app/stroke/CanvasHanzi.h"
 #include "app/stroke/ControlAnim.h"
@@ -89,7 +91,7 @@ TEST(CanvasWatchMode, InkFollowsTheShareOfTotalCentreLineLength) {
     }();
     for (const Row& row : rows) {
         SCOPED_TRACE(row.name);
-        canvas.set_progress(row.progress);
+        canvas.own_lesson().set_progress(row.progress);
         const QImage image = render(canvas, 1000, 1000);
         for (QPoint p : row.inked) EXPECT_TRUE(is_ink(image, canvas, p.x(), p.y())) << p.x() << "," << p.y();
         for (QPoint p : row.blank) EXPECT_FALSE(is_ink(image, canvas, p.x(), p.y())) << p.x() << "," << p.y();
@@ -121,7 +123,7 @@ TEST(CanvasWatchMode, RealCharacterInkStaysInsideItsOutlines) {
 
     for (float progress : {0.0f, 100.0f}) {
         SCOPED_TRACE(progress);
-        canvas.set_progress(progress);
+        canvas.own_lesson().set_progress(progress);
         const QImage image = render(canvas, 1024, 750);
         int ink = 0;
         for (int y = 0; y < 750; ++y)
@@ -239,16 +241,60 @@ TEST(CanvasSettings, LoadAppliesDefaultsClampsAndRoundTrips) {
 
 TEST(ControlAnimModes, ListenersSeeOldCurrentAndNewPendingOncePerChange) {
     morvel::prog2::ControlAnim control;
-    std::vector<std::pair<unsigned, unsigned>> seen;
-    control.liModeChanged +=
-        [&] { seen.emplace_back(control.get_mode_flags(), control.get_mode_flags_pending()); };
+    std::vector<std::tuple<unsigned, unsigned, unsigned>> seen;  // current, pending, delivered after
+    control.liChanged += [&](const morvel::prog2::LessonChange& change) {
+        EXPECT_EQ(change.before, control.state());
+        seen.emplace_back(control.get_mode_flags(), control.get_mode_flags_pending(), change.after.modeFlags);
+    };
     ki::store::GNode node;
     node.set("ControlAnim.modeFlags", 17u);
+    node.set("incSpeed", 3);
     control.config_load(node);
     control.config_load(node);
     control.set_mode_bits(0x20, true);
     control.set_mode_bits(0x20, true);
-    const std::vector<std::pair<unsigned, unsigned>> expected = {{23u, 17u}, {17u, 49u}};
+    const std::vector<std::tuple<unsigned, unsigned, unsigned>> expected = {{23u, 17u, 17u}, {17u, 49u, 49u}};
     EXPECT_EQ(seen, expected);
     EXPECT_EQ(control.get_mode_flags(), 49u);
+}
+
+TEST(ControlAnimModes, OperationsMoveOneLessonState) {
+    using namespace morvel::prog2;
+    struct Row {
+        const char* name;
+        unsigned int flags;  // set before the operation, after a selection of a 4-stroke character
+        std::function<void(ControlAnim&)> op;
+        float progress;
+        int learned;
+        bool paused;
+    };
+    // clang-format off
+    const Row rows[] = {
+        {"selection in learn mode starts empty", MODE_LEARN, [](ControlAnim&) {}, 0, 0, false},
+        {"selection with automatic drawing starts empty", MODE_AUTO_DRAW, [](ControlAnim&) {}, 0, 0, false},
+        {"selection without automatic drawing shows the character whole", MODE_SLIDER, [](ControlAnim&) {}, 100, 0, false},
+        {"a tick advances by the step", MODE_AUTO_DRAW, [](ControlAnim& c) { c.set_inc_speed(7); c.tick(); }, 7, 0, false},
+        {"ticks stop at 100", MODE_AUTO_DRAW, [](ControlAnim& c) { c.set_inc_speed(8); for (int i = 0; i < 20; ++i) c.tick(); }, 100, 0, false},
+        {"no tick without automatic drawing", MODE_LEARN, [](ControlAnim& c) { c.tick(); }, 0, 0, false},
+        {"the slider pauses automatic drawing", MODE_AUTO_DRAW, [](ControlAnim& c) { c.set_from_slider(40); c.tick(); }, 40, 0, true},
+        {"a new selection releases the pause", MODE_AUTO_DRAW, [](ControlAnim& c) { c.set_from_slider(40); c.select(4); c.tick(); }, 3, 0, false},
+        {"accepted strokes count up to the character's strokes", MODE_LEARN,
+         [](ControlAnim& c) { for (int i = 0; i < 6; ++i) c.stroke_accepted(); }, 0, 4, false},
+        {"switching learn mode off shows the whole character and forgets the strokes", MODE_LEARN,
+         [](ControlAnim& c) { c.stroke_accepted(); c.set_mode_bits(MODE_LEARN, false); }, 100, 0, false},
+        {"switching automatic drawing on starts from empty", MODE_SLIDER,
+         [](ControlAnim& c) { c.set_mode_bits(MODE_AUTO_DRAW, true); }, 0, 0, false},
+    };
+    // clang-format on
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.name);
+        ControlAnim control;
+        control.set_mode_flags(row.flags);
+        control.select(4);
+        row.op(control);
+        EXPECT_FLOAT_EQ(control.get_progress(), row.progress);
+        EXPECT_EQ(control.get_strokes_learned(), row.learned);
+        EXPECT_EQ(control.is_mode_bit(MODE_PAUSED), row.paused);
+        EXPECT_EQ(control.state().is_done(), row.learned == 4);
+    }
 }

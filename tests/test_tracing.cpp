@@ -1,8 +1,7 @@
-// Learn mode driven through the real widget with mouse events, judged by the stroke-learned
-// events it fires.
+// The tracing judge as a table over its verdicts, and learn mode driven through the real widget
+// with mouse events, judged by the stroke-learned events it fires.
 #include <gtest/gtest.h>
 #include <ki/log/GLog.h>
-#include <ki/log/LogCapture.h>
 
 #include <QCoreApplication>
 #include <QDir>
@@ -10,9 +9,11 @@
 #include <random>
 
 #include "app/stroke/CanvasHanzi.h"
+#include "app/stroke/StrokeJudge.h"
 
 using morvel::Anim;
 using morvel::CanvasHanzi;
+using morvel::StrokeJudge;
 
 namespace {
 
@@ -31,11 +32,19 @@ struct Fit {
     glm::vec2 to_anim(QPoint p) const { return (glm::vec2(p.x(), p.y()) - offset) / scale; }
 };
 
-void send(CanvasHanzi& canvas, QEvent::Type type, QPointF pos) {
-    const Qt::MouseButtons held = type == QEvent::MouseButtonRelease ? Qt::NoButton : Qt::LeftButton;
-    QMouseEvent ev(type, pos, canvas.mapToGlobal(pos),
-                   type == QEvent::MouseMove ? Qt::NoButton : Qt::LeftButton, held, Qt::NoModifier);
+void send(CanvasHanzi& canvas, QEvent::Type type, QPointF pos, Qt::MouseButton button = Qt::LeftButton,
+          Qt::MouseButtons held = Qt::LeftButton) {
+    if (type == QEvent::MouseButtonRelease && button == Qt::LeftButton) held = Qt::NoButton;
+    QMouseEvent ev(type, pos, canvas.mapToGlobal(pos), type == QEvent::MouseMove ? Qt::NoButton : button, held,
+                   Qt::NoModifier);
     QCoreApplication::sendEvent(&canvas, &ev);
+}
+
+// The canvas's own lesson state, at the first stroke of its character.
+void start_lesson(CanvasHanzi& canvas, bool learn, int learned = 0) {
+    canvas.own_lesson().set_mode_flags(learn ? morvel::prog2::MODE_LEARN : 0u);
+    canvas.own_lesson().select(static_cast<int>(canvas.get_anim().strokes.size()));
+    canvas.own_lesson().set_strokes_learned(learned);
 }
 
 // Press at the first point, move through the middle ones, release at the last.
@@ -51,7 +60,8 @@ struct Learner {
     int learned = 0;
     explicit Learner(CanvasHanzi& c) : canvas(c) {
         canvas.listenerStrokeLearned += [this] {
-            canvas.set_index_stroke(++learned);
+            ++learned;
+            canvas.own_lesson().stroke_accepted();
             canvas.clear_path_mouse();
         };
     }
@@ -86,7 +96,6 @@ TEST(Tracing, JitteredCentreLinesOfEveryLevelCharacterAreAccepted) {
     ASSERT_GE(files.size(), 87);
     std::mt19937 random(20013);
     CanvasHanzi canvas;
-    canvas.set_learn_mode(true);
     canvas.set_r_circle(60);
     canvas.resize(800, 600);
     for (const QString& file : files) {
@@ -94,7 +103,7 @@ TEST(Tracing, JitteredCentreLinesOfEveryLevelCharacterAreAccepted) {
         const auto built = Anim::build_from_file(dir.filePath(file));
         ASSERT_TRUE(built.ok()) << built.to_string();
         canvas.set_anim(built.value);
-        canvas.set_index_stroke(0);
+        start_lesson(canvas, true);
         Learner learner(canvas);
         const Fit fit(canvas.get_view_box(), canvas.size());
         std::uniform_real_distribution<float> jitter(-30.0f, 30.0f);
@@ -116,63 +125,39 @@ TEST(Tracing, JitteredCentreLinesOfEveryLevelCharacterAreAccepted) {
     }
 }
 
-TEST(Tracing, VerdictOnOneStroke) {
-    const Anim line = line_anim();  // judged with rCircle 60
+TEST(StrokeJudge, VerdictOnOneStroke) {
+    const morvel::AnimStroke stroke = line_anim().strokes[0];  // judged with rCircle 60
+    using V = StrokeJudge::Verdict;
     struct Row {
         const char* name;
-        std::vector<glm::vec2> points;
-        bool accepted;
-        int nos;  // "NO" lines logged
-        bool traceKept;
+        std::vector<glm::vec2> points;  // press, moves, release
+        V verdict;
+        int errors;
     };
+    // clang-format off
     const Row rows[] = {
-        {"trace along the centre line accepted",
-         {{100, 500}, {300, 500}, {500, 500}, {700, 500}},
-         true,
-         0,
-         true},
-        {"trace exactly rCircle away stays clean",
-         {{100, 500}, {200, 560}, {600, 440}, {700, 500}},
-         true,
-         0,
-         true},
-        {"press on the start circle's rim accepted", {{100, 560}, {400, 500}, {700, 500}}, true, 0, true},
-        {"one sample just past rCircle spoils the attempt",
-         {{100, 500}, {200, 561}, {700, 500}},
-         false,
-         1,
-         true},
-        {"trace shifted by 1.5 rCircle rejected", {{100, 590}, {400, 590}, {700, 590}}, false, 2, true},
+        {"trace along the centre line accepted", {{100, 500}, {300, 500}, {500, 500}, {700, 500}}, V::ACCEPTED, 0},
+        {"trace exactly rCircle away stays clean", {{100, 500}, {200, 560}, {600, 440}, {700, 500}}, V::ACCEPTED, 0},
+        {"press on the start circle's rim accepted", {{100, 560}, {400, 500}, {700, 500}}, V::ACCEPTED, 0},
+        {"release on the end circle's rim accepted", {{100, 500}, {400, 500}, {700, 440}}, V::ACCEPTED, 0},
+        {"one sample just past rCircle spoils the attempt", {{100, 500}, {200, 561}, {700, 500}}, V::REJECTED, 2},
+        {"trace shifted by 1.5 rCircle rejected", {{100, 590}, {400, 590}, {700, 590}}, V::REJECTED, 3},
         {"press outside the start circle spoils a perfect trace",
-         {{100, 561}, {100, 500}, {400, 500}, {700, 500}},
-         false,
-         2,
-         true},
-        {"reversed stroke rejected", {{700, 500}, {400, 500}, {100, 500}}, false, 2, true},
-        {"release short of the end circle rejected", {{100, 500}, {400, 500}, {630, 500}}, false, 1, true},
-        {"scribble under 20 units neither counts nor fires",
-         {{100, 500}, {110, 500}, {115, 500}},
-         false,
-         0,
-         false},
+         {{100, 561}, {100, 500}, {400, 500}, {700, 500}}, V::REJECTED, 2},
+        {"reversed stroke rejected", {{700, 500}, {400, 500}, {100, 500}}, V::REJECTED, 2},
+        {"release short of the end circle rejected", {{100, 500}, {400, 500}, {630, 500}}, V::REJECTED, 1},
+        {"scribble under 20 units is a click", {{100, 500}, {110, 500}, {119.9f, 500}, {119.9f, 500}}, V::CLICK, 0},
+        {"a trace of exactly 20 units is judged, not a click", {{100, 500}, {120, 500}, {120, 500}}, V::REJECTED, 1},
     };
-    if (!ki::log::is_configured()) ki::log::configure();
+    // clang-format on
     for (const Row& row : rows) {
         SCOPED_TRACE(row.name);
-        CanvasHanzi canvas;
-        canvas.resize(1000, 1000);
-        canvas.set_learn_mode(true);
-        canvas.set_r_circle(60);
-        canvas.set_anim(line);
-        int fired = 0;
-        canvas.listenerStrokeLearned += [&] { ++fired; };
-        ki::log::LogCapture capture;
-        trace(canvas, Fit(line.viewBox, canvas.size()), row.points);
-        EXPECT_EQ(fired, row.accepted ? 1 : 0);
-        int nos = 0;
-        for (const auto& logged : capture.lines()) nos += logged.text == "NO" ? 1 : 0;
-        EXPECT_EQ(nos, row.nos);
-        EXPECT_EQ(canvas.get_path_mouse().is_empty(), !row.traceKept);
+        StrokeJudge judge;
+        judge.press(row.points.front(), stroke, 60);
+        for (size_t i = 1; i + 1 < row.points.size(); ++i) judge.move(row.points[i], stroke, 60);
+        EXPECT_EQ(judge.release(row.points.back(), stroke, 60), row.verdict);
+        EXPECT_EQ(judge.get_errors(), row.errors);
+        EXPECT_EQ(judge.get_path().is_empty(), row.verdict == V::CLICK) << "a judged trace stays visible";
     }
 }
 
@@ -182,20 +167,18 @@ TEST(Tracing, NothingIsJudgedOutsideAnAttempt) {
     struct Row {
         const char* name;
         bool learnMode;
-        int indexStroke;
+        int learned;
     };
     const Row rows[] = {
         {"watch mode ignores the mouse", false, 0},
         {"finished character: press does nothing", true, 1},
-        {"negative stroke index: press does nothing", true, -1},
     };
     for (const Row& row : rows) {
         SCOPED_TRACE(row.name);
         CanvasHanzi canvas;
         canvas.resize(1000, 1000);
         canvas.set_anim(line);
-        canvas.set_learn_mode(row.learnMode);
-        canvas.set_index_stroke(row.indexStroke);
+        start_lesson(canvas, row.learnMode, row.learned);
         int fired = 0;
         canvas.listenerStrokeLearned += [&] { ++fired; };
         trace(canvas, Fit(line.viewBox, canvas.size()), perfect);
@@ -206,6 +189,25 @@ TEST(Tracing, NothingIsJudgedOutsideAnAttempt) {
     }
 }
 
+// A right-button release while the left button is still held once ended the attempt.
+TEST(Tracing, OnlyTheLeftButtonEndsAnAttempt) {
+    const Anim line = line_anim();
+    CanvasHanzi canvas;
+    canvas.resize(1000, 1000);
+    canvas.set_r_circle(60);
+    canvas.set_anim(line);
+    start_lesson(canvas, true);
+    int fired = 0;
+    canvas.listenerStrokeLearned += [&] { ++fired; };
+    send(canvas, QEvent::MouseButtonPress, QPointF(100, 500));
+    send(canvas, QEvent::MouseMove, QPointF(400, 500));
+    send(canvas, QEvent::MouseButtonRelease, QPointF(400, 500), Qt::RightButton, Qt::LeftButton);
+    EXPECT_EQ(fired, 0);
+    send(canvas, QEvent::MouseMove, QPointF(690, 500));
+    send(canvas, QEvent::MouseButtonRelease, QPointF(700, 500));
+    EXPECT_EQ(fired, 1);
+}
+
 TEST(Tracing, MousePointsMapExactlyIntoTheCharacterFrame) {
     const Anim anim = Anim::build_from_file(":/wb/shared-res/zh/1/20013.svg").value;
     const QSize sizes[] = {{1024, 750}, {1024, 1024}, {300, 900}, {517, 333}};
@@ -213,7 +215,7 @@ TEST(Tracing, MousePointsMapExactlyIntoTheCharacterFrame) {
         SCOPED_TRACE(testing::Message() << size.width() << "x" << size.height());
         CanvasHanzi canvas;
         canvas.set_anim(anim);
-        canvas.set_learn_mode(true);
+        start_lesson(canvas, true);
         canvas.resize(size);
         const Fit fit(anim.viewBox, size);
         const QPoint pixels[] = {

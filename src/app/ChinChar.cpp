@@ -25,6 +25,19 @@ ChinChar ChinChar::from_string(const QString& line) {
     return c;
 }
 
+QString ChinChar::meaning(QLocale::Language language) const {
+    switch (language) {
+        case QLocale::English:
+            return english;
+        case QLocale::German:
+            return german;
+        case QLocale::Russian:
+            return russian;
+        default:
+            return {};
+    }
+}
+
 QString ChinChar::character() const { return unicode == 0 ? QString() : QString(QChar(unicode)); }
 
 std::string ChinChar::to_string() const {

@@ -1,6 +1,7 @@
 #pragma once
 // One row of a level file: a character's code point with its pinyin and meanings.
 
+#include <QLocale>
 #include <QString>
 
 #include <cstdint>
@@ -28,6 +29,8 @@ struct ChinChar {
     bool is_valid() const { return unicode != 0; }
     /// The character itself, made from the code point.
     QString character() const;
+    /// The meaning in `language`; empty for a language the level has no meanings in.
+    QString meaning(QLocale::Language language) const;
 
     bool operator==(const ChinChar&) const = default;
 };

@@ -1,7 +1,6 @@
 #include "app/ModelAppData.h"
 
 #include <ki/log/GLog.h>
-#include <ki/qt/GMainWindow.h>
 #include <ki/qt/components/GLabel.h>
 #include <ki/qt/components/GPanel.h>
 #include <ki/qt/themes.h>
@@ -12,7 +11,6 @@
 #include <QFontMetrics>
 
 #include "app/AppData.h"
-#include "app/Window.h"
 #include "app/morvel.h"
 
 namespace morvel::prog2 {
@@ -125,13 +123,8 @@ ki::qt::GPanel* ModelAppData::gen_panel_row(long long row, ki::qt::otf::PanelDat
     panel->setToolTip(ki::str::qprintF("unicode:$", entry.unicode));
 
     const int index = static_cast<int>(row);
-    panel->liMouseClick.set(ROW_CLICK, [this, panel, index](QMouseEvent* const&) {
-        auto* win = dynamic_cast<Window*>(ki::qt::GMainWindow::window_from_widget(panel));
-        if (win == nullptr) {
-            ki::pp_error("ModelAppData, row:$ is not inside the main window", index);
-            return;
-        }
-        win->on_index(index);
+    panel->liMouseClick.set(ROW_CLICK, [this, index](QMouseEvent* const&) {
+        if (liRowClicked.has_listener()) liRowClicked.fire_event(index);
         // The click is still being delivered to this row: rebuild once it is done.
         update_model();
     });

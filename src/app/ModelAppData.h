@@ -2,6 +2,7 @@
 // The rows of the character list: one panel per catalogue entry with the character, its
 // pinyin and optionally its code point, built only when the row scrolls into view.
 
+#include <ki/Listener.h>
 #include <ki/qt/components/otf/GModel.h>
 
 #include <QColor>
@@ -41,6 +42,9 @@ public:
     /// The family for the characters: a system CJK font, else the bundled writing font.
     /// Chosen once per run.
     static QString chin_font_family();
+
+    /// A click on a row (not ending a drag), with the row's index.
+    ki::Listener<int> liRowClicked;
 
 private:
     void update_row_height(const QFont& textFont);

@@ -10,7 +10,6 @@
 #include <ki/qt/components/GPanel.h>
 #include <ki/qt/components/otf/GDataScroller.h>
 #include <ki/qt/dialogs/GMessageBox.h>
-#include <ki/qt/dialogs/GPanelLogView.h>
 #include <ki/qt/guitools/GGui.h>
 #include <ki/qt/lang.h>
 #include <ki/str/xprintF.h>
@@ -19,19 +18,15 @@
 #include <ki/tools/os.h>
 
 #include <QAction>
-#include <QApplication>
-#include <QDir>
 #include <QFontMetrics>
-#include <QMessageBox>
-#include <QMouseEvent>
-#include <QScrollBar>
 #include <QStyle>
 #include <algorithm>
-#include <cmath>
 
 #include "app/AppData.h"
+#include "app/Diagnostics.h"
 #include "app/ModelAppData.h"
 #include "app/morvel.h"
+#include "app/options/OptionsMenu.h"
 #include "app/stroke/Anim.h"
 #include "app/stroke/CanvasHanzi.h"
 
@@ -49,15 +44,6 @@ constexpr const char* ICON_HIDE = "^icons/hide.svg";
 constexpr const char* ICON_SHOW = "^icons/show.svg";
 constexpr const char* QUIET_CLIP = ":/wb/shared-res/sounds/quiet.wav";
 constexpr const char* WEB_ADDRESS = "https://qlo.de/quenlo";
-constexpr unsigned int DRAW_CONFIG_KNOWN =
-    CanvasHanzi::DRAW_OUTLINE | CanvasHanzi::DRAW_HELPER_CIRCLES | CanvasHanzi::DRAW_HELPER_LINES;
-
-// A key that is absent is no fault on a first run; one of the wrong type is logged by get().
-template <typename T>
-T read_or(const ki::store::GNode& node, const char* key, const T& fallback) {
-    const QString name = QString::fromLatin1(key);
-    return node.attributes.contains(name) ? node.get<T>(name, fallback) : fallback;
-}
 
 void banner(const char* title) {
     ki::pp("***********************************");
@@ -68,7 +54,7 @@ void banner(const char* title) {
 }  // namespace
 
 Window::Window(AppData& appData) : data(appData) {
-    control.liModeChanged += [this]() { on_mode_changed(); };
+    control.liChanged += [this](const LessonChange& change) { on_lesson_changed(change); };
     connect(&timer, &QTimer::timeout, this, [this]() { on_timer(); });
     ki::qt::lang::get_listener().set(listener_key(), [this](const int&) { retranslate(); });
 }
@@ -76,12 +62,6 @@ Window::Window(AppData& appData) : data(appData) {
 Window::~Window() {
     timer.stop();
     ki::qt::lang::get_listener().remove(listener_key());
-    if (ki::qt::gApp != nullptr) {
-        ki::qt::event::EventFilter& filter = ki::qt::gApp->get_event_filter();
-        filter.liMousePress.remove(listener_key());
-        filter.liMouseMove.remove(listener_key());
-        filter.liMouseRelease.remove(listener_key());
-    }
 }
 
 std::string Window::listener_key() const {
@@ -116,6 +96,7 @@ void Window::ini() {
     scroller->setFrameShadow(QFrame::Sunken);
     panList->add_widget(scroller, 1);
     model = new ModelAppData(data, this);
+    model->liRowClicked += [this](const int& index) { on_index(index); };
     scroller->ini(model);
 
     ki::qt::GPanel* right = body->gen_panel(GLAYOUT::VERT, QStringLiteral("right"), 1);
@@ -124,6 +105,7 @@ void Window::ini() {
     canvas = new CanvasHanzi(right);
     right->add_widget(canvas, 1);
     canvas->config_load(nWin);
+    canvas->set_lesson(&control);
     canvas->listenerStrokeLearned += [this]() { on_event_stroke_learned(); };
     const unsigned int first = static_cast<unsigned int>(std::max(0LL, model->get_selected_index()));
     ki::GSysResult<Anim> anim = Anim::build_from_file(data.svg_file_path_at(first));
@@ -143,13 +125,15 @@ void Window::ini() {
     buttons->set_spacing(ki::os::is_small_device() ? 14 : 6);
     buttonOptions = buttons->gen_button(QStringLiteral("^icons/wheel.svg"), {});
     buttonFullScreen = buttons->gen_button(QStringLiteral("^icons/expand.svg"), {});
-    buttonList = buttons->gen_button(QString::fromLatin1(ICON_HIDE), {});
-    buttonLearn = buttons->gen_button(QString::fromLatin1(ICON_STROKE), {});
     buttons->add_stretch();
-    buttonPrev = buttons->gen_button(QStringLiteral("^icons/ar_left.svg"), {});
     buttonSound = buttons->gen_button(QString::fromLatin1(ICON_SOUND_ON), {});
+    buttonPrev = buttons->gen_button(QStringLiteral("^icons/ar_left.svg"), {});
     buttonNext = buttons->gen_button(QStringLiteral("^icons/ar_right.svg"), {});
     buttons->add_stretch();
+    buttonList = buttons->gen_button(QString::fromLatin1(ICON_HIDE), {});
+    buttonLearn = buttons->gen_button(QString::fromLatin1(ICON_STROKE), {});
+    // A fixed width (see update_fonts): a label that followed its text would move the buttons
+    // before it whenever the pinyin changes, and repeated clicks would miss.
     labelPinyin = buttons->gen_label({}, QStringLiteral("pinyin"));
     labelPinyin->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
 
@@ -168,17 +152,18 @@ void Window::ini() {
     panButtons2->set_margins(8, 0, 8, 4);
     panButtons2->add_spacing(8);
     slider = new ki::qt::GenericSlider<unsigned int>(panButtons2, 0, 100);
+    slider->setObjectName(QStringLiteral("progressSlider"));
     panButtons2->add_widget(slider, 1);
     panButtons2->add_spacing(8);
     labelProgress = panButtons2->gen_label(QStringLiteral("100 %"), QStringLiteral("progress"));
     labelProgress->setMinimumWidth(labelProgress->fontMetrics().horizontalAdvance(QStringLiteral("100 %")));
     labelProgress->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
-    slider->liValue += [this](const unsigned int& value) { on_slider(value); };
+    slider->liValue += [this](const unsigned int& value) { control.set_from_slider(value); };
 
     retranslate();
     update_fonts();
     ki::pp("--------------------");
-    scroller->set_scrollbar_vert_visible(flagScrollbarVisible);
+    scroller->set_scrollbar_vert_visible(options.scrollbarVisible);
     ini_filter_global_mouse();
     timer.setInterval(TIMER_INTERVAL_MS);
     timer.start();
@@ -206,6 +191,11 @@ void Window::update_fonts() {
     if (larger.pointSizeF() > 0) larger.setPointSizeF(larger.pointSizeF() * 1.3);
     labelTranslation->setFont(larger);
     labelPinyin->setFont(larger);
+    int widest = 0;
+    const QFontMetrics metrics(larger);
+    for (unsigned int i = 0; i < data.size(); ++i)
+        widest = std::max(widest, metrics.horizontalAdvance(data.appObject_at(i).chinChar.pinyin));
+    labelPinyin->setFixedWidth(widest + metrics.averageCharWidth());
     update_list_width();
 }
 
@@ -215,7 +205,7 @@ void Window::update_list_width() {
     const int glyph = QFontMetrics(model->get_font()).horizontalAdvance(QChar(0x4E2D));
     const int text = fontMetrics().horizontalAdvance(QStringLiteral("zhuàng")) + fontMetrics().height();
     int width = std::max(glyph * 2, text) + 2 * ModelAppData::ROW_MARGIN;
-    if (flagScrollbarVisible) width += scroller->style()->pixelMetric(QStyle::PM_ScrollBarExtent);
+    if (options.scrollbarVisible) width += scroller->style()->pixelMetric(QStyle::PM_ScrollBarExtent);
     panList->setFixedWidth(width + 2 * scroller->frameWidth());
 }
 
@@ -226,7 +216,7 @@ void Window::changeEvent(QEvent* ev) {
 
 void Window::post_ini() {
     on_change_theme(get_theme_shown());
-    apply_mode(control.get_mode_flags(), ~0u);
+    on_mode_changed();
     const long long selected = std::max(0LL, model->get_selected_index());
     // The recording of the first character waits for the first frame: loading the audio
     // stack takes longer than everything else the window needs before it can be seen.
@@ -253,14 +243,11 @@ void Window::on_index(int index) {
     model->set_selected_index(index);
     canvas->clear_path_mouse();
     canvas->set_anim(anim.take());
-    control.set_mode_bits(MODE_PAUSED, false);
-    const float progress = control.is_mode_bit(MODE_LEARN | MODE_AUTO_DRAW) ? 0.0f : 100.0f;
-    canvas->set_progress(progress);
-    slider->set_value_no_notify(0);
-    update_progress_label(0.0f);
     canvas->set_unicode(entry.unicode);
-    canvas->set_index_stroke(0);
-    canvas->update();
+    control.select(static_cast<int>(canvas->get_anim().strokes.size()));
+    // Also when the state did not change (same stroke count, same position): the slider may
+    // have been moved by hand.
+    show_progress(control.get_progress());
 
     const bool recorded = sound_exists(entry.unicode);
     buttonSound->setEnabled(recorded);
@@ -286,21 +273,7 @@ void Window::paintEvent(QPaintEvent* ev) {
 
 void Window::update_translation(int index) {
     const ChinChar& chin = data.appObject_at(static_cast<unsigned int>(index)).chinChar;
-    QString meaning;
-    switch (ki::qt::lang::get_lang()) {
-        case QLocale::English:
-            meaning = chin.english;
-            break;
-        case QLocale::German:
-            meaning = chin.german;
-            break;
-        case QLocale::Russian:
-            meaning = chin.russian;
-            break;
-        default:
-            break;
-    }
-    labelTranslation->setText(meaning);
+    labelTranslation->setText(chin.meaning(ki::qt::lang::get_lang()));
 }
 
 void Window::inc_sel_index(bool flagUp) {
@@ -353,66 +326,43 @@ void Window::on_play_sound() {
 
 void Window::on_mode_changed() {
     ki::pp("Window::on_mode_changed");
-    // Called while the control announces: the new word is still pending.
     const unsigned int flags = control.get_mode_flags_pending();
-    apply_mode(flags, flags ^ control.get_mode_flags());
-}
-
-void Window::apply_mode(unsigned int flags, unsigned int changed) {
-    if (canvas == nullptr) return;
-    const bool learn = (flags & MODE_LEARN) != 0;
-    canvas->set_learn_mode(learn);
-    if ((changed & (MODE_LEARN | MODE_AUTO_DRAW)) != 0) {
-        const float progress = (flags & (MODE_LEARN | MODE_AUTO_DRAW)) != 0 ? 0.0f : 100.0f;
-        canvas->set_progress(progress);
-        slider->set_value_no_notify(static_cast<unsigned int>(progress));
-        update_progress_label(progress);
-    }
-    if ((changed & MODE_LEARN) != 0) {
-        canvas->clear_path_mouse();
-        canvas->set_index_stroke(0);
-    }
-    buttonLearn->set_icon(QString::fromLatin1(learn ? ICON_STROKE : ICON_STROKE_NOT));
+    buttonLearn->set_icon(QString::fromLatin1((flags & MODE_LEARN) != 0 ? ICON_STROKE : ICON_STROKE_NOT));
     panButtons2->setVisible((flags & MODE_SLIDER) != 0);
     const bool translation = (flags & MODE_TRANSLATION) != 0;
     panTranslation->setVisible(translation);
-    if (translation && (changed & MODE_TRANSLATION) != 0 && model->get_selected_index() >= 0)
+    if (translation && model->get_selected_index() >= 0)
         update_translation(static_cast<int>(model->get_selected_index()));
     canvas->update();
 }
 
-void Window::on_timer() {
-    if ((control.get_mode_flags() & (MODE_AUTO_DRAW | MODE_PAUSED)) != MODE_AUTO_DRAW) return;
-    if (canvas->get_progress() >= 100.0f) return;
-    const float progress = std::min(100.0f, canvas->get_progress() + static_cast<float>(incProgress));
-    canvas->set_progress(progress);
-    slider->set_value_no_notify(static_cast<unsigned int>(progress));
-    update_progress_label(progress);
+void Window::on_lesson_changed(const LessonChange& change) {
+    if (canvas == nullptr) return;
+    const unsigned int changed = change.changed_bits();
+    if ((changed & MODE_LEARN) != 0) canvas->clear_path_mouse();
+    if ((changed & ~MODE_PAUSED) != 0) on_mode_changed();
+    if (change.after.progress != change.before.progress) show_progress(change.after.progress);
     canvas->update();
 }
 
-void Window::on_slider(unsigned int value) {
-    // The learner took over: the timer must not move the character on under the slider.
-    control.set_mode_bits(MODE_PAUSED, true);
-    canvas->set_progress(static_cast<float>(value));
-    update_progress_label(static_cast<float>(value));
+void Window::show_progress(float progress) {
+    slider->set_value_no_notify(static_cast<unsigned int>(progress));
+    labelProgress->setText(ki::str::qprintF("$ %", static_cast<int>(progress)));
 }
 
-void Window::update_progress_label(float progress) {
-    labelProgress->setText(ki::str::qprintF("$ %", static_cast<int>(progress)));
+void Window::on_timer() {
+    control.tick();
 }
 
 void Window::on_set_strokes_learned(int n) {
     ki::pp("Window::on_set_strokes_learned <$>", n);
-    canvas->set_index_stroke(n);
-    canvas->update();
+    control.set_strokes_learned(n);
 }
 
 void Window::on_event_stroke_learned() {
-    canvas->set_index_stroke(canvas->get_strokes_learned() + 1);
     canvas->clear_path_mouse();
+    control.stroke_accepted();
     if (canvas->is_hieroglyphe_drawn()) ki::pp("hieroglyphe done");
-    canvas->update();
 }
 
 void Window::on_toggle_list() {
@@ -433,20 +383,40 @@ void Window::on_change_theme(unsigned int theme) {
     if (scroller != nullptr) scroller->update_model();
 }
 
+LessonOptions Window::get_options() const {
+    LessonOptions current = options;
+    current.modeFlags = control.get_mode_flags();
+    current.incSpeed = control.get_inc_speed();
+    if (canvas != nullptr) {
+        current.drawConfig = canvas->get_draw_config();
+        current.rCircle = canvas->get_r_circle();
+    }
+    if (model != nullptr) {
+        current.showUnicode = model->is_show_unicode();
+        current.selectedIndex = static_cast<int>(std::max(0LL, model->get_selected_index()));
+    }
+    return current;
+}
+
+void Window::apply_options(const LessonOptions& next) {
+    const LessonOptions before = get_options();
+    options = next;
+    canvas->set_draw_config(next.drawConfig);
+    canvas->set_r_circle(next.rCircle);
+    if (next.showUnicode != before.showUnicode) {
+        model->set_show_unicode(next.showUnicode);
+        model->update_model();
+    }
+    scroller->set_scrollbar_vert_visible(next.scrollbarVisible);
+    update_list_width();
+    if (next.incSpeed != before.incSpeed) control.set_inc_speed(next.incSpeed);
+    control.set_mode_flags(next.modeFlags);
+    canvas->update();
+}
+
 void Window::save_state() {
     banner("*** Window::save_state ************");
-    if (model == nullptr) {
-        GMainWindow::save_state();
-        return;
-    }
-    nWin.set(QString::fromLatin1(KEY_SHOW_UNICODE), model->is_show_unicode());
-    nWin.set(QString::fromLatin1(KEY_SCROLLBAR_VISIBLE), flagScrollbarVisible);
-    nWin.set(QString::fromLatin1(KEY_VAL_TEST), QVariant::fromValue(valTest));
-    nWin.set(QString::fromLatin1(KEY_SELECTED_INDEX),
-             static_cast<int>(std::max(0LL, model->get_selected_index())));
-    canvas->config_save(nWin);
-    control.set_inc_speed(incProgress);
-    control.config_save(nWin);
+    if (model != nullptr) get_options().save(nWin);
     GMainWindow::save_state();
 }
 
@@ -454,45 +424,17 @@ void Window::restore_state() {
     banner("*** Window::restore_state *********");
     GMainWindow::restore_state();
     if (model == nullptr) return;
-    model->set_show_unicode(read_or<bool>(nWin, KEY_SHOW_UNICODE, false));
-    flagScrollbarVisible = read_or<bool>(nWin, KEY_SCROLLBAR_VISIBLE, false);
-    valTest = read_or<uint32_t>(nWin, KEY_VAL_TEST, 0);
-    scroller->set_scrollbar_vert_visible(flagScrollbarVisible);
-    update_list_width();
-
-    canvas->config_load(nWin);
-    const int radius = canvas->get_r_circle();
-    if (radius < R_CIRCLE_STORED_MIN || radius > R_CIRCLE_STORED_MAX) {
-        ki::pp_warn("Window::restore_state, rCircle:$ outside $..$, using $", radius, R_CIRCLE_STORED_MIN,
-                    R_CIRCLE_STORED_MAX, CanvasHanzi::R_CIRCLE_DEFAULT);
-        canvas->set_r_circle(CanvasHanzi::R_CIRCLE_DEFAULT);
-    }
-    const unsigned int drawConfig = canvas->get_draw_config();
-    if ((drawConfig & ~DRAW_CONFIG_KNOWN) != 0) {
-        ki::pp_warn("Window::restore_state, unknown DRAW_CONFIG bits in $, keeping $", drawConfig,
-                    drawConfig & DRAW_CONFIG_KNOWN);
-        canvas->set_draw_config(drawConfig & DRAW_CONFIG_KNOWN);
-    }
-
-    control.config_load(nWin);
-    const unsigned int flags = control.get_mode_flags();
-    if ((flags & ~MODE_KNOWN) != 0) {
-        ki::pp_warn("Window::restore_state, unknown mode bits in $, keeping $", flags, flags & MODE_KNOWN);
-        control.set_mode_flags(flags & MODE_KNOWN);
-    }
-    // The step stays at its start value until the learner has chosen one.
-    const QVariant speed = nWin.attributes.value(QStringLiteral("incSpeed"));
-    if (speed.metaType() == QMetaType::fromType<int>()) incProgress = control.get_inc_speed();
-
+    LessonOptions stored = LessonOptions::load(nWin);
     const int size = static_cast<int>(data.size());
-    const int stored = read_or<int>(nWin, KEY_SELECTED_INDEX, 0);
-    int selected = stored;
-    if (stored < 0 || (size > 0 && stored >= size)) {
-        selected = std::clamp(stored, 0, std::max(0, size - 1));
-        ki::pp_warn("Window::restore_state, selectedIndex:$ outside the $ characters, using $", stored, size,
-                    selected);
-    }
+    const int selected = std::clamp(stored.selectedIndex, 0, std::max(0, size - 1));
+    if (selected != stored.selectedIndex)
+        ki::pp_warn("Window::restore_state, selectedIndex:$ outside the $ characters, using $",
+                    stored.selectedIndex, size, selected);
+    stored.selectedIndex = selected;
+    // The step stays at its start value until the learner has chosen one.
+    if (!stored.incSpeedStored) stored.incSpeed = control.get_inc_speed();
     model->set_selected_index(selected);
+    apply_options(stored);
 }
 
 void Window::setup_base_hotkeys() {
@@ -516,133 +458,15 @@ void Window::setup_base_hotkeys() {
 }
 
 void Window::ini_filter_global_mouse() {
-    if (ki::qt::gApp == nullptr) {
-        ki::pp_error("Window::ini_filter_global_mouse, no application object");
-        return;
-    }
-    ki::qt::event::EventFilter& filter = ki::qt::gApp->get_event_filter();
-    filter.liMousePress.set(listener_key(), [this](QMouseEvent* const& ev) { on_hook_press(ev); });
-    filter.liMouseMove.set(listener_key(), [this](QMouseEvent* const& ev) { on_hook_move(ev); });
-    filter.liMouseRelease.set(listener_key(), [this](QMouseEvent* const& ev) { on_hook_release(ev); });
-}
-
-void Window::on_hook_press(QMouseEvent* ev) {
-    const QPoint global = ev->globalPosition().toPoint();
-    // Every press starts afresh: a press elsewhere (a trace on the canvas) must not drag the
-    // list from an old position.
-    tracking = false;
-    dragged = false;
-    if (!scroller->contains_global_point(global)) return;
-    ki::pp("HOOK, press, mouse at:$", global);
-    ptPress = global;
-    topIndexPress = scroller->get_index_win_top();
-    tracking = true;
-}
-
-void Window::on_hook_move(QMouseEvent* ev) {
-    if ((ev->buttons() & Qt::LeftButton) == 0 || !tracking) return;
-    const QPoint global = ev->globalPosition().toPoint();
-    const QPoint diff = global - ptPress;
-    if (std::abs(diff.y()) > dragThreshold) {
-        ki::pp("HOOK, move, mouse BIGGER diff:$ - so disable now", diff);
-        dragged = true;
-        const int rowHeight = std::max(1, model->get_row_height(20));
-        const long long rows = diff.y() / rowHeight;
-        ki::pp("diffINdex:$", rows);
-        scroller->update_index_win_top(topIndexPress - rows);
-    } else {
-        ki::pp("HOOK, move, mouse at:$, ptDiff:$", global, diff);
-    }
-}
-
-void Window::on_hook_release(QMouseEvent* ev) {
-    if (!tracking) return;
-    ki::pp("HOOK, released, mouse at:$", ev->globalPosition().toPoint());
-    post([this]() {
-        if (!dragged) return;
-        dragged = false;
-        tracking = false;
-        scroller->update_model();
-    });
+    scroller->enable_drag(DRAG_THRESHOLD);
 }
 
 void Window::on_menu_options_top(ki::qt::GMenu* menu) {
-    using ki::qt::GMenu;
-    if (control.is_mode_bit(MODE_LEARN)) {
-        GMenu* learn = menu->gen_sub_menu(tt("Learn Mode", "Lernmodus", "Режим обучения"));
-        const std::pair<unsigned int, QString> aids[] = {
-            {CanvasHanzi::DRAW_OUTLINE, tt("Outline", "Umriss", "Контур")},
-            {CanvasHanzi::DRAW_HELPER_CIRCLES, tt("Helper Circles", "Hilfskreise", "Вспомогательные круги")},
-            {CanvasHanzi::DRAW_HELPER_LINES, tt("Helper Lines", "Hilfslinien", "Вспомогательные линии")},
-        };
-        for (const auto& [bit, label] : aids) {
-            learn->gen_action(label, true, (canvas->get_draw_config() & bit) != 0,
-                              [this, bit = bit](const bool& on) {
-                                  canvas->set_draw_config_bits(bit, on);
-                                  canvas->update();
-                                  save_settings_now();
-                              });
-        }
-        GMenu* tolerance = learn->gen_sub_menu(tt("Stroke Tolerance", "Strichtoleranz", "Допуск черты"),
-                                               GMenu::MENU_EXCLUSIVE);
-        for (int radius = R_CIRCLE_MENU_MIN; radius <= R_CIRCLE_MENU_MAX; radius += R_CIRCLE_MENU_STEP) {
-            tolerance->gen_action(ki::str::qprintF("$", radius), true, canvas->get_r_circle() == radius,
-                                  [this, radius]() {
-                                      canvas->set_r_circle(radius);
-                                      canvas->update();
-                                      save_settings_now();
-                                  });
-        }
-    } else {
-        GMenu* watch = menu->gen_sub_menu(tt("Watch Mode", "Beobachtungsmodus", "Режим просмотра"));
-        watch->gen_action(tt("Slider", "Schieberegler", "Ползунок"), true, control.is_mode_bit(MODE_SLIDER),
-                          [this](const bool& on) {
-                              control.set_mode_bits(MODE_SLIDER, on);
-                              save_settings_now();
-                          });
-        watch->gen_action(
-            tt("Draw Strokes Automatically", "Striche automatisch zeichnen", "Рисовать черты автоматически"),
-            true, control.is_mode_bit(MODE_AUTO_DRAW), [this](const bool& on) {
-                control.set_mode_bits(MODE_AUTO_DRAW, on);
-                save_settings_now();
-            });
-        GMenu* speed = watch->gen_sub_menu(tt("Auto Draw Speed", "Automatische Zeichengeschwindigkeit",
-                                              "Скорость автоматического рисования"),
-                                           GMenu::MENU_EXCLUSIVE);
-        for (int step = ControlAnim::INC_SPEED_MIN; step <= ControlAnim::INC_SPEED_MAX; ++step) {
-            speed->gen_action(ki::str::qprintF("$", step), true, incProgress == step, [this, step]() {
-                incProgress = step;
-                control.set_inc_speed(step);
-                save_settings_now();
-            });
-        }
-    }
-    menu->gen_separator();
-    menu->gen_action(tt("Audio Auto Play", "Audio automatisch abspielen", "Автовоспроизведение звука"), true,
-                     control.is_mode_bit(MODE_AUTO_PLAY), [this](const bool& on) {
-                         control.set_mode_bits(MODE_AUTO_PLAY, on);
-                         save_settings_now();
-                     });
-    menu->gen_separator();
-    menu->gen_action(tt("Scrollbar", "Bildlaufleiste", "Полоса прокрутки"), true, flagScrollbarVisible,
-                     [this](const bool& on) {
-                         flagScrollbarVisible = on;
-                         scroller->set_scrollbar_vert_visible(on);
-                         update_list_width();
-                         save_settings_now();
-                     });
-    menu->gen_action(tt("Translation", "Übersetzung", "Перевод"), true, control.is_mode_bit(MODE_TRANSLATION),
-                     [this](const bool& on) {
-                         control.set_mode_bits(MODE_TRANSLATION, on);
-                         save_settings_now();
-                     });
-    menu->gen_action(tt("Show Unicode", "Unicode anzeigen", "Показывать Unicode"), true,
-                     model->is_show_unicode(), [this](const bool& on) {
-                         model->set_show_unicode(on);
-                         model->update_model();
-                         save_settings_now();
-                     });
-    menu->gen_separator();
+    fill_options_menu_top(menu, {[this]() { return get_options(); },
+                                 [this](const LessonOptions& next) {
+                                     apply_options(next);
+                                     save_settings_now();
+                                 }});
 }
 
 void Window::on_menu_options_bottom(ki::qt::GMenu* menu) {
@@ -667,77 +491,12 @@ void Window::on_help() {
 }
 
 void Window::on_test1() {
-    ki::pp("Window::on_test1, control:$, drawConfig:$, rCircle:$, selected:$, incProgress:$",
-           control.to_string(), canvas->get_draw_config(), canvas->get_r_circle(),
-           model->get_selected_index(), incProgress);
+    Diagnostics::log_state(*this);
 }
 
 void Window::on_test2() {
-    ++valTest;
-    ki::pp("Window::on_test2, valTest:$", valTest);
+    Diagnostics::count_test_value(*this);
     save_settings_now();
-}
-
-void Window::save_screenshots(const QString& folder) {
-    if (!QDir().mkpath(folder)) {
-        ki::pp_error("Window::save_screenshots, cannot create '$'", folder);
-        return;
-    }
-    auto settle = []() {
-        for (int i = 0; i < 10; ++i) QCoreApplication::processEvents();
-    };
-    auto save = [&folder](QWidget* widget, const QString& name) {
-        const QString file = QDir(folder).filePath(name + QStringLiteral(".png"));
-        if (widget->grab().save(file))
-            ki::pp_info("Window::save_screenshots, saved '$'", file);
-        else
-            ki::pp_error("Window::save_screenshots, cannot write '$'", file);
-    };
-    auto save_menu = [&](const QString& name) {
-        ki::qt::GMenu* menu = gen_menu_options(OPTIONS_ALL);
-        menu->popup(mapToGlobal(QPoint(40, 40)));
-        settle();
-        save(menu, name);
-        menu->close();
-    };
-    auto save_about = [&](const QString& name) {
-        on_help();
-        settle();
-        for (QWidget* top : QApplication::topLevelWidgets()) {
-            if (auto* box = qobject_cast<QMessageBox*>(top); box != nullptr && box->isVisible()) {
-                save(box, name);
-                box->close();
-            }
-        }
-    };
-    const unsigned int themeBefore = get_theme();
-    const unsigned int flagsBefore = control.get_mode_flags();
-    const long long selectedBefore = model->get_selected_index();
-    const QLocale::Language langBefore = ki::qt::lang::get_lang();
-    for (QLocale::Language language : {QLocale::English, QLocale::Russian}) {
-        ki::qt::lang::set_lang(language);
-        const QString suffix = language == QLocale::English ? QString() : QStringLiteral("_ru");
-        for (unsigned int theme :
-             {ki::qt::themes::THEME_NORMAL, ki::qt::themes::THEME_DARK, ki::qt::themes::THEME_GREEN}) {
-            set_theme(theme);
-            const QString name = ki::qt::themes::theme_to_string(theme) + suffix;
-            control.set_mode_flags(MODE_TRANSLATION | MODE_AUTO_DRAW | MODE_SLIDER);
-            on_index(7);
-            for (int tick = 0; tick < 20; ++tick) on_timer();
-            settle();
-            save(this, QStringLiteral("quenlo_watch_") + name);
-            control.set_mode_flags(MODE_LEARN | MODE_TRANSLATION);
-            on_set_strokes_learned(2);
-            settle();
-            save(this, QStringLiteral("quenlo_learn_") + name);
-            save_menu(QStringLiteral("quenlo_menu_") + name);
-        }
-        save_about(QStringLiteral("quenlo_about") + suffix);
-    }
-    ki::qt::lang::set_lang(langBefore);
-    control.set_mode_flags(flagsBefore);
-    set_theme(themeBefore);
-    if (selectedBefore >= 0) on_index(static_cast<int>(selectedBefore));
 }
 
 }  // namespace morvel::prog2

@@ -1,18 +1,15 @@
 #pragma once
-// The program's window: the scrolling character list, the canvas on which the character is
-// drawn or traced, the translation line, the button bars and the options menu. It owns the
-// animation control and keeps the learner's options and selection between runs.
+// The program's window: it builds the character list, the canvas, the translation line and the
+// button bars, and wires them to the lesson state (ControlAnim) and the options record. The
+// parts do the work; the window connects them and keeps the learner's choices between runs.
 
 #include <ki/qt/GMainWindow.h>
 #include <ki/qt/components/GenericSlider.h>
 
-#include <QPoint>
 #include <QTimer>
-#include <cstdint>
 
+#include "app/lesson/LessonOptions.h"
 #include "app/stroke/ControlAnim.h"
-
-class QMouseEvent;
 
 namespace ki::qt {
 class GButton;
@@ -32,35 +29,14 @@ class CanvasHanzi;
 namespace morvel::prog2 {
 
 class AppData;
+class Diagnostics;
 class ModelAppData;
 
 class Window : public ki::qt::GMainWindow {
     Q_OBJECT
 public:
-    /// Bits of the animation control's mode word.
-    static constexpr unsigned int MODE_LEARN = 0x01;
-    static constexpr unsigned int MODE_TRANSLATION = 0x02;
-    static constexpr unsigned int MODE_AUTO_PLAY = 0x04;
-    static constexpr unsigned int MODE_SLIDER = 0x08;
-    static constexpr unsigned int MODE_AUTO_DRAW = 0x10;
-    /// Automatic drawing held (the learner moved the slider); cleared on every selection.
-    static constexpr unsigned int MODE_PAUSED = 0x20;
-    static constexpr unsigned int MODE_KNOWN = 0x3F;
-
     static constexpr int TIMER_INTERVAL_MS = 100;
-    static constexpr int INC_PROGRESS_DEFAULT = 3;
     static constexpr int DRAG_THRESHOLD = 4;
-    /// Tolerance radii the options menu offers, and the range accepted from the settings.
-    static constexpr int R_CIRCLE_MENU_MIN = 40;
-    static constexpr int R_CIRCLE_MENU_MAX = 200;
-    static constexpr int R_CIRCLE_MENU_STEP = 20;
-    static constexpr int R_CIRCLE_STORED_MIN = 10;
-    static constexpr int R_CIRCLE_STORED_MAX = 400;
-
-    static constexpr const char* KEY_SHOW_UNICODE = "flagShowUnicode";
-    static constexpr const char* KEY_SCROLLBAR_VISIBLE = "flagScrollbarVisible";
-    static constexpr const char* KEY_VAL_TEST = "valTest";
-    static constexpr const char* KEY_SELECTED_INDEX = "selectedIndex";
 
     /// `data` must outlive the window.
     explicit Window(AppData& data);
@@ -82,13 +58,14 @@ public:
     void on_index(int index);
     /// One character back (`flagUp`) or on; stops at both ends.
     void inc_sel_index(bool flagUp);
+    long long get_selected_index() const;
 
     void on_play_sound();
     bool sound_exists(int unicode) const;
     /// ":/wb/shared-res/zh/fono/<code>.mp3".
     static QString sound_path(int unicode);
 
-    /// Brings canvas, slider, translation line and learn button in line with the mode word.
+    /// Brings slider, translation line and learn button in line with the mode word.
     void on_mode_changed();
     /// Advances the automatic drawing by one step; runs every TIMER_INTERVAL_MS.
     void on_timer();
@@ -96,50 +73,37 @@ public:
     void on_event_stroke_learned();
     /// Lets the character list be dragged vertically anywhere inside it.
     void ini_filter_global_mouse();
-
-    /// Debugging aids: the state to the log, and a counter kept in the settings.
+    /// Debugging aids (Ctrl+Alt+1, Ctrl+Alt+2), see Diagnostics.
     void on_test1();
     void on_test2();
 
-    /// Saves the window in each theme and mode, the options menu and the About box as PNG
-    /// files into `folder` (command-line option "--__screenshots <folder>").
-    void save_screenshots(const QString& folder);
-
+    /// The lesson state: mode, position, strokes traced.
     ControlAnim& get_control() { return control; }
-    CanvasHanzi* get_canvas() const { return canvas; }
-    ModelAppData* get_model() const { return model; }
-    ki::qt::otf::GDataScroller* get_scroller() const { return scroller; }
-    ki::qt::GButton* get_button_sound() const { return buttonSound; }
-    ki::qt::GenericSlider<unsigned int>* get_slider() const { return slider; }
-    ki::qt::GLabel* get_label_translation() const { return labelTranslation; }
-    ki::qt::GPanel* get_panel_translation() const { return panTranslation; }
-    ki::qt::GSound* get_sound() const { return sound; }
-    int get_inc_progress() const { return incProgress; }
-    bool is_scrollbar_visible() const { return flagScrollbarVisible; }
-    long long get_selected_index() const;
+    /// The options as they are now; `apply_options` changes, shows and saves them.
+    LessonOptions get_options() const;
+    void apply_options(const LessonOptions& next);
 
 protected:
     void changeEvent(QEvent* ev) override;
     void paintEvent(QPaintEvent* ev) override;
 
 private:
-    void apply_mode(unsigned int flags, unsigned int changed);
+    friend class Diagnostics;
+
+    void on_lesson_changed(const LessonChange& change);
+    void show_progress(float progress);
     void update_translation(int index);
-    void update_progress_label(float progress);
     void update_fonts();
     void update_list_width();
     void retranslate();
     void on_toggle_list();
-    void on_slider(unsigned int value);
     /// Writes every setting to the store now, so that no change waits for the quit.
     void save_settings_now();
-    void on_hook_press(QMouseEvent* ev);
-    void on_hook_move(QMouseEvent* ev);
-    void on_hook_release(QMouseEvent* ev);
     std::string listener_key() const;
 
     AppData& data;
     ControlAnim control;
+    LessonOptions options;
     CanvasHanzi* canvas = nullptr;
     ModelAppData* model = nullptr;
     ki::qt::otf::GDataScroller* scroller = nullptr;
@@ -163,16 +127,6 @@ private:
     bool deferAutoPlay = false;
     bool autoPlayPending = false;
     QTimer timer;
-
-    bool flagScrollbarVisible = true;
-    uint32_t valTest = 0;
-    int incProgress = INC_PROGRESS_DEFAULT;
-
-    QPoint ptPress;
-    int dragThreshold = DRAG_THRESHOLD;
-    bool dragged = false;
-    bool tracking = false;
-    long long topIndexPress = 0;
 };
 
 }  // namespace morvel::prog2

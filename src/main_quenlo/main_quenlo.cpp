@@ -11,6 +11,7 @@
 
 #include "app/AppData.h"
 #include "app/BenchHooks.h"
+#include "app/Diagnostics.h"
 #include "app/Window.h"
 #include "app/morvel.h"
 
@@ -47,7 +48,7 @@ int qMain(int argc, char** argv) {
     const QString screenshots = ki::qt::GApp::get_argv().value_string(QStringLiteral("__screenshots"));
     if (!screenshots.isEmpty()) {
         QTimer::singleShot(500, window, [window, screenshots]() {
-            window->save_screenshots(screenshots);
+            morvel::prog2::Diagnostics::save_screenshots(*window, screenshots);
             QCoreApplication::quit();
         });
     }

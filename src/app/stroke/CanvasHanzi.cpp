@@ -9,13 +9,12 @@
 #include <QVariant>
 #include <algorithm>
 #include <cmath>
+#include <glm/mat3x3.hpp>
+#include <glm/matrix.hpp>
 
 namespace morvel {
 
 namespace {
-
-const QString KEY_DRAW_CONFIG = QStringLiteral("DRAW_CONFIG");
-const QString KEY_R_CIRCLE = QStringLiteral("rCircle");
 
 QPen round_pen(const QColor& color, float width) {
     return QPen(QBrush(color), width, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin);
@@ -31,6 +30,13 @@ std::string mouse_event_to_string(const QMouseEvent* ev) {
 CanvasHanzi::CanvasHanzi(QWidget* parent) : GCanvas(parent) {
     set_name("CanvasHanzi");
     setAttribute(Qt::WA_OpaquePaintEvent);
+    ownLesson.set_mode_flags(0);
+    ownLesson.set_progress(0.0f);
+}
+
+void CanvasHanzi::set_lesson(const prog2::ControlAnim* model) {
+    lesson = model != nullptr ? model : &ownLesson;
+    update();
 }
 
 void CanvasHanzi::set_anim(Anim newAnim) {
@@ -53,20 +59,6 @@ void CanvasHanzi::set_anim(Anim newAnim) {
 
 ki::math::Rect CanvasHanzi::get_view_box() const {
     return anim.viewBox.is_valid() ? anim.viewBox : VIEW_BOX_FALLBACK;
-}
-
-void CanvasHanzi::set_progress(float percent) {
-    if (std::isnan(percent)) {
-        ki::pp_warn("CanvasHanzi::set_progress, progress is not a number");
-        return;
-    }
-    progress = percent;
-    update();
-}
-
-void CanvasHanzi::set_learn_mode(bool on) {
-    learnMode = on;
-    update();
 }
 
 void CanvasHanzi::set_grid_on(bool on) {
@@ -107,13 +99,9 @@ void CanvasHanzi::set_r_circle(int radius) {
     update();
 }
 
-void CanvasHanzi::set_index_stroke(int count) {
-    indexStroke = count;
-    update();
-}
-
 bool CanvasHanzi::is_hieroglyphe_drawn() const {
-    return indexStroke >= 1 && indexStroke == static_cast<int>(anim.strokes.size());
+    const int learned = get_strokes_learned();
+    return learned >= 1 && learned == static_cast<int>(anim.strokes.size());
 }
 
 void CanvasHanzi::clear_path_mouse() {
@@ -122,8 +110,9 @@ void CanvasHanzi::clear_path_mouse() {
 }
 
 const AnimStroke* CanvasHanzi::current_stroke() const {
-    if (indexStroke < 0 || indexStroke >= static_cast<int>(anim.strokes.size())) return nullptr;
-    return &anim.strokes[static_cast<size_t>(indexStroke)];
+    const int index = get_strokes_learned();
+    if (index < 0 || index >= static_cast<int>(anim.strokes.size())) return nullptr;
+    return &anim.strokes[static_cast<size_t>(index)];
 }
 
 glm::mat3 CanvasHanzi::anim_matrix(const ki::math::Rect& view) const {
@@ -136,38 +125,30 @@ glm::vec2 CanvasHanzi::map_point_to_anim(glm::vec2 p) const {
     const ki::math::Rect view(0.0f, 0.0f, static_cast<float>(r.right() - r.left() + 1),
                               static_cast<float>(r.bottom() - r.top() + 1));
     const glm::mat3 m = anim_matrix(view);
-    const float a = m[0][0], b = m[0][1], c = m[1][0], d = m[1][1];
-    const float det = a * d - b * c;
-    if (det == 0.0f) {
+    if (m[0][0] * m[1][1] - m[0][1] * m[1][0] == 0.0f) {
         ki::pp_warn("CanvasHanzi::map_point_to_anim, transform not invertible");
         return p;
     }
-    const float x = p.x - m[2][0];
-    const float y = p.y - m[2][1];
-    return {(d * x - c * y) / det, (a * y - b * x) / det};
+    const glm::vec3 q = glm::inverse(m) * glm::vec3(p, 1.0f);
+    return {q.x, q.y};
 }
 
 glm::vec2 CanvasHanzi::map_mouse_point_to_anim(QPoint p) const {
     return map_point_to_anim({static_cast<float>(p.x()), static_cast<float>(p.y())});
 }
 
-void CanvasHanzi::config_load(ki::store::GNode& node) {
+void CanvasHanzi::config_load(const ki::store::GNode& node) {
     ki::pp("CanvasHanzi::config_load");
-    drawConfig = node.get<unsigned int>(KEY_DRAW_CONFIG, DRAW_CONFIG_DEFAULT);
-    const int radius = node.get<int>(KEY_R_CIRCLE, R_CIRCLE_DEFAULT);
-    if (radius < 1) {
-        ki::pp_warn("CanvasHanzi::config_load, invalid rCircle:$, using $", radius, R_CIRCLE_DEFAULT);
-        rCircle = R_CIRCLE_DEFAULT;
-    } else {
-        rCircle = radius;
-    }
+    const prog2::LessonOptions options = prog2::LessonOptions::load(node);
+    drawConfig = options.drawConfig;
+    rCircle = options.rCircle;
     update();
 }
 
 void CanvasHanzi::config_save(ki::store::GNode& node) const {
     ki::pp("CanvasHanzi::config_save");
-    node.set(KEY_DRAW_CONFIG, QVariant::fromValue(drawConfig));
-    node.set(KEY_R_CIRCLE, QVariant::fromValue(rCircle));
+    node.set(QStringLiteral("DRAW_CONFIG"), QVariant::fromValue(drawConfig));
+    node.set(QStringLiteral("rCircle"), QVariant::fromValue(rCircle));
 }
 
 void CanvasHanzi::draw(ki::qt::GPC& gpc, const ki::math::Rect& rect) {
@@ -177,7 +158,7 @@ void CanvasHanzi::draw(ki::qt::GPC& gpc, const ki::math::Rect& rect) {
     gpc.save();
     gpc.set_anti_alias(true);
     gpc.set_matrix(anim_matrix(rect), true);
-    if (learnMode)
+    if (is_learn_mode())
         draw_learning(gpc);
     else
         draw_standard(gpc);
@@ -216,7 +197,7 @@ void CanvasHanzi::fill_outlines(ki::qt::GPC& gpc, int count, const QColor& color
 
 void CanvasHanzi::draw_standard(ki::qt::GPC& gpc) const {
     if (anim.strokes.empty()) return;
-    const float drawn = totalLength * std::clamp(progress, 0.0f, 100.0f) / 100.0f;
+    const float drawn = totalLength * std::clamp(get_progress(), 0.0f, 100.0f) / 100.0f;
     fill_outlines(gpc, static_cast<int>(outlines.size()), colors.colorOutline);
     const QPen ink = round_pen(colors.colorAnim, WIDTH_INK);
     float acc = 0.0f;
@@ -224,13 +205,16 @@ void CanvasHanzi::draw_standard(ki::qt::GPC& gpc) const {
         const ki::math::Path& centre = anim.strokes[i].pathAnim;
         const float length = centre.get_length();
         if (length <= 0.0f) continue;
-        const float percent = (drawn - acc) / length * 100.0f;
+        const float part = drawn - acc;
         acc += length;
-        if (percent <= 0.0f) continue;
+        if (part <= 0.0f) continue;
         // The wide pen clipped by the outline paints the stroke inside its own shape.
         gpc.save();
         gpc.clip_path(outlines[i]);
-        gpc.draw_path(ki::qt::PATH_PLAIN, centre, ink, QBrush(Qt::NoBrush), std::min(percent, 100.0f));
+        if (part >= length)
+            gpc.stroke_path(centreLines[i], ink);
+        else
+            gpc.stroke_path(ki::qt::GPC::math_path_to_painter_path(centre.prefix_to_length(part)), ink);
         gpc.restore();
     }
 }
@@ -243,7 +227,8 @@ void CanvasHanzi::draw_learning(ki::qt::GPC& gpc) const {
         const QPen pen = round_pen(colors.colorHelperLines, WIDTH_HELPER_LINES);
         for (const QPainterPath& line : centreLines) gpc.stroke_path(line, pen);
     }
-    if (indexStroke > 0 && indexStroke <= count) fill_outlines(gpc, indexStroke, QColor(Qt::green));
+    const int learned = get_strokes_learned();
+    if (learned > 0 && learned <= count) fill_outlines(gpc, learned, QColor(Qt::green));
     const ki::math::Path& trace = judge.get_path();
     if (!trace.is_empty()) {
         const QColor& color = judge.get_errors() == 0 ? colors.colorTraceGood : colors.colorTraceBad;
@@ -267,10 +252,10 @@ void CanvasHanzi::draw_learning(ki::qt::GPC& gpc) const {
 
 void CanvasHanzi::mousePressEvent(QMouseEvent* ev) {
     GCanvas::mousePressEvent(ev);
-    if (!learnMode || ev->button() != Qt::LeftButton || indexStroke < 0) return;
+    if (!is_learn_mode() || ev->button() != Qt::LeftButton || get_strokes_learned() < 0) return;
     const AnimStroke* stroke = current_stroke();
     if (stroke == nullptr) {
-        ki::pp("CanvasHanzi::mousePressEvent, no stroke left, indexStroke:$, strokes:$", indexStroke,
+        ki::pp("CanvasHanzi::mousePressEvent, no stroke left, indexStroke:$, strokes:$", get_strokes_learned(),
                anim.strokes.size());
         return;
     }
@@ -282,7 +267,7 @@ void CanvasHanzi::mousePressEvent(QMouseEvent* ev) {
 
 void CanvasHanzi::mouseMoveEvent(QMouseEvent* ev) {
     GCanvas::mouseMoveEvent(ev);
-    if (!learnMode || (ev->buttons() & Qt::LeftButton) == 0) return;
+    if (!is_learn_mode() || (ev->buttons() & Qt::LeftButton) == 0) return;
     const AnimStroke* stroke = current_stroke();
     if (stroke == nullptr) return;
     judge.move(map_mouse_point_to_anim(ev->position().toPoint()), *stroke, rCircle);
@@ -292,7 +277,7 @@ void CanvasHanzi::mouseMoveEvent(QMouseEvent* ev) {
 
 void CanvasHanzi::mouseReleaseEvent(QMouseEvent* ev) {
     GCanvas::mouseReleaseEvent(ev);
-    if (!learnMode) return;
+    if (!is_learn_mode()) return;
     ki::pp("CanvasHanzi::mouseReleaseEvent, ev:$", mouse_event_to_string(ev));
     if (ev->button() != Qt::LeftButton) return;
     const AnimStroke* stroke = current_stroke();

@@ -15,8 +15,10 @@
 #include <glm/vec2.hpp>
 #include <vector>
 
+#include "app/lesson/LessonOptions.h"
 #include "app/stroke/Anim.h"
 #include "app/stroke/CanvasColors.h"
+#include "app/stroke/ControlAnim.h"
 #include "app/stroke/StrokeJudge.h"
 
 namespace ki::store {
@@ -29,11 +31,11 @@ class CanvasHanzi : public ki::qt::GCanvas {
     Q_OBJECT
 public:
     /// drawConfig bits.
-    static constexpr unsigned int DRAW_OUTLINE = 2;
-    static constexpr unsigned int DRAW_HELPER_CIRCLES = 8;
-    static constexpr unsigned int DRAW_HELPER_LINES = 16;
-    static constexpr unsigned int DRAW_CONFIG_DEFAULT = DRAW_OUTLINE | DRAW_HELPER_CIRCLES;
-    static constexpr int R_CIRCLE_DEFAULT = 140;
+    static constexpr unsigned int DRAW_OUTLINE = prog2::LessonOptions::DRAW_OUTLINE;
+    static constexpr unsigned int DRAW_HELPER_CIRCLES = prog2::LessonOptions::DRAW_HELPER_CIRCLES;
+    static constexpr unsigned int DRAW_HELPER_LINES = prog2::LessonOptions::DRAW_HELPER_LINES;
+    static constexpr unsigned int DRAW_CONFIG_DEFAULT = prog2::LessonOptions{}.drawConfig;
+    static constexpr int R_CIRCLE_DEFAULT = prog2::LessonOptions{}.rCircle;
     /// Pen width of the watch-mode ink and of the trace, in character units.
     static constexpr float WIDTH_INK = 150.0f;
     static constexpr float WIDTH_HELPER_LINES = 5.0f;
@@ -49,11 +51,14 @@ public:
     /// The frame painting and mapping use: the viewBox, or the fallback when it is invalid.
     ki::math::Rect get_view_box() const;
 
-    /// Watch-mode position in percent of the character's total centre-line length.
-    void set_progress(float percent);
-    float get_progress() const { return progress; }
-    void set_learn_mode(bool on);
-    bool is_learn_mode() const { return learnMode; }
+    /// The lesson state painted: mode, watch-mode position and strokes traced. Until one is
+    /// bound the canvas paints its own, which starts in watch mode at 0 %.
+    void set_lesson(const prog2::ControlAnim* model);
+    const prog2::ControlAnim& get_lesson() const { return *lesson; }
+    /// The canvas's own lesson state, painted while no other is bound.
+    prog2::ControlAnim& own_lesson() { return ownLesson; }
+    float get_progress() const { return lesson->get_progress(); }
+    bool is_learn_mode() const { return lesson->is_mode_bit(prog2::MODE_LEARN); }
     void set_unicode(int code) { unicode = code; }
     int get_unicode() const { return unicode; }
     void set_grid_on(bool on);
@@ -72,11 +77,10 @@ public:
     int get_r_circle() const { return rCircle; }
     void set_r_circle(int radius);
 
-    /// Strokes traced so far, which is the index of the stroke to trace now. Owned by the window.
-    void set_index_stroke(int count);
-    int get_strokes_learned() const { return indexStroke; }
+    /// Strokes traced so far, which is the index of the stroke to trace now.
+    int get_strokes_learned() const { return lesson->get_strokes_learned(); }
     /// The last traced stroke; -1 before the first.
-    int get_index_stroke() const { return indexStroke - 1; }
+    int get_index_stroke() const { return get_strokes_learned() - 1; }
     bool is_hieroglyphe_drawn() const;
     void clear_path_mouse();
     const ki::math::Path& get_path_mouse() const { return judge.get_path(); }
@@ -87,8 +91,8 @@ public:
     glm::vec2 map_point_to_anim(glm::vec2 p) const;
     glm::vec2 map_mouse_point_to_anim(QPoint p) const;
 
-    /// "DRAW_CONFIG" (default 10) and "rCircle" (default 140).
-    void config_load(ki::store::GNode& node);
+    /// "DRAW_CONFIG" (default 10) and "rCircle" (default 140), checked by LessonOptions.
+    void config_load(const ki::store::GNode& node);
     void config_save(ki::store::GNode& node) const;
 
     void draw(ki::qt::GPC& gpc, const ki::math::Rect& rect) override;
@@ -123,10 +127,9 @@ private:
     bool gridOn = true;
     bool altBackground = false;
     CanvasColors colors = CanvasColors::normal();
-    float progress = 0.0f;
+    prog2::ControlAnim ownLesson;
+    const prog2::ControlAnim* lesson = &ownLesson;
 
-    bool learnMode = false;
-    int indexStroke = 0;
     int rCircle = 60;
     int widthCircle = 6;
     unsigned int drawConfig = 0;

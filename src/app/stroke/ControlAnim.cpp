@@ -6,40 +6,94 @@
 
 #include <QVariant>
 #include <algorithm>
+#include <cmath>
+
+#include "app/lesson/LessonOptions.h"
 
 namespace morvel::prog2 {
 
-namespace {
-const QString KEY_MODE_FLAGS = QStringLiteral("ControlAnim.modeFlags");
-const QString KEY_INC_SPEED = QStringLiteral("incSpeed");
-}  // namespace
-
-void ControlAnim::config_load(ki::store::GNode& node) {
-    set_mode_flags(node.get<unsigned int>(KEY_MODE_FLAGS, MODE_FLAGS_DEFAULT));
-    set_inc_speed(node.get<int>(KEY_INC_SPEED, INC_SPEED_DEFAULT));
-}
-
-void ControlAnim::config_save(ki::store::GNode& node) const {
-    node.set(KEY_MODE_FLAGS, QVariant::fromValue(modeFlags));
-    node.set(KEY_INC_SPEED, QVariant::fromValue(incSpeed));
+void ControlAnim::commit(const LessonState& next) {
+    pending = next;
+    if (next != current && liChanged.has_listener()) liChanged.fire_event(LessonChange{current, next});
+    current = next;
 }
 
 void ControlAnim::set_mode_flags(unsigned int flags) {
-    modeFlagsPending = flags;
-    if (flags != modeFlags && liModeChanged.has_listener()) liModeChanged.fire_event();
-    modeFlags = flags;
+    LessonState next = current;
+    next.modeFlags = flags;
+    const unsigned int changed = current.modeFlags ^ flags;
+    if ((changed & (MODE_LEARN | MODE_AUTO_DRAW)) != 0) next.progress = next.start_progress();
+    if ((changed & MODE_LEARN) != 0) next.strokesLearned = 0;
+    commit(next);
 }
 
 void ControlAnim::set_mode_bits(unsigned int bits, bool on) {
-    set_mode_flags(on ? (modeFlags | bits) : (modeFlags & ~bits));
+    set_mode_flags(on ? (current.modeFlags | bits) : (current.modeFlags & ~bits));
 }
 
 void ControlAnim::set_inc_speed(int speed) {
-    incSpeed = std::clamp(speed, INC_SPEED_MIN, INC_SPEED_MAX);
+    LessonState next = current;
+    next.step = std::clamp(speed, INC_SPEED_MIN, INC_SPEED_MAX);
+    commit(next);
+}
+
+void ControlAnim::select(int strokeCount) {
+    LessonState next = current;
+    next.modeFlags &= ~MODE_PAUSED;
+    next.strokeCount = std::max(0, strokeCount);
+    next.strokesLearned = 0;
+    next.progress = next.start_progress();
+    commit(next);
+}
+
+void ControlAnim::tick() {
+    if ((current.modeFlags & (MODE_AUTO_DRAW | MODE_PAUSED)) != MODE_AUTO_DRAW) return;
+    if (current.progress >= 100.0f) return;
+    set_progress(current.progress + static_cast<float>(current.step));
+}
+
+void ControlAnim::set_from_slider(unsigned int percent) {
+    LessonState next = current;
+    // The learner took over: the timer must not move the character on under the slider.
+    next.modeFlags |= MODE_PAUSED;
+    next.progress = std::min(100.0f, static_cast<float>(percent));
+    commit(next);
+}
+
+void ControlAnim::set_progress(float percent) {
+    if (std::isnan(percent)) {
+        ki::pp_warn("ControlAnim::set_progress, progress is not a number");
+        return;
+    }
+    LessonState next = current;
+    next.progress = std::min(100.0f, percent);
+    commit(next);
+}
+
+void ControlAnim::stroke_accepted() {
+    set_strokes_learned(current.strokesLearned + 1);
+}
+
+void ControlAnim::set_strokes_learned(int count) {
+    LessonState next = current;
+    next.strokesLearned = std::clamp(count, 0, std::max(0, current.strokeCount));
+    commit(next);
+}
+
+void ControlAnim::config_load(const ki::store::GNode& node) {
+    const LessonOptions options = LessonOptions::load(node);
+    set_mode_flags(options.modeFlags);
+    set_inc_speed(options.incSpeed);
+}
+
+void ControlAnim::config_save(ki::store::GNode& node) const {
+    node.set(QStringLiteral("ControlAnim.modeFlags"), QVariant::fromValue(current.modeFlags));
+    node.set(QStringLiteral("incSpeed"), QVariant::fromValue(current.step));
 }
 
 std::string ControlAnim::to_string() const {
-    return ki::str::xprintF(0, "ControlAnim{modeFlags:$, incSpeed:$}", modeFlags, incSpeed);
+    return ki::str::xprintF(0, "ControlAnim{modeFlags:$, incSpeed:$, progress:$, strokes:$/$}", current.modeFlags,
+                            current.step, current.progress, current.strokesLearned, current.strokeCount);
 }
 
 }  // namespace morvel::prog2

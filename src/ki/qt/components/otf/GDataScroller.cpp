@@ -1,14 +1,17 @@
 #include <ki/log/GLog.h>
+#include <ki/qt/GApp.h>
 #include <ki/qt/components/GPanel.h>
 #include <ki/qt/components/otf/GDataScroller.h>
 
 #include <QBoxLayout>
 #include <QKeyEvent>
+#include <QMouseEvent>
 #include <QResizeEvent>
 #include <QScrollBar>
 #include <QSignalBlocker>
 #include <QWheelEvent>
 #include <algorithm>
+#include <cstdlib>
 
 namespace ki::qt::otf {
 
@@ -38,6 +41,69 @@ GDataScroller::GDataScroller(QWidget* parent) : QFrame(parent), ObjectName<QWidg
 
 GDataScroller::~GDataScroller() {
     if (model) model->liModelChanged.remove(listener_key(this));
+    if (dragEnabled && gApp != nullptr) {
+        event::EventFilter& filter = gApp->get_event_filter();
+        filter.liMousePress.remove(listener_key(this));
+        filter.liMouseMove.remove(listener_key(this));
+        filter.liMouseRelease.remove(listener_key(this));
+    }
+}
+
+void GDataScroller::enable_drag(int threshold) {
+    if (gApp == nullptr) {
+        pp_error("GDataScroller::enable_drag, no application object");
+        return;
+    }
+    dragThreshold = threshold;
+    dragEnabled = true;
+    event::EventFilter& filter = gApp->get_event_filter();
+    filter.liMousePress.set(listener_key(this), [this](QMouseEvent* const& ev) { on_drag_press(ev); });
+    filter.liMouseMove.set(listener_key(this), [this](QMouseEvent* const& ev) { on_drag_move(ev); });
+    filter.liMouseRelease.set(listener_key(this), [this](QMouseEvent* const& ev) { on_drag_release(ev); });
+}
+
+void GDataScroller::on_drag_press(QMouseEvent* ev) {
+    const QPoint global = ev->globalPosition().toPoint();
+    // Every press starts afresh: a press elsewhere (a trace on the canvas) must not drag the
+    // list from an old position.
+    tracking = false;
+    dragged = false;
+    if (!contains_global_point(global)) return;
+    pp("HOOK, press, mouse at:$", global);
+    ptPress = global;
+    topIndexPress = get_index_win_top();
+    tracking = true;
+}
+
+void GDataScroller::on_drag_move(QMouseEvent* ev) {
+    if ((ev->buttons() & Qt::LeftButton) == 0 || !tracking) return;
+    const QPoint global = ev->globalPosition().toPoint();
+    const QPoint diff = global - ptPress;
+    if (std::abs(diff.y()) > dragThreshold) {
+        pp("HOOK, move, mouse BIGGER diff:$ - so disable now", diff);
+        dragged = true;
+        const int rowHeight = model ? std::max(1, model->get_row_height(20)) : 1;
+        const long long rows = diff.y() / rowHeight;
+        pp("diffINdex:$", rows);
+        update_index_win_top(topIndexPress - rows);
+    } else {
+        pp("HOOK, move, mouse at:$, ptDiff:$", global, diff);
+    }
+}
+
+void GDataScroller::on_drag_release(QMouseEvent* ev) {
+    if (!tracking) return;
+    pp("HOOK, released, mouse at:$", ev->globalPosition().toPoint());
+    // Queued: the release reaches the rows first, and a row must still see the drag.
+    QMetaObject::invokeMethod(
+        this,
+        [this]() {
+            if (!dragged) return;
+            dragged = false;
+            tracking = false;
+            update_model();
+        },
+        Qt::QueuedConnection);
 }
 
 void GDataScroller::ini(GModel* new_model) {

@@ -8,9 +8,11 @@
 #include <ki/qt/ext/ObjectName.h>
 
 #include <QFrame>
+#include <QPoint>
 #include <QPointer>
 #include <QVector>
 
+class QMouseEvent;
 class QScrollBar;
 
 namespace ki::qt::otf {
@@ -45,6 +47,13 @@ public:
     void set_scrollbar_vert_visible(bool visible);
     bool is_scrollbar_vert_visible() const;
 
+    /// Lets the list be dragged vertically with the mouse or a finger anywhere inside it,
+    /// through the application's mouse listeners: a vertical move of more than `threshold`
+    /// pixels scrolls by whole rows against the finger. Needs the application object.
+    void enable_drag(int threshold);
+    /// Whether the current press has become a drag (a row click then does not select).
+    bool is_dragged() const { return dragged; }
+
     /// A click on a row (after the model's selection was set to it).
     Listener<long long> liRowClicked;
 
@@ -73,6 +82,17 @@ private:
     int rowHeightSeen = 0;
     bool rebuildPosted = false;
     bool inRebuild = false;
+
+    void on_drag_press(QMouseEvent* ev);
+    void on_drag_move(QMouseEvent* ev);
+    void on_drag_release(QMouseEvent* ev);
+    // The press that may become a drag, in global coordinates, and the top row at that moment.
+    QPoint ptPress;
+    long long topIndexPress = 0;
+    int dragThreshold = 4;
+    bool dragged = false;
+    bool tracking = false;
+    bool dragEnabled = false;
 };
 
 }  // namespace ki::qt::otf

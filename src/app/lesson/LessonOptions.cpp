@@ -1,0 +1,101 @@
+#include "app/lesson/LessonOptions.h"
+
+#include <ki/log/GLog.h>
+#include <ki/store/GNode.h>
+
+#include <QVariant>
+#include <algorithm>
+#include <limits>
+#include <variant>
+
+namespace morvel::prog2 {
+
+namespace {
+
+// What a stored value outside its range becomes.
+enum class Fix {
+    CLAMP,    // the nearest allowed value
+    DEFAULT,  // the default: no nearby value means what was meant
+    MASK,     // unknown bits dropped, known ones kept
+};
+
+using Field = std::variant<bool LessonOptions::*, int LessonOptions::*, unsigned int LessonOptions::*>;
+
+struct Row {
+    const char* key;
+    Field field;
+    Fix fix = Fix::CLAMP;
+    long long min = std::numeric_limits<int>::min();
+    long long max = std::numeric_limits<int>::max();  // with MASK: the known bits
+    const char* bits = "";                             // with MASK: what the bits are called
+};
+
+const LessonOptions DEFAULTS;
+
+// clang-format off
+const Row ROWS[] = {
+    {"DRAW_CONFIG", &LessonOptions::drawConfig, Fix::MASK, 0, LessonOptions::DRAW_KNOWN, "DRAW_CONFIG"},
+    {"rCircle", &LessonOptions::rCircle, Fix::DEFAULT, LessonOptions::R_CIRCLE_MIN, LessonOptions::R_CIRCLE_MAX},
+    {"ControlAnim.modeFlags", &LessonOptions::modeFlags, Fix::MASK, 0, 0x3F, "mode"},
+    {"incSpeed", &LessonOptions::incSpeed, Fix::CLAMP, 1, 8},
+    {"flagShowUnicode", &LessonOptions::showUnicode},
+    {"flagScrollbarVisible", &LessonOptions::scrollbarVisible},
+    {"valTest", &LessonOptions::valTest, Fix::CLAMP, 0, std::numeric_limits<uint32_t>::max()},
+    // The window clamps the selection to its catalogue.
+    {"selectedIndex", &LessonOptions::selectedIndex},
+};
+// clang-format on
+
+template <typename T>
+T checked(const Row& row, T value, T fallback) {
+    if constexpr (std::is_same_v<T, bool>) {
+        return value;
+    } else {
+        const long long v = static_cast<long long>(value);
+        long long fixed = v;
+        switch (row.fix) {
+            case Fix::MASK:
+                fixed = v & row.max;
+                break;
+            case Fix::CLAMP:
+                fixed = std::clamp(v, row.min, row.max);
+                break;
+            case Fix::DEFAULT:
+                if (v < row.min || v > row.max) fixed = static_cast<long long>(fallback);
+                break;
+        }
+        if (fixed != v && row.fix == Fix::MASK)
+            ki::pp_warn("LessonOptions::load, unknown $ bits in $, keeping $", row.bits, v, fixed);
+        else if (fixed != v)
+            ki::pp_warn("LessonOptions::load, $:$ outside $..$, using $", row.key, v, row.min, row.max, fixed);
+        return static_cast<T>(fixed);
+    }
+}
+
+}  // namespace
+
+LessonOptions LessonOptions::load(const ki::store::GNode& node) {
+    LessonOptions options;
+    for (const Row& row : ROWS) {
+        const QString key = QString::fromLatin1(row.key);
+        // A key that is absent is no fault on a first run; one of the wrong type is logged by get().
+        if (!node.attributes.contains(key)) continue;
+        std::visit(
+            [&](auto member) {
+                using T = std::remove_reference_t<decltype(options.*member)>;
+                options.*member = checked<T>(row, node.get<T>(key, DEFAULTS.*member), DEFAULTS.*member);
+            },
+            row.field);
+    }
+    options.incSpeedStored =
+        node.attributes.value(QStringLiteral("incSpeed")).metaType() == QMetaType::fromType<int>();
+    return options;
+}
+
+void LessonOptions::save(ki::store::GNode& node) const {
+    for (const Row& row : ROWS)
+        std::visit([&](auto member) { node.set(QString::fromLatin1(row.key), QVariant::fromValue(this->*member)); },
+                   row.field);
+}
+
+}  // namespace morvel::prog2

@@ -1,0 +1,44 @@
+#pragma once
+// Every option the learner sets, as one typed record with one load (defaults, range checks and
+// a log line for a bad stored value) and one save. A new option is a field here, a row in the
+// table of LessonOptions.cpp and a menu entry.
+
+#include <cstdint>
+
+namespace ki::store {
+class GNode;
+}
+
+namespace morvel::prog2 {
+
+struct LessonOptions {
+    /// drawConfig bits.
+    static constexpr unsigned int DRAW_OUTLINE = 2;
+    static constexpr unsigned int DRAW_HELPER_CIRCLES = 8;
+    static constexpr unsigned int DRAW_HELPER_LINES = 16;
+    static constexpr unsigned int DRAW_KNOWN = DRAW_OUTLINE | DRAW_HELPER_CIRCLES | DRAW_HELPER_LINES;
+    /// Tolerance radii accepted from the store, in character units.
+    static constexpr int R_CIRCLE_MIN = 10;
+    static constexpr int R_CIRCLE_MAX = 400;
+
+    unsigned int drawConfig = DRAW_OUTLINE | DRAW_HELPER_CIRCLES;
+    int rCircle = 140;
+    unsigned int modeFlags = 23;
+    int incSpeed = 5;
+    /// Whether "incSpeed" was stored: until the learner picks a speed the window keeps its own
+    /// start step.
+    bool incSpeedStored = false;
+    bool showUnicode = false;
+    bool scrollbarVisible = false;
+    uint32_t valTest = 0;
+    int selectedIndex = 0;
+
+    bool operator==(const LessonOptions&) const = default;
+
+    /// Absent keys give the defaults above; a value of the wrong type or out of range is
+    /// logged and replaced (clamped where a nearby value makes sense, else the default).
+    static LessonOptions load(const ki::store::GNode& node);
+    void save(ki::store::GNode& node) const;
+};
+
+}  // namespace morvel::prog2

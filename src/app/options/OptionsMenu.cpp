@@ -1,0 +1,83 @@
+#include "app/options/OptionsMenu.h"
+
+#include <ki/qt/components/GMenu.h>
+#include <ki/qt/lang.h>
+#include <ki/str/xprintF.h>
+
+#include <utility>
+
+#include "app/stroke/ControlAnim.h"
+
+namespace morvel::prog2 {
+
+using ki::qt::GMenu;
+using ki::qt::lang::tt;
+
+namespace {
+
+// A check item over one bit of a bit field of the record.
+void gen_bit(GMenu* menu, const OptionsMenuHost& host, const QString& label, unsigned int LessonOptions::*field,
+             unsigned int bit) {
+    menu->gen_action(label, true, (host.options().*field & bit) != 0, [host, field, bit](const bool& on) {
+        LessonOptions next = host.options();
+        next.*field = on ? (next.*field | bit) : (next.*field & ~bit);
+        host.apply(next);
+    });
+}
+
+void gen_flag(GMenu* menu, const OptionsMenuHost& host, const QString& label, bool LessonOptions::*field) {
+    menu->gen_action(label, true, host.options().*field, [host, field](const bool& on) {
+        LessonOptions next = host.options();
+        next.*field = on;
+        host.apply(next);
+    });
+}
+
+// An exclusive sub-menu of numbered values of one int field.
+void gen_values(GMenu* menu, const OptionsMenuHost& host, const QString& title, int LessonOptions::*field,
+                int first, int last, int step) {
+    GMenu* values = menu->gen_sub_menu(title, GMenu::MENU_EXCLUSIVE);
+    for (int value = first; value <= last; value += step) {
+        values->gen_action(ki::str::qprintF("$", value), true, host.options().*field == value,
+                           [host, field, value]() {
+                               LessonOptions next = host.options();
+                               next.*field = value;
+                               host.apply(next);
+                           });
+    }
+}
+
+}  // namespace
+
+void fill_options_menu_top(GMenu* menu, const OptionsMenuHost& host) {
+    if ((host.options().modeFlags & MODE_LEARN) != 0) {
+        GMenu* learn = menu->gen_sub_menu(tt("Learn Mode", "Lernmodus", "Режим обучения"));
+        gen_bit(learn, host, tt("Outline", "Umriss", "Контур"), &LessonOptions::drawConfig,
+                LessonOptions::DRAW_OUTLINE);
+        gen_bit(learn, host, tt("Helper Circles", "Hilfskreise", "Вспомогательные круги"), &LessonOptions::drawConfig,
+                LessonOptions::DRAW_HELPER_CIRCLES);
+        gen_bit(learn, host, tt("Helper Lines", "Hilfslinien", "Вспомогательные линии"), &LessonOptions::drawConfig,
+                LessonOptions::DRAW_HELPER_LINES);
+        gen_values(learn, host, tt("Stroke Tolerance", "Strichtoleranz", "Допуск черты"), &LessonOptions::rCircle,
+                   R_CIRCLE_MENU_MIN, R_CIRCLE_MENU_MAX, R_CIRCLE_MENU_STEP);
+    } else {
+        GMenu* watch = menu->gen_sub_menu(tt("Watch Mode", "Beobachtungsmodus", "Режим просмотра"));
+        gen_bit(watch, host, tt("Slider", "Schieberegler", "Ползунок"), &LessonOptions::modeFlags, MODE_SLIDER);
+        gen_bit(watch, host,
+                tt("Draw Strokes Automatically", "Striche automatisch zeichnen", "Рисовать черты автоматически"),
+                &LessonOptions::modeFlags, MODE_AUTO_DRAW);
+        gen_values(watch, host,
+                   tt("Auto Draw Speed", "Automatische Zeichengeschwindigkeit", "Скорость автоматического рисования"),
+                   &LessonOptions::incSpeed, ControlAnim::INC_SPEED_MIN, ControlAnim::INC_SPEED_MAX, 1);
+    }
+    menu->gen_separator();
+    gen_bit(menu, host, tt("Audio Auto Play", "Audio automatisch abspielen", "Автовоспроизведение звука"),
+            &LessonOptions::modeFlags, MODE_AUTO_PLAY);
+    menu->gen_separator();
+    gen_flag(menu, host, tt("Scrollbar", "Bildlaufleiste", "Полоса прокрутки"), &LessonOptions::scrollbarVisible);
+    gen_bit(menu, host, tt("Translation", "Übersetzung", "Перевод"), &LessonOptions::modeFlags, MODE_TRANSLATION);
+    gen_flag(menu, host, tt("Show Unicode", "Unicode anzeigen", "Показывать Unicode"), &LessonOptions::showUnicode);
+    menu->gen_separator();
+}
+
+}  // namespace morvel::prog2

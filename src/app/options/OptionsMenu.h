@@ -1,0 +1,31 @@
+#pragma once
+// The window's part of the options menu: the aids of the current mode, audio, list and
+// translation items. Every item shows the current value of one field of the options record and
+// hands a changed record back; the window applies and saves it.
+
+#include <functional>
+
+#include "app/lesson/LessonOptions.h"
+
+namespace ki::qt {
+class GMenu;
+}
+
+namespace morvel::prog2 {
+
+struct OptionsMenuHost {
+    /// The options as they are now (read when an item is triggered, not when it was built).
+    std::function<LessonOptions()> options;
+    /// Takes a changed record: apply it and save it at once.
+    std::function<void(const LessonOptions&)> apply;
+};
+
+/// Tolerance radii and drawing speeds the menu offers.
+inline constexpr int R_CIRCLE_MENU_MIN = 40;
+inline constexpr int R_CIRCLE_MENU_MAX = 200;
+inline constexpr int R_CIRCLE_MENU_STEP = 20;
+
+/// Appends the items of the menu's top part, in their fixed order.
+void fill_options_menu_top(ki::qt::GMenu* menu, const OptionsMenuHost& host);
+
+}  // namespace morvel::prog2
