@@ -268,15 +268,8 @@ TEST_F(WindowTest, WatchModeTimerDrawsToHundredAtTheChosenStepAndStops) {
     EXPECT_GT(canvas_of(w)->get_progress(), 0.0f);
 }
 
-TEST_F(WindowTest, TracingEveryStrokeWithTheMouseEndsInHieroglypheDone) {
-    Window& w = open();
-    w.get_control().set_mode_bits(MODE_AUTO_PLAY, false);
-    w.get_control().set_mode_bits(MODE_LEARN, true);
-    w.on_index(INDEX_ZHONG);
-    morvel::CanvasHanzi* canvas = canvas_of(w);
-    ASSERT_TRUE(canvas->is_learn_mode());
-    const morvel::Anim& anim = canvas->get_anim();
-    ASSERT_EQ(anim.strokes.size(), 4u);
+// Traces stroke `k` of the canvas's character with the mouse, along its centre line or reversed.
+void trace_stroke(morvel::CanvasHanzi* canvas, int k, bool reversed) {
     // The character's frame fitted and centred into the widget, computed here on its own.
     const ki::math::Rect box = canvas->get_view_box();
     const float scale = std::min(canvas->width() / box.w, canvas->height() / box.h);
@@ -286,18 +279,77 @@ TEST_F(WindowTest, TracingEveryStrokeWithTheMouseEndsInHieroglypheDone) {
         const glm::vec2 q = offset + p * scale;
         return QPoint(int(std::lround(q.x)), int(std::lround(q.y)));
     };
-    for (const morvel::AnimStroke& stroke : anim.strokes) {
-        const float length = stroke.pathAnim.get_length();
-        send_mouse(canvas, QEvent::MouseButtonPress, pixel(stroke.pathAnim.point_start()), Qt::LeftButton);
-        for (float along = 20.0f; along < length; along += 20.0f)
-            send_mouse(canvas, QEvent::MouseMove, pixel(stroke.pathAnim.point_at_length(along)),
-                       Qt::LeftButton);
-        send_mouse(canvas, QEvent::MouseButtonRelease, pixel(stroke.pathAnim.point_end()), Qt::NoButton);
-        EXPECT_TRUE(canvas->get_path_mouse().is_empty()) << "the window clears an accepted trace";
+    const ki::math::Path& centre = canvas->get_anim().strokes[size_t(k)].pathAnim;
+    const float length = centre.get_length();
+    auto at = [&](float along) { return pixel(centre.point_at_length(reversed ? length - along : along)); };
+    send_mouse(canvas, QEvent::MouseButtonPress, at(0.0f), Qt::LeftButton);
+    for (float along = 20.0f; along < length; along += 20.0f) send_mouse(canvas, QEvent::MouseMove, at(along), Qt::LeftButton);
+    send_mouse(canvas, QEvent::MouseButtonRelease, at(length), Qt::NoButton);
+}
+
+TEST_F(WindowTest, TracingWithTheMouseTeachesAndFinishesTheCharacter) {
+    using F = morvel::prog2::Feedback;
+    struct Row {
+        const char* name;
+        int hintAfter;
+        bool rounds;
+        std::vector<std::pair<int, bool>> traces;  // stroke, reversed
+        std::vector<F> sounds;
+        bool hinting;
+        int learned;
+        bool complete;
+    };
+    const F A = F::ACCEPTED, R = F::REJECTED, C = F::COMPLETE;
+    // clang-format off
+    const Row rows[] = {
+        {"every stroke traced finishes the character", 3, false, {{0, false}, {1, false}, {2, false}, {3, false}},
+         {A, A, A, C}, false, 4, true},
+        {"three misses start the hint", 3, false, {{0, true}, {0, true}, {0, true}}, {R, R, R}, true, 0, false},
+        {"two misses do not", 3, false, {{0, true}, {0, true}}, {R, R}, false, 0, false},
+        {"an accepted stroke starts the count again", 3, false, {{0, true}, {0, true}, {0, false}, {1, true}},
+         {R, R, A, R}, false, 1, false},
+        {"a later stroke traced first is a miss", 1, false, {{2, false}}, {R}, true, 0, false},
+        {"hints off never hint", 0, false, {{0, true}, {0, true}, {0, true}, {0, true}, {0, true}},
+         {R, R, R, R, R}, false, 0, false},
+        {"in practice rounds the first round is not the end", 3, true,
+         {{0, false}, {1, false}, {2, false}, {3, false}}, {A, A, A, A}, false, 4, false},
+    };
+    // clang-format on
+    Window& w = open();
+    w.get_control().set_mode_bits(MODE_AUTO_PLAY, false);
+    w.get_control().set_mode_bits(MODE_LEARN, true);
+    std::vector<F> played;
+    w.get_feedback().liPlayed += [&](const F& what) { played.push_back(what); };
+    morvel::CanvasHanzi* canvas = canvas_of(w);
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.name);
+        LessonOptions options = w.get_options();
+        options.hintAfterMisses = row.hintAfter;
+        options.practiceRounds = row.rounds;
+        w.apply_options(options);
+        w.on_index(INDEX_ZHONG);
+        ASSERT_EQ(canvas->get_anim().strokes.size(), 4u);
+        played.clear();
+        for (const auto& [stroke, reversed] : row.traces) trace_stroke(canvas, stroke, reversed);
+        EXPECT_EQ(played, row.sounds);
+        EXPECT_EQ(w.get_control().state().hint >= 0.0f, row.hinting);
+        EXPECT_EQ(canvas->get_strokes_learned(), row.learned);
+        EXPECT_EQ(w.get_control().state().is_complete(), row.complete);
+        EXPECT_EQ(canvas->get_path_mouse().is_empty(), played.back() != R) << "an accepted trace is cleared";
     }
-    EXPECT_EQ(canvas->get_strokes_learned(), 4);
-    EXPECT_TRUE(canvas->is_hieroglyphe_drawn());
     EXPECT_EQ(capture->count("hieroglyphe done"), 1);
+    // The hint paints the current stroke once, then tracing goes on.
+    w.apply_options(LessonOptions{});
+    w.on_index(INDEX_ZHONG);
+    for (int i = 0; i < 3; ++i) trace_stroke(canvas, 0, true);
+    int ticks = 0;
+    while (w.get_control().state().hint >= 0.0f && ticks < 200) {
+        w.on_timer();
+        ++ticks;
+    }
+    EXPECT_LT(ticks, 200);
+    trace_stroke(canvas, 0, false);
+    EXPECT_EQ(canvas->get_strokes_learned(), 1);
     w.on_index(0);
     EXPECT_EQ(canvas->get_strokes_learned(), 0) << "a new character starts from its first stroke";
 }
@@ -338,6 +390,20 @@ TEST_F(WindowTest, EveryMenuItemChangesItsSettingAndSavesItAtOnce) {
          [](Window& w) { return list_of(w)->is_scrollbar_vert_visible(); }},
         {"translation off", true, {"Translation"}, "ControlAnim.modeFlags", learn & ~MODE_TRANSLATION,
          [](Window& w) { return !translation_panel_of(w)->isVisibleTo(&w); }},
+        {"hint after 5 misses", true, {"Practice", "Hint after misses", "5"}, "practiceHintAfter", 5,
+         [](Window& w) { return w.get_options().hintAfterMisses == 5; }},
+        {"feedback sounds off", true, {"Practice", "Feedback sounds"}, "practiceFeedbackSounds", false,
+         [](Window& w) { return !w.get_feedback().is_enabled(); }},
+        {"stroke numbers on", false, {"Practice", "Stroke numbers"}, "practiceStrokeNumbers", true,
+         [](Window& w) { return w.get_options().strokeNumbers; }},
+        {"next character when done on", true, {"Practice", "Next character when done"}, "practiceNextWhenDone", true,
+         [](Window& w) { return w.get_options().nextWhenDone; }},
+        {"strict judging on", true, {"Practice", "Strict judging"}, "practiceStrict", true,
+         [](Window& w) { return w.get_options().strictJudging; }},
+        {"mi grid", true, {"Practice", "Practice grid", "Mi 米"}, "practiceGrid", 2,
+         [](Window& w) { return w.get_options().practiceGrid == 2; }},
+        {"practice rounds on", true, {"Practice", "Practice rounds"}, "practiceRounds", true,
+         [](Window& w) { return w.get_control().state().rounds == 3; }},
         {"show unicode on", true, {"Show Unicode"}, "flagShowUnicode", true, [](Window& w) {
              settle();
              ki::qt::GPanel* row = list_of(w)->get_row_widget(list_of(w)->get_index_win_top());

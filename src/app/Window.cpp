@@ -18,6 +18,7 @@
 #include <ki/tools/os.h>
 
 #include <QAction>
+#include <QMediaPlayer>
 #include <QFontMetrics>
 #include <QStyle>
 #include <algorithm>
@@ -53,7 +54,10 @@ void banner(const char* title) {
 
 }  // namespace
 
-Window::Window(AppData& appData) : data(appData) {
+Window::Window(AppData& appData)
+    : data(appData), feedback(this, [this]() {
+          return sound != nullptr && sound->playbackState() == QMediaPlayer::PlayingState;
+      }) {
     control.liChanged += [this](const LessonChange& change) { on_lesson_changed(change); };
     connect(&timer, &QTimer::timeout, this, [this]() { on_timer(); });
     ki::qt::lang::get_listener().set(listener_key(), [this](const int&) { retranslate(); });
@@ -96,7 +100,14 @@ void Window::ini() {
     scroller->setFrameShadow(QFrame::Sunken);
     panList->add_widget(scroller, 1);
     model = new ModelAppData(data, this);
-    model->liRowClicked += [this](const int& index) { on_index(index); };
+    model->liRowClicked += [this](const int& index) {
+        // The list has already moved its selection: the canvas tells what was shown.
+        if (canvas->get_unicode() == data.unicode_at(static_cast<unsigned int>(index)) &&
+            control.is_mode_bit(MODE_LEARN))
+            on_again();
+        else
+            on_index(index);
+    };
     scroller->ini(model);
 
     ki::qt::GPanel* right = body->gen_panel(GLAYOUT::VERT, QStringLiteral("right"), 1);
@@ -107,6 +118,7 @@ void Window::ini() {
     canvas->config_load(nWin);
     canvas->set_lesson(&control);
     canvas->listenerStrokeLearned += [this]() { on_event_stroke_learned(); };
+    canvas->listenerStrokeRejected += [this]() { on_event_stroke_rejected(); };
     const unsigned int first = static_cast<unsigned int>(std::max(0LL, model->get_selected_index()));
     ki::GSysResult<Anim> anim = Anim::build_from_file(data.svg_file_path_at(first));
     ki::pp("::build_anim $", anim.ok() ? std::string("ok") : anim.to_string());
@@ -362,7 +374,65 @@ void Window::on_set_strokes_learned(int n) {
 void Window::on_event_stroke_learned() {
     canvas->clear_path_mouse();
     control.stroke_accepted();
-    if (canvas->is_hieroglyphe_drawn()) ki::pp("hieroglyphe done");
+    const LessonState& state = control.state();
+    if (!state.is_complete()) {
+        feedback.play(Feedback::ACCEPTED);
+        if (state.is_done()) {
+            const long long selected = get_selected_index();
+            QTimer::singleShot(NEXT_ROUND_DELAY_MS, this, [this, selected]() {
+                if (get_selected_index() == selected) control.next_round();
+            });
+        }
+        return;
+    }
+    ki::pp("hieroglyphe done");
+    feedback.play(Feedback::COMPLETE);
+    if (!options.nextWhenDone) return;
+    const long long selected = get_selected_index();
+    QTimer::singleShot(NEXT_CHARACTER_DELAY_MS, this, [this, selected]() {
+        if (get_selected_index() == selected && control.state().is_complete()) inc_sel_index(false);
+    });
+}
+
+void Window::on_event_stroke_rejected() {
+    feedback.play(Feedback::REJECTED);
+    if (!control.stroke_rejected(options.hintAfterMisses)) return;
+    const Anim& anim = canvas->get_anim();
+    const int index = control.get_strokes_learned();
+    if (index < 0 || index >= static_cast<int>(anim.strokes.size())) return;
+    // As fast along the stroke as watch mode draws: the step is a share of the whole character.
+    float total = 0.0f;
+    for (const AnimStroke& stroke : anim.strokes) total += stroke.pathAnim.get_length();
+    const float length = anim.strokes[static_cast<size_t>(index)].pathAnim.get_length();
+    control.start_hint(length > 0.0f ? total / length : 1.0f);
+}
+
+void Window::on_again() {
+    canvas->clear_path_mouse();
+    control.restart();
+}
+
+void Window::on_step_stroke(bool forward) {
+    const Anim& anim = canvas->get_anim();
+    float total = 0.0f;
+    for (const AnimStroke& stroke : anim.strokes) total += stroke.pathAnim.get_length();
+    if (total <= 0.0f || control.is_mode_bit(MODE_LEARN)) return;
+    // The stroke ends in percent of the whole; the slack lets a position just short of an end
+    // (float sums) count as that end.
+    constexpr float SLACK = 0.01f;
+    const float now = control.get_progress();
+    float target = forward ? 100.0f : 0.0f;
+    float acc = 0.0f;
+    for (const AnimStroke& stroke : anim.strokes) {
+        acc += stroke.pathAnim.get_length();
+        const float end = acc / total * 100.0f;
+        if (forward && end > now + SLACK) {
+            target = end;
+            break;
+        }
+        if (!forward && end < now - SLACK) target = end;
+    }
+    control.hold_at(target);
 }
 
 void Window::on_toggle_list() {
@@ -411,6 +481,8 @@ void Window::apply_options(const LessonOptions& next) {
     update_list_width();
     if (next.incSpeed != before.incSpeed) control.set_inc_speed(next.incSpeed);
     control.set_mode_flags(next.modeFlags);
+    control.set_rounds(next.practiceRounds ? 3 : 1);
+    feedback.set_enabled(next.feedbackSounds);
     canvas->update();
 }
 
@@ -451,6 +523,13 @@ void Window::setup_base_hotkeys() {
         ki::pp("right");
         inc_sel_index(false);
     });
+    const std::pair<const char*, std::function<void()>> practice[] = {
+        {"Ctrl+R", [this]() { on_again(); }},
+        {"Shift+Right", [this]() { on_step_stroke(true); }},
+        {"Shift+Left", [this]() { on_step_stroke(false); }},
+    };
+    for (const auto& [keys, handler] : practice)
+        connect(gen_action(QString::fromLatin1(keys)), &QAction::triggered, this, handler);
     QAction* test1 = gen_action(QStringLiteral("Ctrl+Alt+1"));
     connect(test1, &QAction::triggered, this, [this]() { on_test1(); });
     QAction* test2 = gen_action(QStringLiteral("Ctrl+Alt+2"));
@@ -466,7 +545,8 @@ void Window::on_menu_options_top(ki::qt::GMenu* menu) {
                                  [this](const LessonOptions& next) {
                                      apply_options(next);
                                      save_settings_now();
-                                 }});
+                                 },
+                                 [this]() { on_again(); }});
 }
 
 void Window::on_menu_options_bottom(ki::qt::GMenu* menu) {

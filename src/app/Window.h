@@ -8,6 +8,7 @@
 
 #include <QTimer>
 
+#include "app/lesson/FeedbackSounds.h"
 #include "app/lesson/LessonOptions.h"
 #include "app/stroke/ControlAnim.h"
 
@@ -37,6 +38,10 @@ class Window : public ki::qt::GMainWindow {
 public:
     static constexpr int TIMER_INTERVAL_MS = 100;
     static constexpr int DRAG_THRESHOLD = 4;
+    /// Pause after a finished character before the next one is selected ("next when done"),
+    /// and after a finished practice round before the next round.
+    static constexpr int NEXT_CHARACTER_DELAY_MS = 1500;
+    static constexpr int NEXT_ROUND_DELAY_MS = 1000;
 
     /// `data` must outlive the window.
     explicit Window(AppData& data);
@@ -71,6 +76,12 @@ public:
     void on_timer();
     void on_set_strokes_learned(int n);
     void on_event_stroke_learned();
+    void on_event_stroke_rejected();
+    /// Tracing of the current character starts again (hotkey Ctrl+R, a click on its row).
+    void on_again();
+    /// Watch mode: the drawing moves to the end of the next stroke, or back to the start of the
+    /// current one (hotkeys Shift+Right, Shift+Left), and holds there.
+    void on_step_stroke(bool forward);
     /// Lets the character list be dragged vertically anywhere inside it.
     void ini_filter_global_mouse();
     /// Debugging aids (Ctrl+Alt+1, Ctrl+Alt+2), see Diagnostics.
@@ -79,6 +90,8 @@ public:
 
     /// The lesson state: mode, position, strokes traced.
     ControlAnim& get_control() { return control; }
+    /// The learn-mode effect sounds; tests listen to what is played.
+    FeedbackSounds& get_feedback() { return feedback; }
     /// The options as they are now; `apply_options` changes, shows and saves them.
     LessonOptions get_options() const;
     void apply_options(const LessonOptions& next);
@@ -123,6 +136,7 @@ private:
     ki::qt::GButton* buttonLearn = nullptr;
     ki::qt::GSound* sound = nullptr;
     ki::qt::GSoundEffect* quietEffect = nullptr;
+    FeedbackSounds feedback;
     // The start-up selection's recording is played after the first frame (see post_ini).
     bool deferAutoPlay = false;
     bool autoPlayPending = false;

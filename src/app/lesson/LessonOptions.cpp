@@ -43,6 +43,13 @@ const Row ROWS[] = {
     {"valTest", &LessonOptions::valTest, Fix::CLAMP, 0, std::numeric_limits<uint32_t>::max()},
     // The window clamps the selection to its catalogue.
     {"selectedIndex", &LessonOptions::selectedIndex},
+    {"practiceHintAfter", &LessonOptions::hintAfterMisses, Fix::CLAMP, 0, 5},
+    {"practiceFeedbackSounds", &LessonOptions::feedbackSounds},
+    {"practiceStrokeNumbers", &LessonOptions::strokeNumbers},
+    {"practiceNextWhenDone", &LessonOptions::nextWhenDone},
+    {"practiceStrict", &LessonOptions::strictJudging},
+    {"practiceGrid", &LessonOptions::practiceGrid, Fix::DEFAULT, LessonOptions::GRID_SQUARES, LessonOptions::GRID_MI},
+    {"practiceRounds", &LessonOptions::practiceRounds},
 };
 // clang-format on
 

@@ -33,6 +33,21 @@ struct LessonOptions {
     uint32_t valTest = 0;
     int selectedIndex = 0;
 
+    /// Practice: misses of one stroke before it paints itself (0: never).
+    int hintAfterMisses = 3;
+    /// Short sounds on an accepted stroke, a finished character and a rejected trace.
+    bool feedbackSounds = true;
+    /// Watch mode: each stroke's number at its start.
+    bool strokeNumbers = false;
+    /// 1.5 s after a finished character the next one is selected.
+    bool nextWhenDone = false;
+    /// Traces must also run the stroke's way, be long enough and cover it.
+    bool strictJudging = false;
+    enum Grid : int { GRID_SQUARES = 0, GRID_TIAN = 1, GRID_MI = 2 };
+    int practiceGrid = GRID_SQUARES;
+    /// Three rounds per character, with fewer aids each round.
+    bool practiceRounds = false;
+
     bool operator==(const LessonOptions&) const = default;
 
     /// Absent keys give the defaults above; a value of the wrong type or out of range is

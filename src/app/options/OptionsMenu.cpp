@@ -5,6 +5,7 @@
 #include <ki/str/xprintF.h>
 
 #include <utility>
+#include <vector>
 
 #include "app/stroke/ControlAnim.h"
 
@@ -33,18 +34,48 @@ void gen_flag(GMenu* menu, const OptionsMenuHost& host, const QString& label, bo
     });
 }
 
-// An exclusive sub-menu of numbered values of one int field.
+// An exclusive sub-menu of labelled values of one int field.
+void gen_choice(GMenu* menu, const OptionsMenuHost& host, const QString& title, int LessonOptions::*field,
+                const std::vector<std::pair<int, QString>>& choices) {
+    GMenu* values = menu->gen_sub_menu(title, GMenu::MENU_EXCLUSIVE);
+    for (const auto& [value, label] : choices) {
+        values->gen_action(label, true, host.options().*field == value, [host, field, value = value]() {
+            LessonOptions next = host.options();
+            next.*field = value;
+            host.apply(next);
+        });
+    }
+}
+
+// Numbered values, each labelled with its number alone.
 void gen_values(GMenu* menu, const OptionsMenuHost& host, const QString& title, int LessonOptions::*field,
                 int first, int last, int step) {
-    GMenu* values = menu->gen_sub_menu(title, GMenu::MENU_EXCLUSIVE);
-    for (int value = first; value <= last; value += step) {
-        values->gen_action(ki::str::qprintF("$", value), true, host.options().*field == value,
-                           [host, field, value]() {
-                               LessonOptions next = host.options();
-                               next.*field = value;
-                               host.apply(next);
-                           });
-    }
+    std::vector<std::pair<int, QString>> choices;
+    for (int value = first; value <= last; value += step) choices.emplace_back(value, ki::str::qprintF("$", value));
+    gen_choice(menu, host, title, field, choices);
+}
+
+void fill_practice_menu(GMenu* menu, const OptionsMenuHost& host) {
+    GMenu* practice = menu->gen_sub_menu(tt("Practice", "Üben", "Практика"));
+    gen_choice(practice, host, tt("Hint after misses", "Hilfe nach Fehlversuchen", "Подсказка после ошибок"),
+               &LessonOptions::hintAfterMisses,
+               {{0, tt("Off", "Aus", "Выкл.")}, {1, QStringLiteral("1")}, {2, QStringLiteral("2")},
+                {3, QStringLiteral("3")}, {5, QStringLiteral("5")}});
+    gen_flag(practice, host, tt("Feedback sounds", "Rückmeldetöne", "Звуковые сигналы"),
+             &LessonOptions::feedbackSounds);
+    gen_flag(practice, host, tt("Stroke numbers", "Strichnummern", "Номера черт"), &LessonOptions::strokeNumbers);
+    gen_flag(practice, host, tt("Next character when done", "Danach nächstes Zeichen", "Затем следующий иероглиф"),
+             &LessonOptions::nextWhenDone);
+    gen_flag(practice, host, tt("Strict judging", "Strenge Bewertung", "Строгая проверка"),
+             &LessonOptions::strictJudging);
+    gen_choice(practice, host, tt("Practice grid", "Übungsraster", "Сетка для письма"), &LessonOptions::practiceGrid,
+               {{LessonOptions::GRID_SQUARES, tt("Squares", "Kästchen", "Клетки")},
+                {LessonOptions::GRID_TIAN, tt("Tian 田", "Tian 田", "Тянь 田")},
+                {LessonOptions::GRID_MI, tt("Mi 米", "Mi 米", "Ми 米")}});
+    gen_flag(practice, host, tt("Practice rounds", "Übungsrunden", "Раунды практики"),
+             &LessonOptions::practiceRounds);
+    practice->gen_separator();
+    practice->gen_action(tt("Again", "Noch einmal", "Ещё раз"), [host]() { host.again(); });
 }
 
 }  // namespace
@@ -77,6 +108,8 @@ void fill_options_menu_top(GMenu* menu, const OptionsMenuHost& host) {
     gen_flag(menu, host, tt("Scrollbar", "Bildlaufleiste", "Полоса прокрутки"), &LessonOptions::scrollbarVisible);
     gen_bit(menu, host, tt("Translation", "Übersetzung", "Перевод"), &LessonOptions::modeFlags, MODE_TRANSLATION);
     gen_flag(menu, host, tt("Show Unicode", "Unicode anzeigen", "Показывать Unicode"), &LessonOptions::showUnicode);
+    menu->gen_separator();
+    fill_practice_menu(menu, host);
     menu->gen_separator();
 }
 

@@ -18,6 +18,8 @@ struct OptionsMenuHost {
     std::function<LessonOptions()> options;
     /// Takes a changed record: apply it and save it at once.
     std::function<void(const LessonOptions&)> apply;
+    /// Starts tracing the current character again.
+    std::function<void()> again;
 };
 
 /// Tolerance radii and drawing speeds the menu offers.

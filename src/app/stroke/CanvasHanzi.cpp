@@ -195,6 +195,18 @@ void CanvasHanzi::fill_outlines(ki::qt::GPC& gpc, int count, const QColor& color
     for (int i = 0; i < n; ++i) gpc.fill_path(outlines[static_cast<size_t>(i)], color);
 }
 
+void CanvasHanzi::ink_stroke(ki::qt::GPC& gpc, size_t index, float length, const QPen& ink) const {
+    const ki::math::Path& centre = anim.strokes[index].pathAnim;
+    // The wide pen clipped by the outline paints the stroke inside its own shape.
+    gpc.save();
+    gpc.clip_path(outlines[index]);
+    if (length >= centre.get_length())
+        gpc.stroke_path(centreLines[index], ink);
+    else
+        gpc.stroke_path(ki::qt::GPC::math_path_to_painter_path(centre.prefix_to_length(length)), ink);
+    gpc.restore();
+}
+
 void CanvasHanzi::draw_standard(ki::qt::GPC& gpc) const {
     if (anim.strokes.empty()) return;
     const float drawn = totalLength * std::clamp(get_progress(), 0.0f, 100.0f) / 100.0f;
@@ -202,40 +214,46 @@ void CanvasHanzi::draw_standard(ki::qt::GPC& gpc) const {
     const QPen ink = round_pen(colors.colorAnim, WIDTH_INK);
     float acc = 0.0f;
     for (size_t i = 0; i < anim.strokes.size(); ++i) {
-        const ki::math::Path& centre = anim.strokes[i].pathAnim;
-        const float length = centre.get_length();
+        const float length = anim.strokes[i].pathAnim.get_length();
         if (length <= 0.0f) continue;
         const float part = drawn - acc;
         acc += length;
-        if (part <= 0.0f) continue;
-        // The wide pen clipped by the outline paints the stroke inside its own shape.
-        gpc.save();
-        gpc.clip_path(outlines[i]);
-        if (part >= length)
-            gpc.stroke_path(centreLines[i], ink);
-        else
-            gpc.stroke_path(ki::qt::GPC::math_path_to_painter_path(centre.prefix_to_length(part)), ink);
-        gpc.restore();
+        if (part > 0.0f) ink_stroke(gpc, i, part, ink);
     }
+}
+
+unsigned int CanvasHanzi::aids_shown() const {
+    const int round = lesson->state().round;
+    unsigned int hidden = 0;
+    if (round >= 2) hidden |= DRAW_OUTLINE | DRAW_HELPER_LINES;
+    if (round >= 3) hidden |= DRAW_HELPER_CIRCLES;
+    return drawConfig & ~hidden;
 }
 
 void CanvasHanzi::draw_learning(ki::qt::GPC& gpc) const {
     const int count = static_cast<int>(anim.strokes.size());
     if (count == 0) return;
-    if ((drawConfig & DRAW_OUTLINE) != 0) fill_outlines(gpc, count, colors.colorOutline);
-    if ((drawConfig & DRAW_HELPER_LINES) != 0) {
+    const unsigned int aids = aids_shown();
+    if ((aids & DRAW_OUTLINE) != 0) fill_outlines(gpc, count, colors.colorOutline);
+    if ((aids & DRAW_HELPER_LINES) != 0) {
         const QPen pen = round_pen(colors.colorHelperLines, WIDTH_HELPER_LINES);
         for (const QPainterPath& line : centreLines) gpc.stroke_path(line, pen);
     }
     const int learned = get_strokes_learned();
     if (learned > 0 && learned <= count) fill_outlines(gpc, learned, QColor(Qt::green));
+    const float hint = lesson->state().hint;
+    if (hint >= 0.0f && learned < count) {
+        const size_t index = static_cast<size_t>(learned);
+        ink_stroke(gpc, index, anim.strokes[index].pathAnim.get_length() * hint / 100.0f,
+                   round_pen(colors.colorAnim, WIDTH_INK));
+    }
     const ki::math::Path& trace = judge.get_path();
     if (!trace.is_empty()) {
         const QColor& color = judge.get_errors() == 0 ? colors.colorTraceGood : colors.colorTraceBad;
         gpc.stroke_path(ki::qt::GPC::math_path_to_painter_path(trace), round_pen(color, WIDTH_INK));
     }
     const AnimStroke* stroke = current_stroke();
-    if ((drawConfig & DRAW_HELPER_CIRCLES) != 0 && stroke != nullptr) {
+    if ((aids & DRAW_HELPER_CIRCLES) != 0 && stroke != nullptr) {
         // Smaller than the acceptance radius on purpose: they mark where, not how far.
         const float radius = static_cast<float>(rCircle / 4);
         const float dot = static_cast<float>(rCircle / 10);
@@ -286,6 +304,8 @@ void CanvasHanzi::mouseReleaseEvent(QMouseEvent* ev) {
         judge.release(map_mouse_point_to_anim(ev->position().toPoint()), *stroke, rCircle);
     if (verdict == StrokeJudge::Verdict::ACCEPTED && listenerStrokeLearned.has_listener())
         listenerStrokeLearned.fire_event();
+    if (verdict == StrokeJudge::Verdict::REJECTED && listenerStrokeRejected.has_listener())
+        listenerStrokeRejected.fire_event();
     ev->accept();
     update();
 }

@@ -103,6 +103,8 @@ public:
 
     /// Fired once per correctly traced stroke.
     ki::Listener<ki::NO_PAYLOAD> listenerStrokeLearned;
+    /// Fired once per rejected trace (a click is no trace).
+    ki::Listener<ki::NO_PAYLOAD> listenerStrokeRejected;
 
 protected:
     void mousePressEvent(QMouseEvent* ev) override;
@@ -116,6 +118,10 @@ private:
     const AnimStroke* current_stroke() const;
     void draw_background(ki::qt::GPC& gpc, const ki::math::Rect& rect);
     void fill_outlines(ki::qt::GPC& gpc, int count, const QColor& color) const;
+    /// Stroke `index` inked along its centre line up to `length`, inside its outline.
+    void ink_stroke(ki::qt::GPC& gpc, size_t index, float length, const QPen& ink) const;
+    /// The aids of drawConfig that the current practice round still shows.
+    unsigned int aids_shown() const;
 
     Anim anim;
     // Built once per Anim, so a frame converts no geometry.

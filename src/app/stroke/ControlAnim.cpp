@@ -23,7 +23,12 @@ void ControlAnim::set_mode_flags(unsigned int flags) {
     next.modeFlags = flags;
     const unsigned int changed = current.modeFlags ^ flags;
     if ((changed & (MODE_LEARN | MODE_AUTO_DRAW)) != 0) next.progress = next.start_progress();
-    if ((changed & MODE_LEARN) != 0) next.strokesLearned = 0;
+    if ((changed & MODE_LEARN) != 0) {
+        next.strokesLearned = 0;
+        next.misses = 0;
+        next.round = 1;
+        next.hint = -1.0f;
+    }
     commit(next);
 }
 
@@ -42,21 +47,37 @@ void ControlAnim::select(int strokeCount) {
     next.modeFlags &= ~MODE_PAUSED;
     next.strokeCount = std::max(0, strokeCount);
     next.strokesLearned = 0;
+    next.misses = 0;
+    next.round = 1;
+    next.hint = -1.0f;
     next.progress = next.start_progress();
     commit(next);
 }
 
 void ControlAnim::tick() {
+    if (current.hint >= 0.0f) {
+        LessonState next = current;
+        // A finished hint stays one tick, so that the whole stroke is seen before it goes.
+        next.hint = current.hint >= 100.0f ? -1.0f
+                                           : std::min(100.0f, current.hint + hintSpeed * static_cast<float>(current.step));
+        commit(next);
+        return;
+    }
     if ((current.modeFlags & (MODE_AUTO_DRAW | MODE_PAUSED)) != MODE_AUTO_DRAW) return;
     if (current.progress >= 100.0f) return;
     set_progress(current.progress + static_cast<float>(current.step));
 }
 
 void ControlAnim::set_from_slider(unsigned int percent) {
+    hold_at(static_cast<float>(percent));
+}
+
+void ControlAnim::hold_at(float percent) {
+    if (std::isnan(percent)) return;
     LessonState next = current;
     // The learner took over: the timer must not move the character on under the slider.
     next.modeFlags |= MODE_PAUSED;
-    next.progress = std::min(100.0f, static_cast<float>(percent));
+    next.progress = std::clamp(percent, 0.0f, 100.0f);
     commit(next);
 }
 
@@ -71,12 +92,59 @@ void ControlAnim::set_progress(float percent) {
 }
 
 void ControlAnim::stroke_accepted() {
-    set_strokes_learned(current.strokesLearned + 1);
+    LessonState next = current;
+    next.strokesLearned = std::min(current.strokesLearned + 1, std::max(0, current.strokeCount));
+    next.misses = 0;
+    next.hint = -1.0f;
+    commit(next);
+}
+
+bool ControlAnim::stroke_rejected(int hintAfter) {
+    LessonState next = current;
+    ++next.misses;
+    const bool hintDue = hintAfter > 0 && next.misses >= hintAfter;
+    if (hintDue) next.misses = 0;
+    commit(next);
+    return hintDue;
+}
+
+void ControlAnim::start_hint(float speed) {
+    hintSpeed = speed > 0.0f ? speed : 1.0f;
+    LessonState next = current;
+    next.hint = 0.0f;
+    commit(next);
+}
+
+void ControlAnim::restart() {
+    LessonState next = current;
+    next.strokesLearned = 0;
+    next.misses = 0;
+    next.round = 1;
+    next.hint = -1.0f;
+    commit(next);
+}
+
+void ControlAnim::next_round() {
+    if (!current.is_done() || current.round >= current.rounds) return;
+    LessonState next = current;
+    ++next.round;
+    next.strokesLearned = 0;
+    next.misses = 0;
+    next.hint = -1.0f;
+    commit(next);
+}
+
+void ControlAnim::set_rounds(int rounds) {
+    LessonState next = current;
+    next.rounds = std::max(1, rounds);
+    next.round = std::min(next.round, next.rounds);
+    commit(next);
 }
 
 void ControlAnim::set_strokes_learned(int count) {
     LessonState next = current;
     next.strokesLearned = std::clamp(count, 0, std::max(0, current.strokeCount));
+    next.hint = -1.0f;
     commit(next);
 }
 

@@ -35,13 +35,23 @@ struct LessonState {
     /// Strokes traced so far: the index of the stroke to trace now.
     int strokesLearned = 0;
     int strokeCount = 0;
+    /// Rejected traces of the current stroke since it became current or was last hinted.
+    int misses = 0;
+    /// Practice rounds: the character is traced `rounds` times, with fewer aids each round.
+    int round = 1;
+    int rounds = 1;
+    /// The current stroke painting itself as a hint: its drawn share in percent, -1 for none.
+    float hint = -1.0f;
 
     bool operator==(const LessonState&) const = default;
     bool is(unsigned int bits) const { return (modeFlags & bits) != 0; }
     /// Learn mode and automatic drawing start from an empty character, watch mode without
     /// automatic drawing shows it finished.
     float start_progress() const { return is(MODE_LEARN | MODE_AUTO_DRAW) ? 0.0f : 100.0f; }
+    /// Every stroke of this round traced.
     bool is_done() const { return strokesLearned >= 1 && strokesLearned == strokeCount; }
+    /// Every stroke of the last round traced.
+    bool is_complete() const { return is_done() && round >= rounds; }
 };
 
 struct LessonChange {
@@ -81,10 +91,23 @@ public:
     void tick();
     /// The learner moved the slider: the position follows it and automatic drawing holds.
     void set_from_slider(unsigned int percent);
+    /// The position set by hand (slider, stroke steps): automatic drawing holds there.
+    void hold_at(float percent);
     void set_progress(float percent);
     void stroke_accepted();
+    /// Counts a miss; after `hintAfter` misses (0: never) the count starts again and true says
+    /// that a hint is due.
+    bool stroke_rejected(int hintAfter);
+    /// The current stroke paints itself, `speed` times the step per tick, in percent of the stroke.
+    void start_hint(float speed);
     /// Clamped to 0..strokeCount.
     void set_strokes_learned(int count);
+    /// Tracing starts again from the first stroke of the first round.
+    void restart();
+    /// After a finished round that is not the last: the next round from the first stroke.
+    void next_round();
+    /// 1 or more.
+    void set_rounds(int rounds);
 
     /// "ControlAnim.modeFlags" (default 23, unknown bits dropped) and "incSpeed" (default 5,
     /// kept in 1..8).
@@ -102,6 +125,7 @@ private:
 
     LessonState current;
     LessonState pending;
+    float hintSpeed = 1.0f;
 };
 
 }  // namespace morvel::prog2
