@@ -7,7 +7,9 @@
 #include <QFile>
 #include <QPainterPath>
 #include <QTemporaryDir>
+#include <utility>
 
+#include "app/Level.h"
 #include "app/stroke/Anim.h"
 
 using morvel::Anim;
@@ -239,12 +241,16 @@ TEST(AnimCache, LoadsAreServedByNameAndFailuresReportedOnce) {
 }
 
 TEST(AnimShipped, EveryStrokeFileBuildsWithCentreLinesInsideTheirOutlines) {
-    const QDir folder(":/wb/shared-res/zh/1");
-    const QStringList files = folder.entryList({"*.svg"}, QDir::Files);
-    EXPECT_EQ(files.size(), 87);
-    for (const QString& name : files) {
-        SCOPED_TRACE(name.toStdString());
-        const ki::GSysResult<Anim> result = Anim::build_from_file(folder.filePath(name));
+    QStringList files;
+    for (const auto& [level, count] : {std::pair{1, 87}, {2, 95}, {3, 167}, {4, 269}}) {
+        const QDir folder(morvel::prog2::Level::shipped(level).directory);
+        const QStringList names = folder.entryList({"*.svg"}, QDir::Files);
+        EXPECT_EQ(names.size(), count) << "level " << level;
+        for (const QString& name : names) files << folder.filePath(name);
+    }
+    for (const QString& file : files) {
+        SCOPED_TRACE(file.toStdString());
+        const ki::GSysResult<Anim> result = Anim::build_from_file(file);
         ASSERT_TRUE(result.ok()) << result.to_string();
         EXPECT_EQ(result.value.viewBox, ki::math::Rect(0, 0, 1024, 1024));
         ASSERT_FALSE(result.value.strokes.empty());

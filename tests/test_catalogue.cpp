@@ -6,7 +6,9 @@
 #include <QDir>
 #include <QFile>
 #include <QProcess>
+#include <QRegularExpression>
 #include <QTemporaryDir>
+#include <map>
 #include <set>
 
 #include "LoggedTest.h"
@@ -16,11 +18,9 @@
 
 using morvel::ChinChar;
 using morvel::prog2::AppData;
+using morvel::prog2::Level;
 
 namespace {
-
-const QString kLevel = QStringLiteral(":/wb/shared-res/zh/level_1.txt");
-const QString kStrokes = QStringLiteral(":/wb/shared-res/zh/1");
 
 using CatalogueTest = LoggedTest;
 
@@ -144,24 +144,44 @@ TEST_F(CatalogueTest, OrderingAndRejectionOfOddNames) {
     EXPECT_TRUE(empty.svg_file_path_at(0).isEmpty());
 }
 
-TEST(Catalogue, ShippedLevel) {
-    AppData data(kStrokes);
-    data.load();
-    ASSERT_EQ(data.size(), 87u);
-    const auto table = morvel::basic_table_from_file(kLevel, -1);
-    ASSERT_EQ(table.size(), 87u);
+TEST(Catalogue, ShippedLevels) {
+    // One syllable with its tone mark; only the particles of level 1 are toneless.
+    const QRegularExpression toned(QStringLiteral("^[a-zü]*[āáǎàēéěèīíǐìōóǒòūúǔùǖǘǚǜ][a-zü]*$"));
+    const QString particles = QStringLiteral("么了们吗吧呀呢啊得的着");
+    const struct {
+        int level;
+        unsigned count;
+    } rows[] = {{1, 87}, {2, 95}, {3, 167}, {4, 269}};
+    ASSERT_EQ(std::size(rows), size_t(Level::COUNT));
+    std::map<int, int> levelOf;
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.level);
+        const Level level = Level::shipped(row.level);
+        EXPECT_EQ(level.size(), int(row.count)) << "counted without loading";
+        const auto table = morvel::basic_table_from_file(level.file, -1);
+        ASSERT_EQ(table.size(), row.count) << "every line of the level file parses";
+        AppData data(level);
+        data.load();
+        ASSERT_EQ(data.size(), row.count);
+        for (unsigned i = 0; i < data.size(); ++i) {
+            const auto& obj = data.appObject_at(i);
+            const ChinChar& c = obj.chinChar;
+            SCOPED_TRACE(obj.to_string());
+            EXPECT_EQ(obj.fileName, QString::number(table[i].unicode) + ".svg") << "one stroke file per row";
+            EXPECT_TRUE(toned.match(c.pinyin).hasMatch() || particles.contains(c.character()));
+            EXPECT_FALSE(c.english.isEmpty() || c.german.isEmpty() || c.russian.isEmpty());
+            const auto [it, fresh] = levelOf.emplace(obj.unicode, row.level);
+            EXPECT_TRUE(fresh) << "also in level " << it->second;
+        }
+    }
+    EXPECT_FALSE(Level::shipped(0).is_valid());
+    EXPECT_FALSE(Level::shipped(Level::COUNT + 1).is_valid());
+    EXPECT_EQ(Level::shipped(Level::COUNT + 1).size(), 0);
+
+    const auto table = morvel::basic_table_from_file(Level::shipped(1).file, -1);
     const QString line = morvel::create_chin_line_simple();
     ASSERT_EQ(line.size(), 87);
-    for (unsigned i = 0; i < data.size(); ++i) {
-        const auto& obj = data.appObject_at(i);
-        SCOPED_TRACE(obj.to_string());
-        EXPECT_EQ(obj.fileName, QString::number(table[i].unicode) + ".svg");
-        EXPECT_EQ(obj.unicode, line.at(i).unicode());
-        EXPECT_FALSE(obj.chinChar.pinyin.isEmpty());
-        EXPECT_FALSE(obj.chinChar.english.isEmpty());
-        EXPECT_FALSE(obj.chinChar.german.isEmpty());
-        EXPECT_FALSE(obj.chinChar.russian.isEmpty());
-    }
+    for (unsigned i = 0; i < table.size(); ++i) EXPECT_EQ(table[i].unicode, line.at(i).unicode());
     EXPECT_EQ(morvel::create_basic_table(), table) << "compiled-in table equals the level file";
 
     const QStringList block = morvel::create_chin_block_simple().split('\n');
@@ -174,13 +194,15 @@ TEST(Catalogue, ShippedLevel) {
     EXPECT_EQ(quoted.to_string(), "饭 | fàn | meal; cooked rice | Essen; gekochter Reis | еда; варёный рис");
 }
 
-TEST(Catalogue, StrokeFilesMatchThePackageData) {
-    // The committed stroke files must be exactly what the generator makes from the pinned
-    // package, so nobody edits them by hand.
-    QProcess gen;
-    gen.setWorkingDirectory(QUENLO_SOURCE_DIR);
-    gen.start("node", {"tools/resgen/strokes.mjs", "--check"});
-    ASSERT_TRUE(gen.waitForFinished(60000)) << "node must be installed (scripts/setup.sh does it)";
-    EXPECT_EQ(gen.exitCode(), 0) << gen.readAllStandardError().toStdString()
-                                 << gen.readAllStandardOutput().toStdString();
+TEST(Catalogue, GeneratedFilesMatchThePackageData) {
+    // The committed level files and stroke files must be exactly what the generators make
+    // from the pinned packages, so nobody edits them by hand.
+    for (const char* script : {"tools/resgen/levels.mjs", "tools/resgen/strokes.mjs"}) {
+        QProcess gen;
+        gen.setWorkingDirectory(QUENLO_SOURCE_DIR);
+        gen.start("node", {script, "--check"});
+        ASSERT_TRUE(gen.waitForFinished(60000)) << "node must be installed (scripts/setup.sh does it)";
+        EXPECT_EQ(gen.exitCode(), 0) << script << ": " << gen.readAllStandardError().toStdString()
+                                     << gen.readAllStandardOutput().toStdString();
+    }
 }

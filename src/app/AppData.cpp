@@ -14,9 +14,11 @@ namespace {
 
 AppObject appObjDummy;
 
-const QString kLevelFile = QStringLiteral(":/wb/shared-res/zh/level_1.txt");
-
 }  // namespace
+
+AppData::AppData(const QString& directory) : level(Level::shipped(1)) {
+    level.directory = directory;
+}
 
 std::string AppObject::to_string() const { return ki::str::xprintF(0, "$,unicode:$,$", fileName, unicode, chinChar); }
 
@@ -34,8 +36,9 @@ void AppData::load() {
         ki::pp_error("AppData::load, already called");
         return;
     }
-    const std::vector<ChinChar> table = basic_table_from_file(kLevelFile, -1);
-    const QStringList listed = QDir(directory).entryList(QDir::Files | QDir::NoDotAndDotDot, QDir::Name);
+    const std::vector<ChinChar> table = basic_table_from_file(level.file, -1);
+    const QStringList listed =
+        QDir(level.directory).entryList(QDir::Files | QDir::NoDotAndDotDot, QDir::Name);
     // The order mixes numeric and text comparison, which is not transitive for every mix of
     // names ("2", "10", "1a"). std::list::sort is a plain merge sort that stays in bounds
     // with such an order, where std::sort may not.
@@ -62,7 +65,7 @@ void AppData::load() {
         obj.chinChar = from_unicode(table, obj.unicode);
         entries.push_back(std::move(obj));
     }
-    ki::pp("AppData::load, level 1, $ symbols", size());
+    ki::pp("AppData::load, level $, $ symbols", level.number, size());
 }
 
 // The catalogue is never asked for an entry while it is empty (the window and the list check
@@ -88,13 +91,15 @@ QString AppData::svg_file_path_at(unsigned int index) const {
         ki::pp_error("AppData::svg_file_path_at, index:$, size:$", index, size());
         return {};
     }
-    return ki::str::qprintF("$/$", directory, entries[index].fileName);
+    return ki::str::qprintF("$/$", level.directory, entries[index].fileName);
 }
 
-std::string AppData::to_string() const { return ki::str::xprintF(0, "AppData, dir:'$', entries:$", directory, size()); }
+std::string AppData::to_string() const {
+    return ki::str::xprintF(0, "AppData, level $, dir:'$', entries:$", level.number, level.directory, size());
+}
 
 void AppData::dump(unsigned int indent) const {
-    ki::pp(ki::str::xprintF(indent, "AppData, '$', $ symbols", directory, size()));
+    ki::pp(ki::str::xprintF(indent, "AppData, '$', $ symbols", level.directory, size()));
     for (const AppObject& obj : entries) ki::pp(ki::str::xprintF(indent, "$", obj));
 }
 

@@ -3,6 +3,7 @@
 // with its row of the level file. Built once at start-up, then only read.
 
 #include "app/ChinChar.h"
+#include "app/Level.h"
 
 #include <QString>
 
@@ -24,7 +25,10 @@ struct AppObject {
 
 class AppData {
 public:
-    explicit AppData(const QString& directory) : directory(directory) {}
+    /// The catalogue of one level: stroke files from its directory, rows from its level file.
+    explicit AppData(const Level& level) : level(level) {}
+    /// Stroke files from `directory`, rows from the level file of level 1.
+    explicit AppData(const QString& directory);
 
     /// Lists the directory and joins every stroke file with its level row. Called once.
     void load();
@@ -37,7 +41,8 @@ public:
     int unicode_at(unsigned int index) const;
     /// ":/wb/shared-res/zh/1/20013.svg", or "" (logged) when out of range.
     QString svg_file_path_at(unsigned int index) const;
-    const QString& get_directory() const { return directory; }
+    const QString& get_directory() const { return level.directory; }
+    const Level& get_level() const { return level; }
 
     std::string to_string() const;
     void dump(unsigned int indent) const;
@@ -48,7 +53,7 @@ public:
 private:
     bool index_ok(unsigned int index) const;
 
-    QString directory;
+    Level level;
     std::vector<AppObject> entries;
 };
 

@@ -37,7 +37,7 @@ int qMain(int argc, char** argv) {
     ki::qt::set_res_prefix(QStringLiteral(":/wb/shared-res"));
     morvel::ini();
 
-    auto data = std::make_unique<morvel::prog2::AppData>(QStringLiteral(":/wb/shared-res/zh/1"));
+    auto data = std::make_unique<morvel::prog2::AppData>(morvel::prog2::Level::shipped(1));
     data->load();
     auto win = std::make_unique<morvel::prog2::Window>(*data);
     win->resize(1024, 750);

@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # Pronunciation recordings res/zh/fono/<code point>.mp3, synthesised from the
-# tone-numbered pinyin of every level character whose reading carries a tone mark.
+# tone-numbered pinyin of every character of every level whose reading carries a tone mark.
 # Neutral-tone readings (no tone mark) get no recording.
 #
 #   audio.sh          regenerate the recordings
@@ -11,7 +11,7 @@ set -euo pipefail
 export LC_ALL=C.UTF-8
 
 ROOT=$(cd "$(dirname "$0")/../.." && pwd)
-LEVEL="$ROOT/res/zh/level_1.txt"
+LEVELS=("$ROOT"/res/zh/level_*.txt)
 DEST="$ROOT/res/zh/fono"
 CHECK=0
 [[ "${1:-}" == "--check" ]] && CHECK=1
@@ -87,7 +87,7 @@ while IFS= read -r line; do
     fail=1
   fi
   count=$((count + 1))
-done < "$LEVEL"
+done < <(cat "${LEVELS[@]}")
 
 (( fail == 0 )) || exit 1
 

@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # The two fonts of the resource tree:
 #   res/fonts/LXGWWenKai-Regular.ttf   Debian's LXGW WenKai Regular, cut down to the glyphs the
-#                                      program can show (level file, Latin, pinyin, Cyrillic,
+#                                      program can show (level files, Latin, pinyin, Cyrillic,
 #                                      punctuation) and renamed as OFL asks of a modified font
 #   res/fonts/SourceCodePro-Regular.ttf unchanged from the npm package source-code-pro
 #
@@ -14,7 +14,7 @@ export LC_ALL=C.UTF-8
 
 HERE=$(cd "$(dirname "$0")" && pwd)
 ROOT=$(cd "$HERE/../.." && pwd)
-LEVEL="$ROOT/res/zh/level_1.txt"
+LEVELS=("$ROOT"/res/zh/level_*.txt)
 WENKAI_SRC=/usr/share/fonts/truetype/lxgw-wenkai/LXGWWenKai-Regular.ttf
 WENKAI_COPYRIGHT=/usr/share/doc/fonts-lxgw-wenkai/copyright
 SCP_PKG="$HERE/node_modules/source-code-pro"
@@ -25,7 +25,7 @@ CHECK=0
 FAMILY="Quenlo WenKai"
 POSTSCRIPT="QuenloWenKai-Regular"
 
-for f in "$WENKAI_SRC" "$WENKAI_COPYRIGHT" "$SCP_PKG/TTF/SourceCodePro-Regular.ttf" "$LEVEL"; do
+for f in "$WENKAI_SRC" "$WENKAI_COPYRIGHT" "$SCP_PKG/TTF/SourceCodePro-Regular.ttf" "${LEVELS[@]}"; do
   [[ -f "$f" ]] || { echo "fonts.sh: missing input '$f'" >&2; exit 2; }
 done
 command -v pyftsubset >/dev/null || { echo "fonts.sh: missing tool 'pyftsubset'" >&2; exit 2; }
@@ -39,8 +39,9 @@ mkdir -p "$WORK/fonts" "$WORK/licenses"
 UNICODES="U+0020-007E,U+00A0-00FF,U+0100-0101,U+0112-0113,U+011A-011B,U+012A-012B,U+014C-014D,\
 U+016A-016B,U+01CD-01DC,U+0400-045F,U+2010-2027,U+2030-203A,U+20AC,U+3000-301F,U+FF01-FF5E"
 
+cat "${LEVELS[@]}" > "$WORK/levels.txt"
 pyftsubset "$WENKAI_SRC" \
-  --text-file="$LEVEL" \
+  --text-file="$WORK/levels.txt" \
   --unicodes="$UNICODES" \
   --layout-features='*' \
   --name-IDs='*' --name-languages='*' \

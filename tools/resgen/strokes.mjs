@@ -1,5 +1,6 @@
-// Generates the stroke files res/zh/1/<code point>.svg and the compiled-in basic table
-// src/app/BasicTableData.inc from hanzi-writer-data and res/zh/level_1.txt.
+// Generates the stroke files res/zh/<level>/<code point>.svg of every level file
+// res/zh/level_<level>.txt and the compiled-in basic table src/app/BasicTableData.inc (level 1)
+// from hanzi-writer-data.
 //
 //   node tools/resgen/strokes.mjs          write the files
 //   node tools/resgen/strokes.mjs --check  compare with the committed files, exit 1 on a difference
@@ -15,11 +16,18 @@ const root = path.resolve(here, '..', '..');
 const require = createRequire(import.meta.url);
 const dataDir = path.dirname(require.resolve('hanzi-writer-data/package.json'));
 
-const levelFile = path.join(root, 'res', 'zh', 'level_1.txt');
-const strokeDir = path.join(root, 'res', 'zh', '1');
+const zhDir = path.join(root, 'res', 'zh');
 const tableFile = path.join(root, 'src', 'app', 'BasicTableData.inc');
 const licenceSrc = path.join(dataDir, 'ARPHICPL.TXT');
-const licenceDst = path.join(strokeDir, 'ARPHICPL.TXT');
+
+// Level numbers in ascending order, from the level files present.
+function levelNumbers() {
+  return fs.readdirSync(zhDir)
+    .map((name) => name.match(/^level_(\d+)\.txt$/))
+    .filter(Boolean)
+    .map((m) => Number(m[1]))
+    .sort((a, b) => a - b);
+}
 
 function fail(msg) {
   console.error(`strokes: ${msg}`);
@@ -27,7 +35,7 @@ function fail(msg) {
 }
 
 // Rows "20013 = { 中 | zhōng | middle; center | Mitte; Zentrum | середина; центр }".
-function readLevel() {
+function readLevel(levelFile) {
   const rows = [];
   const text = fs.readFileSync(levelFile, 'utf8');
   for (const line of text.split('\n')) {
@@ -85,6 +93,73 @@ function flipPathData(d, ch) {
   return out.join(' ');
 }
 
+// The outline as closed polygons in the package frame, every curve cut into 16 chords.
+function outlinePolygons(d) {
+  const tokens = d.match(/[A-Za-z]|-?\d*\.?\d+(?:e[-+]?\d+)?/g) || [];
+  const polygons = [];
+  let poly = null;
+  let i = 0;
+  const num = () => Number(tokens[i++]);
+  while (i < tokens.length) {
+    const cmd = tokens[i++];
+    const last = poly && poly.length ? poly[poly.length - 1] : [0, 0];
+    if (cmd === 'M') {
+      poly = [[num(), num()]];
+      polygons.push(poly);
+    } else if (cmd === 'L') {
+      poly.push([num(), num()]);
+    } else if (cmd === 'Q' || cmd === 'C') {
+      const pts = [last];
+      for (let k = 0; k < (cmd === 'Q' ? 2 : 3); k++) pts.push([num(), num()]);
+      for (let k = 1; k <= 16; k++) {
+        // de Casteljau
+        let q = pts;
+        while (q.length > 1) q = q.slice(1).map((p, j) => [q[j][0] + (p[0] - q[j][0]) * k / 16, q[j][1] + (p[1] - q[j][1]) * k / 16]);
+        poly.push(q[0]);
+      }
+    }
+  }
+  return polygons;
+}
+
+// Non-zero winding, the rule the program fills outlines with.
+function inside(polygons, [x, y]) {
+  let winding = 0;
+  for (const poly of polygons) {
+    for (let k = 0; k < poly.length; k++) {
+      const [x1, y1] = poly[k];
+      const [x2, y2] = poly[(k + 1) % poly.length];
+      if ((y1 <= y) !== (y2 <= y)) {
+        const cross = (x2 - x1) * (y - y1) - (x - x1) * (y2 - y1);
+        if (y2 > y1 && cross > 0) winding++;
+        else if (y2 <= y1 && cross < 0) winding--;
+      }
+    }
+  }
+  return winding !== 0;
+}
+
+// A few centre lines of the package start or end just outside their outline; tracing needs
+// both ends inside. Such an end moves along its centre line to a whole-numbered point a few
+// units inside the outline.
+function pullEndsInside(median, polygons, ch) {
+  const pull = (pts) => {
+    if (inside(polygons, pts[0])) return pts;
+    const [a, b] = pts;
+    const length = Math.hypot(b[0] - a[0], b[1] - a[1]);
+    for (let along = 1; along <= length; along++) {
+      const t = Math.min(1, (along + 4) / length);
+      const p = [Math.round(a[0] + (b[0] - a[0]) * t), Math.round(a[1] + (b[1] - a[1]) * t)];
+      if (inside(polygons, [a[0] + (b[0] - a[0]) * along / length, a[1] + (b[1] - a[1]) * along / length]) && inside(polygons, p)) {
+        return [p, ...pts.slice(1)];
+      }
+    }
+    if (pts.length > 2) return pull(pts.slice(1));
+    fail(`${ch}: a centre line lies wholly outside its outline`);
+  };
+  return pull(pull(median).reverse()).reverse();
+}
+
 function strokeSvg(row) {
   const file = path.join(dataDir, `${row.char}.json`);
   if (!fs.existsSync(file)) fail(`no package data for ${row.char}`);
@@ -96,7 +171,8 @@ function strokeSvg(row) {
   data.strokes.forEach((outline, i) => {
     const median = data.medians[i];
     if (!Array.isArray(median) || median.length < 2) fail(`${row.char}: stroke ${i} has no centre line`);
-    const anim = median.map(([x, y], k) => `${k === 0 ? 'M' : 'L'} ${fmt(x)} ${fmt(900 - y)}`).join(' ');
+    const centre = pullEndsInside(median, outlinePolygons(outline), row.char);
+    const anim = centre.map(([x, y], k) => `${k === 0 ? 'M' : 'L'} ${fmt(x)} ${fmt(900 - y)}`).join(' ');
     lines.push(`  <path id="stroke-${i}" d="${flipPathData(outline, row.char)}"/>`);
     lines.push(`  <clipPath id="clip-${i}"><use href="#stroke-${i}"/></clipPath>`);
     lines.push(`  <path clip-path="url(#clip-${i})" d="${anim}"/>`);
@@ -120,11 +196,22 @@ function tableInc(rows) {
 }
 
 const check = process.argv.includes('--check');
-const rows = readLevel();
+const levels = levelNumbers();
+if (levels[0] !== 1) fail('res/zh/level_1.txt is missing');
 const wanted = new Map();
-for (const row of rows) wanted.set(path.join(strokeDir, `${row.code}.svg`), strokeSvg(row));
-wanted.set(tableFile, tableInc(rows));
-wanted.set(licenceDst, fs.readFileSync(licenceSrc, 'utf8'));
+const strokeDirs = levels.map((n) => path.join(zhDir, String(n)));
+const licence = fs.readFileSync(licenceSrc, 'utf8');
+const seen = new Map();
+levels.forEach((n, i) => {
+  const rows = readLevel(path.join(zhDir, `level_${n}.txt`));
+  for (const row of rows) {
+    if (seen.has(row.code)) fail(`${row.char} is in level ${seen.get(row.code)} and level ${n}`);
+    seen.set(row.code, n);
+    wanted.set(path.join(strokeDirs[i], `${row.code}.svg`), strokeSvg(row));
+  }
+  if (n === 1) wanted.set(tableFile, tableInc(rows));
+  wanted.set(path.join(strokeDirs[i], 'ARPHICPL.TXT'), licence);
+});
 
 let differences = 0;
 if (check) {
@@ -134,19 +221,23 @@ if (check) {
       differences++;
     }
   }
-  for (const name of fs.existsSync(strokeDir) ? fs.readdirSync(strokeDir) : []) {
-    if (!wanted.has(path.join(strokeDir, name))) {
-      console.error(`unexpected: ${path.relative(root, path.join(strokeDir, name))}`);
-      differences++;
+  for (const dir of strokeDirs) {
+    for (const name of fs.existsSync(dir) ? fs.readdirSync(dir) : []) {
+      if (!wanted.has(path.join(dir, name))) {
+        console.error(`unexpected: ${path.relative(root, path.join(dir, name))}`);
+        differences++;
+      }
     }
   }
   console.log(differences === 0 ? `strokes: ${wanted.size} files match` : `strokes: ${differences} differences`);
   process.exit(differences === 0 ? 0 : 1);
 }
 
-fs.mkdirSync(strokeDir, { recursive: true });
-for (const name of fs.readdirSync(strokeDir)) {
-  if (!wanted.has(path.join(strokeDir, name))) fs.unlinkSync(path.join(strokeDir, name));
+for (const dir of strokeDirs) {
+  fs.mkdirSync(dir, { recursive: true });
+  for (const name of fs.readdirSync(dir)) {
+    if (!wanted.has(path.join(dir, name))) fs.unlinkSync(path.join(dir, name));
+  }
 }
 for (const [file, content] of wanted) fs.writeFileSync(file, content);
 console.log(`strokes: wrote ${wanted.size} files`);

@@ -1,0 +1,26 @@
+#pragma once
+// Where one level of characters lives in the resource tree: its stroke directory and its
+// level file. Only the level the learner picks is loaded; the others are only counted.
+
+#include <QString>
+
+namespace morvel::prog2 {
+
+struct Level {
+    /// Levels shipped with the program, numbered 1 .. COUNT.
+    static constexpr int COUNT = 4;
+
+    int number = 0;
+    QString directory;  ///< ":/wb/shared-res/zh/2", one stroke file per character
+    QString file;       ///< ":/wb/shared-res/zh/level_2.txt"
+
+    /// Level `number` under the current resource prefix; number 0 for one outside 1 .. COUNT.
+    static Level shipped(int number);
+    bool is_valid() const { return number > 0; }
+    /// Number of stroke files in the directory, counted without reading them.
+    int size() const;
+
+    bool operator==(const Level&) const = default;
+};
+
+}  // namespace morvel::prog2
