@@ -148,8 +148,8 @@ WorksheetCliResult WorksheetCli::run(const QStringList& arguments, QLocale::Lang
                                             "не удаётся записать '%1': %2")
                                              .arg(out, written.get_message()));
     const QString done =
-        tt("wrote %1 pages (%2 characters) to '%3'", "%1 Seiten (%2 Schriftzeichen) nach '%3' geschrieben",
-           "записано страниц: %1 (иероглифов: %2) в '%3'")
+        tt("wrote '%3' (pages: %1, characters: %2)", "'%3' geschrieben (Seiten: %1, Schriftzeichen: %2)",
+           "записано в '%3' (страниц: %1, иероглифов: %2)")
             .arg(written.value)
             .arg(source.entries.size())
             .arg(out);

@@ -14,7 +14,6 @@ namespace morvel {
 struct WorksheetOptions;
 
 class WorksheetDialog : public QDialog {
-    Q_OBJECT
 public:
     /// The text of the menu item that opens the dialog.
     static QString menu_text();
