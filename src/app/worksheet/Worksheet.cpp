@@ -4,6 +4,7 @@
 #include <ki/qt/GPC.h>
 
 #include <QFontDatabase>
+#include <QFontMetricsF>
 #include <QPageLayout>
 #include <QPainter>
 #include <QPdfWriter>
@@ -117,15 +118,19 @@ void draw_heading(ki::qt::GPC& gpc, const ki::math::Rect& r, const WorksheetEntr
         x += text_width(gpc, entry.info.pinyin) + 4.0f;
     }
     set_font(gpc, sans_family(), 10);
-    gpc.draw_text_screen({x, base.y}, meaning_in(entry.info, language), 0, TEXT_SOFT,
-                         ki::qt::TextAlignY::BASELINE);
+    // A long meaning is cut short rather than run off the paper.
+    const QPainter& painter = gpc.get_painter();
+    const float room = (r.right() - x) * static_cast<float>(painter.transform().m11());
+    const QString meaning = QFontMetricsF(painter.font(), painter.device())
+                                .elidedText(meaning_in(entry.info, language), Qt::ElideRight, room);
+    gpc.draw_text_screen({x, base.y}, meaning, 0, TEXT_SOFT, ki::qt::TextAlignY::BASELINE);
 }
 
 void draw_block(ki::qt::GPC& gpc, const SheetBlock& block, const WorksheetEntry& entry,
                 const WorksheetOptions& options) {
     draw_heading(gpc, block.heading, entry, options.language);
     const GuideGridStyle grid;
-    // Squares of one size differ only by an offset: one fit each, moved along.
+    // Squares of one size differ only by an offset: one fit per row of them, moved along.
     const auto moved = [](glm::mat3 m, const ki::math::Rect& from, const ki::math::Rect& to) {
         m[2][0] += to.x - from.x;
         m[2][1] += to.y - from.y;
