@@ -8,13 +8,15 @@ BUILD_DIR=${1:-build}
 shift || true
 
 # Build, test and run-time packages (Qt 6.4 from Debian, GLM, GoogleTest, a CJK font for the
-# character list, GStreamer's MP3 decoder for the recordings, Xvfb for screenshots).
+# character list, GStreamer's MP3 decoder for the recordings, Xvfb for screenshots,
+# poppler's pdftoppm to check printed worksheets).
 PACKAGES=(
   g++ cmake ninja-build ccache pkg-config git
   qt6-base-dev qt6-multimedia-dev qt6-svg-dev libqt6svg6 libgl-dev
   libglm-dev libgtest-dev libgmock-dev
   fonts-noto-cjk gstreamer1.0-plugins-good
   xvfb xauth
+  poppler-utils
 )
 command -v node >/dev/null 2>&1 || PACKAGES+=(nodejs)
 command -v npm >/dev/null 2>&1 || PACKAGES+=(npm)

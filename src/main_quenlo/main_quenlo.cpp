@@ -14,6 +14,7 @@
 #include "app/Diagnostics.h"
 #include "app/Window.h"
 #include "app/morvel.h"
+#include "app/worksheet/WorksheetCli.h"
 
 namespace {
 
@@ -31,11 +32,15 @@ int qMain(int argc, char** argv) {
     const QString organisation = QStringLiteral("qlo.de");
     const QString programName = ki::os::get_program_name_qs();
     ki::qt::GApp::prepare_settings(organisation, CONFIG_VERSION, true, programName);
+    morvel::WorksheetCli::prepare_headless(argc, argv);
     auto app = std::make_unique<ki::qt::GApp>(argc, argv, nullptr);
     if (ki::os::is_android()) ki::qt::GApp::set_icon_size_percent_default(220);
     app->setStartDragDistance(START_DRAG_DISTANCE);
     ki::qt::set_res_prefix(QStringLiteral(":/wb/shared-res"));
     morvel::ini();
+    // A worksheet from the command line is written without a window.
+    if (morvel::WorksheetCli::is_requested(QCoreApplication::arguments()))
+        return morvel::WorksheetCli::main(QCoreApplication::arguments());
 
     auto data = std::make_unique<morvel::prog2::AppData>(morvel::prog2::Level::shipped(1));
     data->load();

@@ -1,0 +1,135 @@
+#include "app/worksheet/WorksheetDialog.h"
+
+#include <ki/qt/lang.h>
+
+#include <QComboBox>
+#include <QDialogButtonBox>
+#include <QDir>
+#include <QFileDialog>
+#include <QFormLayout>
+#include <QMessageBox>
+#include <QPushButton>
+#include <QRadioButton>
+#include <QSpinBox>
+#include <QStandardPaths>
+#include <QVBoxLayout>
+
+#include "app/worksheet/Worksheet.h"
+
+namespace morvel {
+
+namespace {
+
+using ki::qt::lang::tt;
+
+QString default_file_name(const QString& character, int level, bool wholeLevel) {
+    const QString folder = QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation);
+    const QString base =
+        wholeLevel ? tt("worksheet-level-%1", "arbeitsblatt-stufe-%1", "пропись-уровень-%1").arg(level)
+                   : tt("worksheet-%1", "arbeitsblatt-%1", "пропись-%1").arg(character);
+    return QDir(folder).filePath(base + QStringLiteral(".pdf"));
+}
+
+}  // namespace
+
+QString WorksheetDialog::menu_text() {
+    return tt("Worksheet…", "Arbeitsblatt…", "Пропись…");
+}
+
+WorksheetDialog::WorksheetDialog(QWidget* parent, const QString& character, int level) : QDialog(parent) {
+    setWindowTitle(tt("Worksheet", "Arbeitsblatt", "Пропись"));
+    auto* form = new QFormLayout;
+    buttonCharacter = new QRadioButton(
+        tt("Current character %1", "Aktuelles Schriftzeichen %1", "Текущий иероглиф %1").arg(character));
+    buttonLevel = new QRadioButton(tt("Whole level %1", "Ganze Stufe %1", "Весь уровень %1").arg(level));
+    buttonCharacter->setEnabled(!character.isEmpty());
+    (character.isEmpty() ? buttonLevel : buttonCharacter)->setChecked(true);
+    auto* scope = new QVBoxLayout;
+    scope->addWidget(buttonCharacter);
+    scope->addWidget(buttonLevel);
+    form->addRow(tt("Print", "Drucken", "Печать"), scope);
+
+    comboGrid = new QComboBox;
+    comboGrid->addItem(tt("Tian grid (cross)", "Tian-Raster (Kreuz)", "Сетка тянь (крест)"),
+                       static_cast<int>(GuideGrid::TIAN));
+    comboGrid->addItem(tt("Mi grid (cross and diagonals)", "Mi-Raster (Kreuz und Diagonalen)",
+                          "Сетка ми (крест и диагонали)"),
+                       static_cast<int>(GuideGrid::MI));
+    comboGrid->addItem(tt("Squares only", "Nur Kästchen", "Только клетки"),
+                       static_cast<int>(GuideGrid::NONE));
+    form->addRow(tt("Grid", "Raster", "Сетка"), comboGrid);
+
+    comboPaper = new QComboBox;
+    comboPaper->addItem(QStringLiteral("A4"), static_cast<int>(Paper::A4));
+    comboPaper->addItem(QStringLiteral("Letter"), static_cast<int>(Paper::LETTER));
+    if (QLocale::system().measurementSystem() == QLocale::ImperialUSSystem) comboPaper->setCurrentIndex(1);
+    form->addRow(tt("Paper", "Papier", "Бумага"), comboPaper);
+
+    spinRows = new QSpinBox;
+    spinRows->setRange(WorksheetOptions::ROWS_MIN, WorksheetOptions::ROWS_MAX);
+    spinRows->setValue(WorksheetOptions().rows);
+    form->addRow(
+        tt("Practice rows per character", "Übungszeilen je Schriftzeichen", "Строк для практики на иероглиф"),
+        spinRows);
+
+    auto* buttons = new QDialogButtonBox(QDialogButtonBox::Save | QDialogButtonBox::Cancel);
+    buttons->button(QDialogButtonBox::Save)->setText(tt("Save…", "Speichern…", "Сохранить…"));
+    buttons->button(QDialogButtonBox::Cancel)->setText(tt("Cancel", "Abbrechen", "Отмена"));
+    connect(buttons, &QDialogButtonBox::accepted, this, &QDialog::accept);
+    connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
+    auto* layout = new QVBoxLayout(this);
+    layout->addLayout(form);
+    layout->addWidget(buttons);
+}
+
+bool WorksheetDialog::whole_level() const {
+    return buttonLevel->isChecked();
+}
+
+WorksheetOptions WorksheetDialog::options() const {
+    WorksheetOptions options;
+    options.grid = static_cast<GuideGrid>(comboGrid->currentData().toInt());
+    options.paper = static_cast<Paper>(comboPaper->currentData().toInt());
+    options.rows = spinRows->value();
+    options.language = ki::qt::lang::get_lang();
+    return options;
+}
+
+bool WorksheetDialog::ask_and_write(QWidget* parent, const QString& character, int level) {
+    WorksheetDialog dialog(parent, character, level);
+    if (dialog.exec() != QDialog::Accepted) return false;
+    const bool wholeLevel = dialog.whole_level();
+    QString file = QFileDialog::getSaveFileName(
+        parent, tt("Save worksheet", "Arbeitsblatt speichern", "Сохранить пропись"),
+        default_file_name(character, level, wholeLevel), QStringLiteral("PDF (*.pdf)"));
+    if (file.isEmpty()) return false;
+    if (!file.endsWith(QStringLiteral(".pdf"), Qt::CaseInsensitive)) file += QStringLiteral(".pdf");
+
+    const WorksheetSource source =
+        wholeLevel ? WorksheetSource::from_level(level) : WorksheetSource::from_text(character);
+    const QString title = tt("Worksheet", "Arbeitsblatt", "Пропись");
+    if (source.entries.empty()) {
+        QMessageBox::warning(
+            parent, title,
+            tt("No stroke file for %1.", "Keine Strichdatei für %1.", "Нет файла черт для %1.")
+                .arg(source.missing.join(QStringLiteral(", "))));
+        return false;
+    }
+    const ki::GSysResult<int> written = Worksheet::write_file(file, source.entries, dialog.options());
+    if (!written.ok()) {
+        QMessageBox::warning(parent, title,
+                             tt("Cannot write '%1': %2", "'%1' kann nicht geschrieben werden: %2",
+                                "Не удаётся записать '%1': %2")
+                                 .arg(file, written.get_message()));
+        return false;
+    }
+    if (!source.missing.isEmpty())
+        QMessageBox::information(
+            parent, title,
+            tt("No stroke file for %1; skipped.", "Keine Strichdatei für %1; übersprungen.",
+               "Нет файла черт для %1; пропущено.")
+                .arg(source.missing.join(QStringLiteral(", "))));
+    return true;
+}
+
+}  // namespace morvel
