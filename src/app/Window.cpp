@@ -30,6 +30,7 @@
 #include "app/options/OptionsMenu.h"
 #include "app/stroke/Anim.h"
 #include "app/stroke/CanvasHanzi.h"
+#include "app/worksheet/WorksheetDialog.h"
 
 namespace morvel::prog2 {
 
@@ -83,7 +84,7 @@ long long Window::get_selected_index() const {
 
 void Window::ini() {
     using ki::qt::GLAYOUT;
-    setWindowTitle(ki::str::qprintF("quenlo $", get_morvel_version()));
+    update_title();
     set_window_icon(QStringLiteral("^icons/quenlo.svg"));
 
     ki::qt::GPanel* mainPanel = gen_main_panel(GLAYOUT::VERT);
@@ -283,6 +284,52 @@ void Window::paintEvent(QPaintEvent* ev) {
     });
 }
 
+void Window::update_title() {
+    // The level goes into the title: always in view, never in the way.
+    setWindowTitle(ki::str::qprintF("quenlo $ · ", get_morvel_version()) +
+                   tt("Level %1", "Stufe %1", "Уровень %1").arg(data.get_level().number));
+}
+
+bool Window::load_level(int number) {
+    AppData next(Level::shipped(number));
+    if (next.get_level().is_valid()) next.load();
+    if (next.empty()) {
+        ki::pp_error("Window::load_level, level:$ has no characters", number);
+        return false;
+    }
+    data = std::move(next);
+    return true;
+}
+
+bool Window::on_level(int number) {
+    const int current = data.get_level().number;
+    if (number == current) return true;
+    LessonOptions next = get_options();
+    if (!load_level(number)) {
+        ki::qt::GMessageBox::show_warning(
+            this, tt("Level", "Stufe", "Уровень"),
+            tt("The characters of level %1 could not be loaded. Level %2 stays.",
+               "Die Zeichen der Stufe %1 konnten nicht geladen werden. Es bleibt bei Stufe %2.",
+               "Не удалось загрузить иероглифы уровня %1. Остаётся уровень %2.")
+                .arg(number)
+                .arg(current));
+        return false;
+    }
+    next.level = number;
+    const int size = static_cast<int>(data.size());
+    const int selected = std::clamp(next.selection_of(number), 0, std::max(0, size - 1));
+    options = next;
+    model->set_selected_index(selected);
+    scroller->update_index_win_top(0);
+    scroller->update_model();
+    update_title();
+    update_fonts();
+    on_index(selected);
+    scroller->ensure_visible(selected);
+    save_settings_now();
+    return true;
+}
+
 void Window::update_translation(int index) {
     const ChinChar& chin = data.appObject_at(static_cast<unsigned int>(index)).chinChar;
     labelTranslation->setText(chin.meaning(ki::qt::lang::get_lang()));
@@ -463,7 +510,8 @@ LessonOptions Window::get_options() const {
     }
     if (model != nullptr) {
         current.showUnicode = model->is_show_unicode();
-        current.selectedIndex = static_cast<int>(std::max(0LL, model->get_selected_index()));
+        current.level = data.get_level().number;
+        current.selection_of(current.level) = static_cast<int>(std::max(0LL, model->get_selected_index()));
     }
     return current;
 }
@@ -497,12 +545,22 @@ void Window::restore_state() {
     GMainWindow::restore_state();
     if (model == nullptr) return;
     LessonOptions stored = LessonOptions::load(nWin);
+    if (stored.level != data.get_level().number) {
+        if (load_level(stored.level)) {
+            scroller->update_model();
+            update_fonts();
+        } else {
+            stored.level = data.get_level().number;
+        }
+    }
     const int size = static_cast<int>(data.size());
-    const int selected = std::clamp(stored.selectedIndex, 0, std::max(0, size - 1));
-    if (selected != stored.selectedIndex)
-        ki::pp_warn("Window::restore_state, selectedIndex:$ outside the $ characters, using $",
-                    stored.selectedIndex, size, selected);
-    stored.selectedIndex = selected;
+    int& chosen = stored.selection_of(stored.level);
+    const int selected = std::clamp(chosen, 0, std::max(0, size - 1));
+    if (selected != chosen)
+        ki::pp_warn("Window::restore_state, selectedIndex:$ outside the $ characters, using $", chosen, size,
+                    selected);
+    chosen = selected;
+    update_title();
     // The step stays at its start value until the learner has chosen one.
     if (!stored.incSpeedStored) stored.incSpeed = control.get_inc_speed();
     model->set_selected_index(selected);
@@ -546,7 +604,16 @@ void Window::on_menu_options_top(ki::qt::GMenu* menu) {
                                      apply_options(next);
                                      save_settings_now();
                                  },
-                                 [this]() { on_again(); }});
+                                 [this]() { on_again(); },
+                                 [this](int number) { on_level(number); },
+                                 [this]() {
+                                     const long long selected = get_selected_index();
+                                     const QString character =
+                                         selected < 0 ? QString()
+                                                      : data.appObject_at(static_cast<unsigned int>(selected))
+                                                            .chinChar.character();
+                                     WorksheetDialog::ask_and_write(this, character, data.get_level().number);
+                                 }});
 }
 
 void Window::on_menu_options_bottom(ki::qt::GMenu* menu) {

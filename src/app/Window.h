@@ -79,6 +79,9 @@ public:
     void on_event_stroke_rejected();
     /// Tracing of the current character starts again (hotkey Ctrl+R, a click on its row).
     void on_again();
+    /// Shows level `number` (1 .. 4) with its own selected character; a level whose files are
+    /// missing gives a message and the level stays as it was. Returns whether it is shown.
+    bool on_level(int number);
     /// Watch mode: the drawing moves to the end of the next stroke, or back to the start of the
     /// current one (hotkeys Shift+Right, Shift+Left), and holds there.
     void on_step_stroke(bool forward);
@@ -106,6 +109,9 @@ private:
     void on_lesson_changed(const LessonChange& change);
     void show_progress(float progress);
     void update_translation(int index);
+    void update_title();
+    /// Replaces the catalogue by level `number`'s; false (logged) when it has no characters.
+    bool load_level(int number);
     void update_fonts();
     void update_list_width();
     void retranslate();

@@ -41,8 +41,12 @@ const Row ROWS[] = {
     {"flagShowUnicode", &LessonOptions::showUnicode},
     {"flagScrollbarVisible", &LessonOptions::scrollbarVisible},
     {"valTest", &LessonOptions::valTest, Fix::CLAMP, 0, std::numeric_limits<uint32_t>::max()},
-    // The window clamps the selection to its catalogue.
+    {"level", &LessonOptions::level, Fix::DEFAULT, 1, 4},
+    // The window clamps the selections to its catalogue.
     {"selectedIndex", &LessonOptions::selectedIndex},
+    {"selectedIndex2", &LessonOptions::selectedIndex2},
+    {"selectedIndex3", &LessonOptions::selectedIndex3},
+    {"selectedIndex4", &LessonOptions::selectedIndex4},
     {"practiceHintAfter", &LessonOptions::hintAfterMisses, Fix::CLAMP, 0, 5},
     {"practiceFeedbackSounds", &LessonOptions::feedbackSounds},
     {"practiceStrokeNumbers", &LessonOptions::strokeNumbers},
@@ -80,6 +84,19 @@ T checked(const Row& row, T value, T fallback) {
 }
 
 }  // namespace
+
+int& LessonOptions::selection_of(int levelNumber) {
+    switch (levelNumber) {
+        case 2:
+            return selectedIndex2;
+        case 3:
+            return selectedIndex3;
+        case 4:
+            return selectedIndex4;
+        default:
+            return selectedIndex;
+    }
+}
 
 LessonOptions LessonOptions::load(const ki::store::GNode& node) {
     LessonOptions options;

@@ -7,7 +7,9 @@
 #include <utility>
 #include <vector>
 
+#include "app/Level.h"
 #include "app/stroke/ControlAnim.h"
+#include "app/worksheet/WorksheetDialog.h"
 
 namespace morvel::prog2 {
 
@@ -110,6 +112,14 @@ void fill_options_menu_top(GMenu* menu, const OptionsMenuHost& host) {
     gen_flag(menu, host, tt("Show Unicode", "Unicode anzeigen", "Показывать Unicode"), &LessonOptions::showUnicode);
     menu->gen_separator();
     fill_practice_menu(menu, host);
+    GMenu* levels = menu->gen_sub_menu(tt("Level", "Stufe", "Уровень"), GMenu::MENU_EXCLUSIVE);
+    for (int number = 1; number <= Level::COUNT; ++number) {
+        const QString label = tt("Level %1 · %2 characters", "Stufe %1 · %2 Zeichen", "Уровень %1 · %2 иероглифов")
+                                  .arg(number)
+                                  .arg(Level::shipped(number).size());
+        levels->gen_action(label, true, host.options().level == number, [host, number]() { host.level(number); });
+    }
+    menu->gen_action(WorksheetDialog::menu_text(), [host]() { host.worksheet(); });
     menu->gen_separator();
 }
 

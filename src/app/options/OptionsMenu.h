@@ -20,6 +20,10 @@ struct OptionsMenuHost {
     std::function<void(const LessonOptions&)> apply;
     /// Starts tracing the current character again.
     std::function<void()> again;
+    /// Shows another level.
+    std::function<void(int)> level;
+    /// Asks for and writes a worksheet.
+    std::function<void()> worksheet;
 };
 
 /// Tolerance radii and drawing speeds the menu offers.

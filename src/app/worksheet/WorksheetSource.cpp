@@ -2,34 +2,15 @@
 
 #include <ki/log/GLog.h>
 
-#include <QDir>
 #include <QFile>
-#include <algorithm>
 #include <map>
 
 #include "app/AppData.h"
+#include "app/Level.h"
 
 namespace morvel {
 
 namespace {
-
-const QString ZH_DIR = QStringLiteral(":/wb/shared-res/zh");
-
-QString level_file(int level) {
-    return QStringLiteral("%1/level_%2.txt").arg(ZH_DIR).arg(level);
-}
-
-/// The level folders present, in ascending order.
-std::vector<int> levels() {
-    std::vector<int> found;
-    for (const QString& name : QDir(ZH_DIR).entryList(QDir::Dirs | QDir::NoDotAndDotDot)) {
-        bool ok = false;
-        const int level = name.toInt(&ok);
-        if (ok && level > 0) found.push_back(level);
-    }
-    std::sort(found.begin(), found.end());
-    return found;
-}
 
 /// Level-file rows, read once per level and call.
 class Tables {
@@ -37,7 +18,7 @@ public:
     ChinChar find(int level, int code) {
         auto it = tables.find(level);
         if (it == tables.end())
-            it = tables.emplace(level, basic_table_from_file(level_file(level), -1)).first;
+            it = tables.emplace(level, basic_table_from_file(prog2::Level::shipped(level).file, -1)).first;
         return from_unicode(it->second, code);
     }
 
@@ -59,13 +40,12 @@ bool load_anim(const QString& path, Anim& anim) {
 }  // namespace
 
 QString WorksheetSource::level_dir(int level) {
-    return QStringLiteral("%1/%2").arg(ZH_DIR).arg(level);
+    return prog2::Level::shipped(level).directory;
 }
 
 WorksheetSource WorksheetSource::from_text(const QString& text) {
     WorksheetSource source;
     Tables tables;
-    const std::vector<int> present = levels();
     QList<char32_t> seen;
     for (const char32_t code : text.toUcs4()) {
         if (QChar::isSpace(code) || code == U',' || code == U'，' || seen.contains(code)) continue;
@@ -74,7 +54,7 @@ WorksheetSource WorksheetSource::from_text(const QString& text) {
         WorksheetEntry entry;
         entry.character = character;
         bool found = false;
-        for (const int level : present) {
+        for (int level = 1; level <= prog2::Level::COUNT; ++level) {
             const QString path =
                 QStringLiteral("%1/%2.svg").arg(level_dir(level)).arg(static_cast<uint>(code));
             if (!QFile::exists(path) || !load_anim(path, entry.anim)) continue;
@@ -92,13 +72,17 @@ WorksheetSource WorksheetSource::from_text(const QString& text) {
 
 WorksheetSource WorksheetSource::from_level(int level) {
     WorksheetSource source;
-    prog2::AppData data(level_dir(level));
+    const prog2::Level shipped = prog2::Level::shipped(level);
+    if (!shipped.is_valid()) {
+        source.ok = false;
+        return source;
+    }
+    prog2::AppData data(shipped);
     data.load();
     if (data.empty()) {
         source.ok = false;
         return source;
     }
-    Tables tables;
     for (unsigned int i = 0; i < data.size(); ++i) {
         const prog2::AppObject& obj = data.appObject_at(i);
         const char32_t code = static_cast<char32_t>(obj.unicode);
@@ -108,22 +92,14 @@ WorksheetSource WorksheetSource::from_level(int level) {
             source.missing.append(entry.character);
             continue;
         }
-        // The catalogue joins its own level file; fall back to reading it when it did not.
-        entry.info = obj.chinChar.is_valid() ? obj.chinChar : tables.find(level, obj.unicode);
+        entry.info = obj.chinChar;
         source.entries.push_back(std::move(entry));
     }
     return source;
 }
 
 QString meaning_in(const ChinChar& info, QLocale::Language language) {
-    switch (language) {
-        case QLocale::German:
-            return info.german;
-        case QLocale::Russian:
-            return info.russian;
-        default:
-            return info.english;
-    }
+    return language == QLocale::German || language == QLocale::Russian ? info.meaning(language) : info.english;
 }
 
 }  // namespace morvel
