@@ -23,6 +23,8 @@ const QString MISSING = QStringLiteral(":/wb/shared-res/zh/fono/1.mp3");
 class SoundTest : public testing::Test {
 protected:
     void SetUp() override {
+        // As the players do, before this test's own look at the audio devices starts GStreamer.
+        GSound::prepare_backend();
         if (!ki::log::is_configured()) ki::log::configure();
         levelBefore = ki::log::get_log_level();
         ki::log::set_log_level(ki::log::LOG_TRACE);
@@ -83,6 +85,33 @@ TEST_F(SoundTest, WithoutAnAudioDevicePlayingDoesNothing) {
     GSound::set_silent(true);
     EXPECT_TRUE(capture->contains("GSound::ini, no audio output device"));
     EXPECT_EQ(sound.playbackState(), QMediaPlayer::StoppedState);
+    // GStreamer probes its fallback sinks here; JACK alone would map about 2 MB for nothing.
+    QFile maps(QStringLiteral("/proc/self/maps"));
+    ASSERT_TRUE(maps.open(QIODevice::ReadOnly));
+    EXPECT_FALSE(maps.readAll().contains("libgstjack"));
+}
+
+TEST_F(SoundTest, UnusedSinksAreDemotedAndTheUsersRanksWin) {
+    const QByteArray sinks[] = {"jackaudiosink", "oss4sink", "osssink"};
+    const struct {
+        const char* name;
+        QByteArray user;
+    } rows[] = {
+        {"nothing set", {}},
+        {"other features kept", "avdec_h264:PRIMARY"},
+        {"a sink the user ranks stays theirs", "jackaudiosink:PRIMARY,osssink:256"},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.name);
+        const QList<QByteArray> entries = GSound::demote_unused_sinks(row.user).split(',');
+        const QList<QByteArray> user = row.user.isEmpty() ? QList<QByteArray>() : row.user.split(',');
+        ASSERT_EQ(entries.size(), std::size(sinks) + user.size());
+        // GStreamer applies the entries in order: the user's come last.
+        EXPECT_EQ(entries.mid(entries.size() - user.size()), user);
+        for (const QByteArray& sink : sinks) EXPECT_TRUE(entries.contains(sink + ":NONE")) << sink.constData();
+    }
+    GSound::prepare_backend();
+    EXPECT_EQ(qgetenv("GST_PLUGIN_FEATURE_RANK").count("jackaudiosink:NONE"), 1) << "set once per run";
 }
 
 TEST_F(SoundTest, EffectsRefuseMissingFilesAndReportTheirEnd) {
