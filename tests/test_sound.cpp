@@ -23,6 +23,8 @@ const QString MISSING = QStringLiteral(":/wb/shared-res/zh/fono/1.mp3");
 class SoundTest : public testing::Test {
 protected:
     void SetUp() override {
+        // As the players do, before this test's own look at the audio devices starts GStreamer.
+        GSound::prepare_backend();
         if (!ki::log::is_configured()) ki::log::configure();
         levelBefore = ki::log::get_log_level();
         ki::log::set_log_level(ki::log::LOG_TRACE);
@@ -83,6 +85,22 @@ TEST_F(SoundTest, WithoutAnAudioDevicePlayingDoesNothing) {
     GSound::set_silent(true);
     EXPECT_TRUE(capture->contains("GSound::ini, no audio output device"));
     EXPECT_EQ(sound.playbackState(), QMediaPlayer::StoppedState);
+    // GStreamer probes its fallback sinks here; JACK alone would map about 2 MB for nothing.
+    QFile maps(QStringLiteral("/proc/self/maps"));
+    ASSERT_TRUE(maps.open(QIODevice::ReadOnly));
+    EXPECT_FALSE(maps.readAll().contains("libgstjack"));
+}
+
+// GStreamer applies the entries in order: what the user set comes last and wins.
+TEST_F(SoundTest, TheUsersSinkRanksWinOverTheDemotion) {
+    for (const QByteArray& user : {QByteArray(), QByteArray("jackaudiosink:PRIMARY,avdec_h264:256")}) {
+        SCOPED_TRACE(user.constData());
+        const QByteArray ranks = GSound::demote_unused_sinks(user);
+        EXPECT_TRUE(ranks.startsWith("jackaudiosink:NONE,")) << ranks.constData();
+        EXPECT_TRUE(user.isEmpty() ? !ranks.endsWith(',') : ranks.endsWith(',' + user)) << ranks.constData();
+    }
+    GSound::prepare_backend();
+    EXPECT_EQ(qgetenv("GST_PLUGIN_FEATURE_RANK").count("jackaudiosink:NONE"), 1) << "set once per run";
 }
 
 TEST_F(SoundTest, EffectsRefuseMissingFilesAndReportTheirEnd) {

@@ -25,6 +25,10 @@ constexpr const char* ROW_CLICK = "ModelAppData";
 ModelAppData::ModelAppData(AppData& appData, QObject* parent) : GModel(parent), data(appData) {
     font = QFont(chin_font_family());
     font.setPointSize(CHAR_POINT_SIZE);
+    // One Han character per label needs no shaping: the glyphs come out the same, and the big
+    // layout tables of a CJK font are neither copied nor walked (about 1 MB and a good part of
+    // the list's first paint).
+    font.setStyleStrategy(QFont::PreferNoShaping);
     on_change_theme(ki::qt::themes::get_theme_type());
     update_row_height(QApplication::font());
 }

@@ -7,7 +7,35 @@
 
 namespace ki::qt {
 
-GSound::GSound(QObject* parent) : QMediaPlayer(parent) {}
+namespace {
+
+constexpr const char* RANK_VARIABLE = "GST_PLUGIN_FEATURE_RANK";
+
+QObject* with_backend_prepared(QObject* parent) {
+    GSound::prepare_backend();
+    return parent;
+}
+
+}  // namespace
+
+QByteArray GSound::demote_unused_sinks(const QByteArray& ranks) {
+    // The player starts only when Qt reports an output device, and then plays through that
+    // device's own sink. GStreamer's automatic sink is therefore only ever probed on a machine
+    // without sound, where it loads JACK (with Berkeley DB, about 2 MB) and OSS in vain.
+    const QByteArray demoted = QByteArrayLiteral("jackaudiosink:NONE,oss4sink:NONE,osssink:NONE");
+    // Later entries win: ranks the user set keep their say.
+    return ranks.isEmpty() ? demoted : demoted + ',' + ranks;
+}
+
+void GSound::prepare_backend() {
+    static const bool prepared = [] {
+        qputenv(RANK_VARIABLE, demote_unused_sinks(qgetenv(RANK_VARIABLE)));
+        return true;
+    }();
+    (void)prepared;
+}
+
+GSound::GSound(QObject* parent) : QMediaPlayer(with_backend_prepared(parent)) {}
 
 GSound::~GSound() {
     // The output is a member and goes first: the player must not keep pointing at it.

@@ -6,7 +6,16 @@
 
 namespace ki::qt {
 
-GSoundEffect::GSoundEffect(QObject* parent) : QSoundEffect(parent) {
+namespace {
+
+QObject* with_backend_prepared(QObject* parent) {
+    GSound::prepare_backend();
+    return parent;
+}
+
+}  // namespace
+
+GSoundEffect::GSoundEffect(QObject* parent) : QSoundEffect(with_backend_prepared(parent)) {
     connect(this, &QSoundEffect::playingChanged, this, [this]() {
         if (isPlaying() || !reportEnd) return;
         reportEnd = false;

@@ -3,6 +3,7 @@
 // keeps the last source, so playing the same file again starts at once.
 
 #include <QAudioOutput>
+#include <QByteArray>
 #include <QMediaPlayer>
 #include <QString>
 #include <QUrl>
@@ -33,6 +34,12 @@ public:
     const QString& get_source_path() const { return sourcePath; }
     /// Whether an audio output device was there at `ini`.
     bool has_output_device() const { return outputDevice; }
+
+    /// Settles how GStreamer picks its elements before Qt Multimedia starts it: the players
+    /// and effects call it on construction. Only the first call does anything.
+    static void prepare_backend();
+    /// `ranks` (a GST_PLUGIN_FEATURE_RANK value) with the sinks a player never uses demoted.
+    static QByteArray demote_unused_sinks(const QByteArray& ranks);
 
     /// ":/x.mp3" gives "qrc:/x.mp3"; any other path is taken as it is.
     static QUrl to_source_url(const QString& path);
