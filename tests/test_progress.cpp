@@ -280,7 +280,8 @@ TEST_F(ProgressTest, FaultsLeaveANoticeAndPracticeGoesOn) {
 }
 
 TEST_F(ProgressTest, CsvExportRoundTrip) {
-    ASSERT_EQ(store.open(dir.path()), ProgressStore::Status::WRITABLE);
+    // Where the program itself looks for the file when XDG_DATA_HOME is `dir`.
+    ASSERT_EQ(store.open(dir.filePath("qlo.de/quenlo")), ProgressStore::Status::WRITABLE);
     std::vector<TraceRecord> traces;
     for (const char* key : {reason::WRONG_STROKE, reason::BACKWARDS, reason::START, reason::STRAYED, reason::END,
                             reason::TOO_SHORT, reason::MISSED_PART, ""})
@@ -302,7 +303,22 @@ TEST_F(ProgressTest, CsvExportRoundTrip) {
                   (QStringList{"2", QString::number(CP2), QString::number(t.strokeIndex), t.accepted ? "1" : "0",
                                t.reason, "60", QString::number(t.aids), t.hintShown ? "1" : "0"}));
     }
-    EXPECT_FALSE(store.export_csv(file() + "/below-a-file.csv").isEmpty());
+    EXPECT_FALSE(store.export_csv(csv + "/below-a-file.csv").isEmpty());
+
+    const QString program = QCoreApplication::applicationDirPath() + "/quenlo";
+    if (!QFile::exists(program)) GTEST_SKIP() << "the command line needs the quenlo target built";
+    for (const auto& [target, exitCode] : {std::pair{dir.filePath("cli.csv"), 0}, {csv + "/below-a-file.csv", 1}}) {
+        QProcess cli;
+        QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
+        env.insert("XDG_DATA_HOME", dir.path());
+        env.insert("XDG_CONFIG_HOME", dir.filePath("config"));
+        env.remove("DISPLAY");
+        cli.setProcessEnvironment(env);
+        cli.start(program, {"--export-progress", target});
+        ASSERT_TRUE(cli.waitForFinished(30'000));
+        EXPECT_EQ(cli.exitCode(), exitCode) << target.toStdString();
+        EXPECT_EQ(read_file(target), exitCode == 0 ? read_file(csv) : QByteArray()) << "same as the panel's export";
+    }
 }
 
 TEST(ProgressMarkTest, StatesDrawnLegiblyInEveryTheme) {
