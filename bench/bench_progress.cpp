@@ -8,13 +8,19 @@
 
 #include <QCoreApplication>
 #include <QDateTime>
+#include <QDir>
+#include <QSqlDatabase>
+#include <QSqlQuery>
 #include <QTemporaryDir>
+
+#include <cstdio>
 
 #include <memory>
 #include <random>
 
 #include "app/ChinChar.h"
 #include "app/progress/ProgressPanel.h"
+#include "app/progress/ProgressSchema.h"
 #include "app/progress/ProgressStore.h"
 
 namespace {
@@ -25,28 +31,53 @@ constexpr int SEEDED_TRACES = 100'000;
 constexpr qint64 DAY_MS = 86'400'000;
 
 /// A history of SEEDED_TRACES traces over the level's characters in the last 60 days: most
-/// strokes accepted, a completion after every fourth trace. Made once per run.
-const QString& seeded_folder() {
+/// strokes accepted, a completion after every fourth trace, a part of the level never begun and a
+/// part left long enough to be due. Written once per run in the first layout in one transaction (recording them one by one would take minutes), so the store's
+/// first open also derives the summaries from it as a migration does.
+QString seeded_folder() {
     static QTemporaryDir folder;
     static const bool seeded = [] {
         const std::vector<morvel::ChinChar> level = morvel::create_basic_table();
         const qint64 start = QDateTime::currentMSecsSinceEpoch() - 60 * DAY_MS;
-        ProgressStore store;
-        store.open(folder.path());
-        std::mt19937 random(18);
-        for (int i = 0; i < SEEDED_TRACES; ++i) {
-            // Earlier characters of the level are practised more, as a learner goes front to back.
-            const size_t pick = std::min(random() % level.size(), random() % level.size());
-            const int cp = level[pick].unicode;
-            const qint64 at = start + 60 * DAY_MS * i / SEEDED_TRACES;
-            const bool accepted = random() % 100 < 80 + pick % 15;
-            store.record_trace(TraceRecord{at, 1, cp, i % 4, accepted, accepted ? QString() : reason::STRAYED, 80,
-                                           AID_CIRCLES, false});
-            if (i % 4 == 3) store.record_completion(CompletionRecord{at + 1, 1, cp, 9.0, accepted ? 0 : 1, 1});
+        {
+            QSqlDatabase db = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), QStringLiteral("seed"));
+            db.setDatabaseName(QDir(folder.path()).filePath(ProgressStore::FILE_NAME));
+            db.open();
+            ProgressSchema::migrate(db, 1);
+            db.transaction();
+            QSqlQuery trace(db);
+            trace.prepare(QStringLiteral("INSERT INTO traces(time_ms, level, code_point, stroke_index, accepted,"
+                                         " reason, tolerance, aids, hint) VALUES(?, 1, ?, ?, ?, ?, 80, 2, 0)"));
+            QSqlQuery completion(db);
+            completion.prepare(QStringLiteral("INSERT INTO completions(time_ms, level, code_point, seconds, misses,"
+                                              " round) VALUES(?, 1, ?, 9.0, ?, 1)"));
+            std::mt19937 random(18);
+            for (int i = 0; i < SEEDED_TRACES; ++i) {
+                // Earlier characters of the level are practised more, as a learner goes front to back.
+                // Two thirds of the level are begun; every fifth of those was left six weeks ago, every
+                // seventh is never done without a miss.
+                const size_t begun = level.size() * 2 / 3;
+                const size_t pick = std::min(random() % begun, random() % begun);
+                const int cp = level[pick].unicode;
+                const qint64 at = start + (pick % 5 == 4 ? 19 : 60) * DAY_MS * i / SEEDED_TRACES;
+                const bool accepted = random() % 100 < 80 + pick % 15;
+                for (const QVariant& value : {QVariant(at), QVariant(cp), QVariant(i % 4), QVariant(accepted ? 1 : 0),
+                                              QVariant(QString::fromLatin1(accepted ? "" : reason::STRAYED))})
+                    trace.addBindValue(value);
+                trace.exec();
+                if (i % 4 != 3) continue;
+                completion.addBindValue(at + 1);
+                completion.addBindValue(cp);
+                completion.addBindValue(accepted && pick % 7 != 6 ? 0 : 1);
+                completion.exec();
+            }
+            db.commit();
         }
-        return true;
+        QSqlDatabase::removeDatabase(QStringLiteral("seed"));
+        ProgressStore migrated;
+        return migrated.open(folder.path()) == ProgressStore::Status::WRITABLE;
     }();
-    (void)seeded;
+    if (!seeded) std::fprintf(stderr, "quenlo_bench: the seeded progress file cannot be opened\n");
     return folder.path();
 }
 

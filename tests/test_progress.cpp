@@ -12,6 +12,9 @@
 #include <QSqlDatabase>
 #include <QSqlError>
 #include <QSqlQuery>
+#include <QListWidget>
+#include <QTableView>
+#include <QTest>
 #include <QTemporaryDir>
 
 #include <cmath>
@@ -22,6 +25,7 @@
 
 #include "LoggedTest.h"
 #include "app/progress/ProgressMark.h"
+#include "app/progress/ProgressPanel.h"
 #include "app/progress/ProgressSchema.h"
 #include "app/progress/ProgressStore.h"
 
@@ -319,6 +323,25 @@ TEST_F(ProgressTest, CsvExportRoundTrip) {
         EXPECT_EQ(cli.exitCode(), exitCode) << target.toStdString();
         EXPECT_EQ(read_file(target), exitCode == 0 ? read_file(csv) : QByteArray()) << "same as the panel's export";
     }
+}
+
+TEST_F(ProgressTest, PanelClicksSelectTheCharacterShown) {
+    ASSERT_EQ(store.open(dir.path()), ProgressStore::Status::WRITABLE);
+    record(store, history({{0, MISS}}, CP2));
+    record(store, history({{0, MISS}, {1, MISS}}, CP));
+    const std::vector<morvel::ChinChar> level{{.unicode = 0x4E00, .pinyin = "yī"}, {.unicode = CP, .pinyin = "zhōng"}, {.unicode = CP2, .pinyin = "rén"}};
+    ProgressPanel panel(store, level);
+    panel.show();
+    std::vector<int> selected;
+    panel.liSelect += [&](const int& cp) { selected.push_back(cp); };
+    // Sorted by misses, most first: the click must follow the sorted row, not the level order.
+    panel.table()->sortByColumn(ProgressPanel::COL_MISSES, Qt::DescendingOrder);
+    QTableView* table = panel.table();
+    QTest::mouseClick(table->viewport(), Qt::LeftButton, {}, table->visualRect(table->model()->index(1, 0)).center());
+    QListWidget* missed = panel.missed_list();
+    ASSERT_EQ(missed->count(), 2);
+    QTest::mouseClick(missed->viewport(), Qt::LeftButton, {}, missed->visualItemRect(missed->item(0)).center());
+    EXPECT_EQ(selected, (std::vector<int>{CP2, CP}));
 }
 
 TEST(ProgressMarkTest, StatesDrawnLegiblyInEveryTheme) {

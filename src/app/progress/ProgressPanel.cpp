@@ -77,6 +77,7 @@ ProgressPanel::ProgressPanel(ProgressStore& progressStore, std::vector<ChinChar>
     tableView->setSelectionBehavior(QAbstractItemView::SelectRows);
     tableView->setSelectionMode(QAbstractItemView::SingleSelection);
     tableView->verticalHeader()->hide();
+    tableView->verticalHeader()->setDefaultSectionSize(fontMetrics().height() * 3 / 2);
     tableView->horizontalHeader()->setStretchLastSection(true);
     connect(tableView, &QTableView::clicked, this,
             [this](const QModelIndex& index) { liSelect.fire_event(index.data(ROLE_CODE_POINT).toInt()); });
@@ -114,7 +115,7 @@ ProgressPanel::ProgressPanel(ProgressStore& progressStore, std::vector<ChinChar>
     layout->addLayout(top, 3);
     layout->addWidget(chartView, 1);
     layout->addLayout(buttons);
-    resize(880, 640);
+    resize(960, 660);
     refresh();
 }
 
@@ -148,9 +149,10 @@ void ProgressPanel::refresh() {
         model->setItem(row, COL_STATE, state);
         model->setItem(row, COL_COMPLETIONS, cell(QString::number(s.completions), s.completions, cp));
         model->setItem(row, COL_MISSES, cell(QString::number(s.misses), s.misses, cp));
-        const QString last = s.lastPractisedMs == 0
-                                 ? QString()
-                                 : locale.toString(QDateTime::fromMSecsSinceEpoch(s.lastPractisedMs), QLocale::ShortFormat);
+        const QDateTime lastPractised = QDateTime::fromMSecsSinceEpoch(s.lastPractisedMs);
+        const QString last = s.lastPractisedMs == 0 ? QString()
+                                                    : locale.toString(lastPractised.date(), QLocale::ShortFormat) +
+                                                          lastPractised.toString(QStringLiteral(" HH:mm"));
         model->setItem(row, COL_LAST, cell(last, s.lastPractisedMs, cp));
         const QString dueCell = s.box == 0 ? QString()
                                 : due      ? dueText
