@@ -329,7 +329,13 @@ TEST_F(ProgressTest, PanelClicksSelectTheCharacterShown) {
     ASSERT_EQ(store.open(dir.path()), ProgressStore::Status::WRITABLE);
     record(store, history({{0, MISS}}, CP2));
     record(store, history({{0, MISS}, {1, MISS}}, CP));
-    const std::vector<morvel::ChinChar> level{{.unicode = 0x4E00, .pinyin = "yī"}, {.unicode = CP, .pinyin = "zhōng"}, {.unicode = CP2, .pinyin = "rén"}};
+    const auto row = [](int cp, const char* pinyin) {
+        morvel::ChinChar ch;
+        ch.unicode = static_cast<uint16_t>(cp);
+        ch.pinyin = QString::fromUtf8(pinyin);
+        return ch;
+    };
+    const std::vector<morvel::ChinChar> level{row(0x4E00, "yī"), row(CP, "zhōng"), row(CP2, "rén")};
     ProgressPanel panel(store, level);
     panel.show();
     std::vector<int> selected;
