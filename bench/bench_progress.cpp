@@ -2,8 +2,9 @@
 // opening the progress panel over a long history.
 //
 // With QUENLO_PROGRESS_SHOTS=<folder> the panel benchmark also saves the panel over the seeded
-// history in each theme as progress-<theme>.png.
+// history in each theme as progress-<theme>.png, and in Russian as progress-green-ru.png.
 #include <benchmark/benchmark.h>
+#include <ki/qt/lang.h>
 #include <ki/qt/themes.h>
 
 #include <QCoreApplication>
@@ -105,13 +106,21 @@ void BM_Progress_OpenStore(benchmark::State& state) {
 BENCHMARK(BM_Progress_OpenStore)->Unit(benchmark::kMillisecond);
 
 void save_shots(ProgressStore& store, const std::vector<morvel::ChinChar>& level, const QString& target) {
-    for (unsigned theme : {ki::qt::themes::THEME_NORMAL, ki::qt::themes::THEME_DARK, ki::qt::themes::THEME_GREEN}) {
-        ki::qt::themes::apply_the_theme(theme);
+    const auto save = [&](const QString& name) {
         ProgressPanel panel(store, level);
         panel.show();
         QCoreApplication::processEvents();
-        panel.grab().save(QStringLiteral("%1/progress-%2.png").arg(target, ki::qt::themes::theme_to_string(theme)));
+        panel.grab().save(QStringLiteral("%1/progress-%2.png").arg(target, name));
+    };
+    for (unsigned theme : {ki::qt::themes::THEME_NORMAL, ki::qt::themes::THEME_DARK, ki::qt::themes::THEME_GREEN}) {
+        ki::qt::themes::apply_the_theme(theme);
+        save(ki::qt::themes::theme_to_string(theme));
     }
+    // The longest texts, for the layout.
+    const QLocale::Language language = ki::qt::lang::get_lang();
+    ki::qt::lang::set_lang(QLocale::Russian);
+    save(QStringLiteral("green-ru"));
+    ki::qt::lang::set_lang(language);
 }
 
 /// From nothing on screen to the panel's first frame, over the seeded history in an open store.

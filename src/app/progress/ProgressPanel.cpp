@@ -92,7 +92,7 @@ ProgressPanel::ProgressPanel(ProgressStore& progressStore, std::vector<ChinChar>
     missedColumn->addWidget(missedList);
 
     auto* top = new QHBoxLayout;
-    top->addWidget(tableView, 3);
+    top->addWidget(tableView, 4);
     top->addLayout(missedColumn, 1);
 
     chartView = new ProgressChart(this);
@@ -131,7 +131,8 @@ void ProgressPanel::refresh() {
         return it->second;
     };
     const QString dueText = tt(QStringLiteral("now"), QStringLiteral("jetzt"), QStringLiteral("сейчас"));
-    const QLocale locale;
+    // Dates in the interface language, not the system's.
+    const QLocale locale(ki::qt::lang::get_lang());
 
     model->removeRows(0, model->rowCount());
     model->setRowCount(static_cast<int>(chars.size()));
