@@ -135,7 +135,10 @@ ProgressStore::Status ProgressStore::open(const QString& folder, bool readOnly) 
         }
         return state;
     }
-    if (!open_connection(readOnly)) return state;
+    if (!open_connection(readOnly)) {
+        if (!readOnly) notice = Notice::NOT_WRITABLE;
+        return state;
+    }
     if (!readOnly && !check_damage()) {
         move_aside();
         if (!open_connection(false)) return state;
@@ -144,6 +147,7 @@ ProgressStore::Status ProgressStore::open(const QString& folder, bool readOnly) 
     const int version = ProgressSchema::version_of(db->connection);
     if (version < 0) {
         pp_warn("ProgressStore::open, '$' cannot be read: $", filePath, db->connection.lastError().text());
+        if (!readOnly) notice = Notice::NOT_WRITABLE;
         db.reset();
         return state;
     }
