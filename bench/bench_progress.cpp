@@ -13,9 +13,7 @@
 #include <QSqlDatabase>
 #include <QSqlQuery>
 #include <QTemporaryDir>
-
 #include <cstdio>
-
 #include <memory>
 #include <random>
 
@@ -33,8 +31,9 @@ constexpr qint64 DAY_MS = 86'400'000;
 
 /// A history of SEEDED_TRACES traces over the level's characters in the last 60 days: most
 /// strokes accepted, a completion after every fourth trace, a part of the level never begun and a
-/// part left long enough to be due. Written once per run in the first layout in one transaction (recording them one by one would take minutes), so the store's
-/// first open also derives the summaries from it as a migration does.
+/// part left long enough to be due. Written once per run in the first layout in one transaction (recording
+/// them one by one would take minutes), so the store's first open also derives the summaries from it as a
+/// migration does.
 QString seeded_folder() {
     static QTemporaryDir folder;
     static const bool seeded = [] {
@@ -47,11 +46,13 @@ QString seeded_folder() {
             ProgressSchema::migrate(db, 1);
             db.transaction();
             QSqlQuery trace(db);
-            trace.prepare(QStringLiteral("INSERT INTO traces(time_ms, level, code_point, stroke_index, accepted,"
-                                         " reason, tolerance, aids, hint) VALUES(?, 1, ?, ?, ?, ?, 80, 2, 0)"));
+            trace.prepare(
+                QStringLiteral("INSERT INTO traces(time_ms, level, code_point, stroke_index, accepted,"
+                               " reason, tolerance, aids, hint) VALUES(?, 1, ?, ?, ?, ?, 80, 2, 0)"));
             QSqlQuery completion(db);
-            completion.prepare(QStringLiteral("INSERT INTO completions(time_ms, level, code_point, seconds, misses,"
-                                              " round) VALUES(?, 1, ?, 9.0, ?, 1)"));
+            completion.prepare(
+                QStringLiteral("INSERT INTO completions(time_ms, level, code_point, seconds, misses,"
+                               " round) VALUES(?, 1, ?, 9.0, ?, 1)"));
             std::mt19937 random(18);
             for (int i = 0; i < SEEDED_TRACES; ++i) {
                 // Earlier characters of the level are practised more, as a learner goes front to back.
@@ -62,8 +63,9 @@ QString seeded_folder() {
                 const int cp = level[pick].unicode;
                 const qint64 at = start + (pick % 5 == 4 ? 19 : 60) * DAY_MS * i / SEEDED_TRACES;
                 const bool accepted = random() % 100 < 80 + pick % 15;
-                for (const QVariant& value : {QVariant(at), QVariant(cp), QVariant(i % 4), QVariant(accepted ? 1 : 0),
-                                              QVariant(QString::fromLatin1(accepted ? "" : reason::STRAYED))})
+                for (const QVariant& value :
+                     {QVariant(at), QVariant(cp), QVariant(i % 4), QVariant(accepted ? 1 : 0),
+                      QVariant(QString::fromLatin1(accepted ? "" : reason::STRAYED))})
                     trace.addBindValue(value);
                 trace.exec();
                 if (i % 4 != 3) continue;
@@ -88,8 +90,8 @@ void BM_Progress_RecordTrace(benchmark::State& state) {
     store.open(folder.path());
     int i = 0;
     for (auto _ : state) {
-        const bool written = store.record_trace(
-            TraceRecord{0, 1, 0x4E00 + i % 500, i % 8, i % 5 != 0, i % 5 != 0 ? QString() : reason::END, 80, 0, false});
+        const bool written = store.record_trace(TraceRecord{
+            0, 1, 0x4E00 + i % 500, i % 8, i % 5 != 0, i % 5 != 0 ? QString() : reason::END, 80, 0, false});
         if (!written) state.SkipWithError("trace not recorded");
         ++i;
     }
@@ -112,7 +114,8 @@ void save_shots(ProgressStore& store, const std::vector<morvel::ChinChar>& level
         QCoreApplication::processEvents();
         panel.grab().save(QStringLiteral("%1/progress-%2.png").arg(target, name));
     };
-    for (unsigned theme : {ki::qt::themes::THEME_NORMAL, ki::qt::themes::THEME_DARK, ki::qt::themes::THEME_GREEN}) {
+    for (unsigned theme :
+         {ki::qt::themes::THEME_NORMAL, ki::qt::themes::THEME_DARK, ki::qt::themes::THEME_GREEN}) {
         ki::qt::themes::apply_the_theme(theme);
         save(ki::qt::themes::theme_to_string(theme));
     }

@@ -2,25 +2,24 @@
 // durability when killed, faults of the file and the folder, CSV export, the list mark.
 #include <gtest/gtest.h>
 #include <ki/qt/themes.h>
+#include <unistd.h>
 
 #include <QCoreApplication>
 #include <QDateTime>
 #include <QFile>
 #include <QImage>
+#include <QListWidget>
 #include <QPainter>
 #include <QProcess>
 #include <QSqlDatabase>
 #include <QSqlError>
 #include <QSqlQuery>
-#include <QListWidget>
 #include <QTableView>
-#include <QTest>
 #include <QTemporaryDir>
-
+#include <QTest>
 #include <cmath>
 #include <csignal>
 #include <functional>
-#include <unistd.h>
 #include <variant>
 
 #include "LoggedTest.h"
@@ -56,7 +55,8 @@ std::vector<Record> history(const std::vector<Session>& sessions, int cp = CP) {
         if (kind == MISS || kind == TRACE_ONLY)
             out.push_back(TraceRecord{at(), 1, cp, 0, false, reason::STRAYED, 80, aids, false});
         if (kind == TRACE_ONLY) continue;
-        for (int stroke : {0, 1}) out.push_back(TraceRecord{at(), 1, cp, stroke, true, {}, 80, aids, kind == HINT});
+        for (int stroke : {0, 1})
+            out.push_back(TraceRecord{at(), 1, cp, stroke, true, {}, 80, aids, kind == HINT});
         out.push_back(CompletionRecord{at(), 1, cp, 12.5, kind == MISS ? 1 : 0, 1});
     }
     return out;
@@ -91,17 +91,41 @@ TEST_F(ProgressTest, MasteryAndReviewBoxes) {
     };
     const Row rows[] = {
         {"never practised is new", {}, 0, Mastery::NEW, 0, false},
-        {"a rejected trace alone makes it learning, never due", {{0, TRACE_ONLY}}, 9, Mastery::LEARNING, 0, false},
+        {"a rejected trace alone makes it learning, never due",
+         {{0, TRACE_ONLY}},
+         9,
+         Mastery::LEARNING,
+         0,
+         false},
         {"first clean completion rests a day", {{0, CLEAN}}, 0, Mastery::LEARNING, 1, false},
         {"box 1 is due the next day", {{0, CLEAN}}, 1, Mastery::LEARNING, 1, true},
-        {"two clean completions on one day stay learning", {{0, CLEAN}, {0, CLEAN}}, 0, Mastery::LEARNING, 2, false},
+        {"two clean completions on one day stay learning",
+         {{0, CLEAN}, {0, CLEAN}},
+         0,
+         Mastery::LEARNING,
+         2,
+         false},
         {"clean on two days is known", {{0, CLEAN}, {1, CLEAN}}, 2, Mastery::KNOWN, 2, false},
         {"box 2 is due when two days have passed", {{0, CLEAN}, {1, CLEAN}}, 3, Mastery::KNOWN, 2, true},
         {"a hint spoils the completion", {{0, HINT}, {1, CLEAN}}, 1, Mastery::LEARNING, 2, false},
-        {"the outline aid spoils the completion", {{0, OUTLINE}, {1, OUTLINE}}, 1, Mastery::LEARNING, 1, false},
-        {"a miss sends it back to box 1", {{0, CLEAN}, {1, CLEAN}, {3, CLEAN}, {7, MISS}}, 8, Mastery::KNOWN, 1, true},
-        {"boxes stop at 32 days", {{0, CLEAN}, {1, CLEAN}, {3, CLEAN}, {7, CLEAN}, {15, CLEAN}, {31, CLEAN}, {63, CLEAN}},
-         94, Mastery::KNOWN, 6, false},
+        {"the outline aid spoils the completion",
+         {{0, OUTLINE}, {1, OUTLINE}},
+         1,
+         Mastery::LEARNING,
+         1,
+         false},
+        {"a miss sends it back to box 1",
+         {{0, CLEAN}, {1, CLEAN}, {3, CLEAN}, {7, MISS}},
+         8,
+         Mastery::KNOWN,
+         1,
+         true},
+        {"boxes stop at 32 days",
+         {{0, CLEAN}, {1, CLEAN}, {3, CLEAN}, {7, CLEAN}, {15, CLEAN}, {31, CLEAN}, {63, CLEAN}},
+         94,
+         Mastery::KNOWN,
+         6,
+         false},
     };
     for (const Row& row : rows) {
         SCOPED_TRACE(row.name);
@@ -132,8 +156,10 @@ TEST_F(ProgressTest, ReviewNavigationSkipsCharactersNotDue) {
         int day, from, step, expected;
     };
     const Row rows[] = {
-        {"forward skips the new one", 1, 0, 1, 1},   {"forward skips the one rested", 1, 1, 1, 3},
-        {"forward wraps around", 1, 3, 1, 1},        {"backward wraps around", 1, 1, -1, 3},
+        {"forward skips the new one", 1, 0, 1, 1},
+        {"forward skips the one rested", 1, 1, 1, 3},
+        {"forward wraps around", 1, 3, 1, 1},
+        {"backward wraps around", 1, 1, -1, 3},
         {"nothing due before the interval", 0, 0, 1, -1},
     };
     for (const Row& row : rows) {
@@ -165,14 +191,24 @@ TEST_F(ProgressTest, OlderFilesMigrateToTheSameSummaries) {
             QSqlQuery q(db);
             for (const Record& r : records) {
                 if (const auto* t = std::get_if<TraceRecord>(&r))
-                    q.exec(QStringLiteral("INSERT INTO traces(time_ms, level, code_point, stroke_index, accepted, reason,"
-                                          " tolerance, aids, hint) VALUES(%1, 1, %2, %3, %4, '%5', 80, %6, %7)")
-                               .arg(t->timeMs).arg(t->codePoint).arg(t->strokeIndex).arg(int(t->accepted))
-                               .arg(t->reason).arg(t->aids).arg(int(t->hintShown)));
+                    q.exec(
+                        QStringLiteral(
+                            "INSERT INTO traces(time_ms, level, code_point, stroke_index, accepted, reason,"
+                            " tolerance, aids, hint) VALUES(%1, 1, %2, %3, %4, '%5', 80, %6, %7)")
+                            .arg(t->timeMs)
+                            .arg(t->codePoint)
+                            .arg(t->strokeIndex)
+                            .arg(int(t->accepted))
+                            .arg(t->reason)
+                            .arg(t->aids)
+                            .arg(int(t->hintShown)));
                 else if (const auto* c = std::get_if<CompletionRecord>(&r))
-                    q.exec(QStringLiteral("INSERT INTO completions(time_ms, level, code_point, seconds, misses, round)"
-                                          " VALUES(%1, 1, %2, 12.5, %3, 1)")
-                               .arg(c->timeMs).arg(c->codePoint).arg(c->misses));
+                    q.exec(QStringLiteral(
+                               "INSERT INTO completions(time_ms, level, code_point, seconds, misses, round)"
+                               " VALUES(%1, 1, %2, 12.5, %3, 1)")
+                               .arg(c->timeMs)
+                               .arg(c->codePoint)
+                               .arg(c->misses));
                 ASSERT_FALSE(q.lastError().isValid()) << q.lastError().text().toStdString();
             }
         }
@@ -188,7 +224,8 @@ TEST_F(ProgressTest, OlderFilesMigrateToTheSameSummaries) {
 TEST(ProgressChild, DISABLED_RecordThenKilled) {
     ProgressStore child;
     ASSERT_EQ(child.open(qEnvironmentVariable(ENV_KILL_DIR)), ProgressStore::Status::WRITABLE);
-    for (int stroke = 0; stroke < 5; ++stroke) child.record_trace(TraceRecord{0, 1, CP, stroke, stroke != 2, {}, 80, 0, false});
+    for (int stroke = 0; stroke < 5; ++stroke)
+        child.record_trace(TraceRecord{0, 1, CP, stroke, stroke != 2, {}, 80, 0, false});
     child.record_completion(CompletionRecord{0, 1, CP, 3.0, 1, 1});
     ::kill(::getpid(), SIGKILL);
 }
@@ -198,8 +235,8 @@ TEST_F(ProgressTest, JudgedTracesSurviveAKillAndASecondInstance) {
     QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
     env.insert(QString::fromLatin1(ENV_KILL_DIR), dir.path());
     child.setProcessEnvironment(env);
-    child.start(QCoreApplication::applicationFilePath(),
-                {QStringLiteral("--gtest_also_run_disabled_tests"), QStringLiteral("--gtest_filter=ProgressChild.*")});
+    child.start(QCoreApplication::applicationFilePath(), {QStringLiteral("--gtest_also_run_disabled_tests"),
+                                                          QStringLiteral("--gtest_filter=ProgressChild.*")});
     ASSERT_TRUE(child.waitForFinished(60'000));
     ASSERT_EQ(child.exitStatus(), QProcess::CrashExit) << child.readAll().toStdString();
 
@@ -209,7 +246,8 @@ TEST_F(ProgressTest, JudgedTracesSurviveAKillAndASecondInstance) {
     ASSERT_EQ(second.open(dir.path()), ProgressStore::Status::WRITABLE);
     EXPECT_EQ(store.summary(CP).completions, 1);
     EXPECT_EQ(store.summary(CP).misses, 1);
-    for (int i = 0; i < 20; ++i) ASSERT_TRUE((i % 2 ? store : second).record_trace(TraceRecord{0, 1, CP2, i, true, {}, 80, 0, false}));
+    for (int i = 0; i < 20; ++i)
+        ASSERT_TRUE((i % 2 ? store : second).record_trace(TraceRecord{0, 1, CP2, i, true, {}, 80, 0, false}));
     store.close();
     second.close();
     ASSERT_EQ(store.open(dir.path()), ProgressStore::Status::WRITABLE);
@@ -242,11 +280,13 @@ TEST_F(ProgressTest, FaultsLeaveANoticeAndPracticeGoesOn) {
         bool movedAside;
     };
     const Row rows[] = {
-        {"not a database", [this](QString&) { write_file(file(), QByteArray("no tables here\n").repeated(300)); },
-         S::WRITABLE, N::DAMAGED_MOVED_ASIDE, true},
-        {"truncated", filledFile([](QByteArray& b) { b.truncate(b.size() / 2); }), S::WRITABLE, N::DAMAGED_MOVED_ASIDE,
-         true},
-        {"pages overwritten", filledFile([](QByteArray& b) { b.replace(4096 * 3, 4096 * 2, QByteArray(8192, '\x5a')); }),
+        {"not a database",
+         [this](QString&) { write_file(file(), QByteArray("no tables here\n").repeated(300)); }, S::WRITABLE,
+         N::DAMAGED_MOVED_ASIDE, true},
+        {"truncated", filledFile([](QByteArray& b) { b.truncate(b.size() / 2); }), S::WRITABLE,
+         N::DAMAGED_MOVED_ASIDE, true},
+        {"pages overwritten",
+         filledFile([](QByteArray& b) { b.replace(4096 * 3, 4096 * 2, QByteArray(8192, '\x5a')); }),
          S::WRITABLE, N::DAMAGED_MOVED_ASIDE, true},
         {"newer layout is only read",
          [this](QString&) {
@@ -258,7 +298,11 @@ TEST_F(ProgressTest, FaultsLeaveANoticeAndPracticeGoesOn) {
              db.close();
          },
          S::READ_ONLY, N::NEWER_VERSION, false},
-        {"folder below a file cannot be written", [this](QString& folder) { write_file(file(), "x"); folder = file() + "/sub"; },
+        {"folder below a file cannot be written",
+         [this](QString& folder) {
+             write_file(file(), "x");
+             folder = file() + "/sub";
+         },
          S::UNAVAILABLE, N::NOT_WRITABLE, false},
     };
     for (const Row& row : rows) {
@@ -271,7 +315,8 @@ TEST_F(ProgressTest, FaultsLeaveANoticeAndPracticeGoesOn) {
         EXPECT_EQ(store.open(folder), row.status);
         EXPECT_EQ(store.take_notice(), row.notice);
         EXPECT_EQ(store.take_notice(), N::NONE) << "a notice is shown once";
-        EXPECT_EQ(store.record_trace(TraceRecord{0, 1, CP, 0, true, {}, 80, 0, false}), row.status == S::WRITABLE);
+        EXPECT_EQ(store.record_trace(TraceRecord{0, 1, CP, 0, true, {}, 80, 0, false}),
+                  row.status == S::WRITABLE);
         EXPECT_EQ(store.moved_aside_path().isEmpty(), !row.movedAside);
         if (row.movedAside) {
             EXPECT_EQ(read_file(store.moved_aside_path()), before);
@@ -287,10 +332,11 @@ TEST_F(ProgressTest, CsvExportRoundTrip) {
     // Where the program itself looks for the file when XDG_DATA_HOME is `dir`.
     ASSERT_EQ(store.open(dir.filePath("qlo.de/quenlo")), ProgressStore::Status::WRITABLE);
     std::vector<TraceRecord> traces;
-    for (const char* key : {reason::WRONG_STROKE, reason::BACKWARDS, reason::START, reason::STRAYED, reason::END,
-                            reason::TOO_SHORT, reason::MISSED_PART, ""})
-        traces.push_back(TraceRecord{BASE_MS + 1000 * qint64(traces.size()), 2, CP2, int(traces.size()), *key == '\0',
-                                     QString::fromLatin1(key), 60, AID_OUTLINE | AID_GRID, traces.size() == 3});
+    for (const char* key : {reason::WRONG_STROKE, reason::BACKWARDS, reason::START, reason::STRAYED,
+                            reason::END, reason::TOO_SHORT, reason::MISSED_PART, ""})
+        traces.push_back(TraceRecord{BASE_MS + 1000 * qint64(traces.size()), 2, CP2, int(traces.size()),
+                                     *key == '\0', QString::fromLatin1(key), 60, AID_OUTLINE | AID_GRID,
+                                     traces.size() == 3});
     for (const TraceRecord& t : traces) ASSERT_TRUE(store.record_trace(t));
     const QString csv = dir.filePath("out.csv");
     ASSERT_EQ(store.export_csv(csv), QString());
@@ -303,15 +349,17 @@ TEST_F(ProgressTest, CsvExportRoundTrip) {
         const TraceRecord& t = traces[i];
         EXPECT_EQ(QDateTime::fromString(f[0], Qt::ISODateWithMs).toMSecsSinceEpoch(), t.timeMs);
         EXPECT_EQ(f[3], QString(QChar(CP2)));
-        EXPECT_EQ((QStringList{f[1], f[2], f[4], f[5], f[6], f[7], f[8], f[9]}),
-                  (QStringList{"2", QString::number(CP2), QString::number(t.strokeIndex), t.accepted ? "1" : "0",
-                               t.reason, "60", QString::number(t.aids), t.hintShown ? "1" : "0"}));
+        EXPECT_EQ(
+            (QStringList{f[1], f[2], f[4], f[5], f[6], f[7], f[8], f[9]}),
+            (QStringList{"2", QString::number(CP2), QString::number(t.strokeIndex), t.accepted ? "1" : "0",
+                         t.reason, "60", QString::number(t.aids), t.hintShown ? "1" : "0"}));
     }
     EXPECT_FALSE(store.export_csv(csv + "/below-a-file.csv").isEmpty());
 
     const QString program = QCoreApplication::applicationDirPath() + "/quenlo";
     if (!QFile::exists(program)) GTEST_SKIP() << "the command line needs the quenlo target built";
-    for (const auto& [target, exitCode] : {std::pair{dir.filePath("cli.csv"), 0}, {csv + "/below-a-file.csv", 1}}) {
+    for (const auto& [target, exitCode] :
+         {std::pair{dir.filePath("cli.csv"), 0}, {csv + "/below-a-file.csv", 1}}) {
         QProcess cli;
         QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
         env.insert("XDG_DATA_HOME", dir.path());
@@ -321,7 +369,8 @@ TEST_F(ProgressTest, CsvExportRoundTrip) {
         cli.start(program, {"--export-progress", target});
         ASSERT_TRUE(cli.waitForFinished(30'000));
         EXPECT_EQ(cli.exitCode(), exitCode) << target.toStdString();
-        EXPECT_EQ(read_file(target), exitCode == 0 ? read_file(csv) : QByteArray()) << "same as the panel's export";
+        EXPECT_EQ(read_file(target), exitCode == 0 ? read_file(csv) : QByteArray())
+            << "same as the panel's export";
     }
 }
 
@@ -343,10 +392,12 @@ TEST_F(ProgressTest, PanelClicksSelectTheCharacterShown) {
     // Sorted by misses, most first: the click must follow the sorted row, not the level order.
     panel.table()->sortByColumn(ProgressPanel::COL_MISSES, Qt::DescendingOrder);
     QTableView* table = panel.table();
-    QTest::mouseClick(table->viewport(), Qt::LeftButton, {}, table->visualRect(table->model()->index(1, 0)).center());
+    QTest::mouseClick(table->viewport(), Qt::LeftButton, {},
+                      table->visualRect(table->model()->index(1, 0)).center());
     QListWidget* missed = panel.missed_list();
     ASSERT_EQ(missed->count(), 2);
-    QTest::mouseClick(missed->viewport(), Qt::LeftButton, {}, missed->visualItemRect(missed->item(0)).center());
+    QTest::mouseClick(missed->viewport(), Qt::LeftButton, {},
+                      missed->visualItemRect(missed->item(0)).center());
     EXPECT_EQ(selected, (std::vector<int>{CP2, CP}));
 }
 
@@ -366,13 +417,16 @@ TEST(ProgressMarkTest, StatesDrawnLegiblyInEveryTheme) {
     };
     const auto contrast = [](QColor a, QColor b) {
         const auto lum = [](QColor c) {
-            const auto ch = [](double v) { return v <= 0.03928 ? v / 12.92 : std::pow((v + 0.055) / 1.055, 2.4); };
+            const auto ch = [](double v) {
+                return v <= 0.03928 ? v / 12.92 : std::pow((v + 0.055) / 1.055, 2.4);
+            };
             return 0.2126 * ch(c.redF()) + 0.7152 * ch(c.greenF()) + 0.0722 * ch(c.blueF());
         };
         const double la = lum(a), lb = lum(b);
         return (std::max(la, lb) + 0.05) / (std::min(la, lb) + 0.05);
     };
-    for (unsigned theme : {ki::qt::themes::THEME_NORMAL, ki::qt::themes::THEME_DARK, ki::qt::themes::THEME_GREEN}) {
+    for (unsigned theme :
+         {ki::qt::themes::THEME_NORMAL, ki::qt::themes::THEME_DARK, ki::qt::themes::THEME_GREEN}) {
         const QPalette palette = ki::qt::themes::get_palette(theme);
         const QColor background = palette.color(QPalette::Base);
         for (const Row& row : rows) {

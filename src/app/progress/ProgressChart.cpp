@@ -5,7 +5,6 @@
 #include <QDate>
 #include <QPainter>
 #include <QPainterPath>
-
 #include <algorithm>
 
 #include "app/progress/ProgressMark.h"
@@ -38,8 +37,9 @@ void ProgressChart::paintEvent(QPaintEvent*) {
     const int lineHeight = fm.height();
 
     // Legend on top, axis labels left, right and below: the plot takes what is left.
-    const QString completedLabel = tt(QStringLiteral("Characters completed"), QStringLiteral("Zeichen geschafft"),
-                                      QStringLiteral("Пройдено иероглифов"));
+    const QString completedLabel =
+        tt(QStringLiteral("Characters completed"), QStringLiteral("Zeichen geschafft"),
+           QStringLiteral("Пройдено иероглифов"));
     const QString cleanLabel = tt(QStringLiteral("Clean strokes (%)"), QStringLiteral("Saubere Striche (%)"),
                                   QStringLiteral("Чистые черты (%)"));
     int x = 4;
@@ -68,8 +68,8 @@ void ProgressChart::paintEvent(QPaintEvent*) {
                      QString::number(maxCompleted));
     painter.drawText(QRectF(0, plot.bottom() - lineHeight / 2.0, left - 4, lineHeight), Qt::AlignRight,
                      QStringLiteral("0"));
-    painter.drawText(QRectF(plot.right() + 4, plot.top() - lineHeight / 2.0, right, lineHeight), Qt::AlignLeft,
-                     QStringLiteral("100"));
+    painter.drawText(QRectF(plot.right() + 4, plot.top() - lineHeight / 2.0, right, lineHeight),
+                     Qt::AlignLeft, QStringLiteral("100"));
 
     const qreal slot = plot.width() / static_cast<qreal>(days.size());
     QPainterPath cleanShare;
@@ -99,7 +99,9 @@ void ProgressChart::paintEvent(QPaintEvent*) {
     painter.drawPath(cleanShare);
 
     painter.setPen(text);
-    const auto dayLabel = [](qint64 julian) { return QDate::fromJulianDay(julian).toString(QStringLiteral("d.M.")); };
+    const auto dayLabel = [](qint64 julian) {
+        return QDate::fromJulianDay(julian).toString(QStringLiteral("d.M."));
+    };
     painter.drawText(QRectF(plot.left(), plot.bottom() + 2, plot.width(), lineHeight), Qt::AlignLeft,
                      dayLabel(days.front().day));
     painter.drawText(QRectF(plot.left(), plot.bottom() + 2, plot.width(), lineHeight), Qt::AlignRight,

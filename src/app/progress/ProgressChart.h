@@ -3,7 +3,6 @@
 // line for the share of clean strokes among the day's judged traces.
 
 #include <QWidget>
-
 #include <vector>
 
 #include "app/progress/ProgressTypes.h"

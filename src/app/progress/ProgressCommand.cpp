@@ -2,7 +2,6 @@
 
 #include <QCoreApplication>
 #include <QTextStream>
-
 #include <cstring>
 
 #include "app/progress/ProgressStore.h"

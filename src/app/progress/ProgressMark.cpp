@@ -5,7 +5,6 @@
 #include <QPainter>
 #include <QPalette>
 #include <QRectF>
-
 #include <algorithm>
 
 namespace morvel::progress {
@@ -16,7 +15,8 @@ QColor ProgressMark::accent(const QPalette& palette) {
     return ki::qt::themes::is_dark_palette(palette) ? QColor(255, 160, 64) : QColor(204, 85, 0);
 }
 
-void ProgressMark::paint(QPainter& painter, const QRectF& rect, Mastery mastery, bool due, const QPalette& palette) {
+void ProgressMark::paint(QPainter& painter, const QRectF& rect, Mastery mastery, bool due,
+                         const QPalette& palette) {
     if (mastery == Mastery::NEW || rect.isEmpty()) return;
     const QColor colour = due ? accent(palette) : palette.color(QPalette::Text);
     const qreal diameter = std::min(rect.width(), rect.height()) / 2.0;

@@ -17,7 +17,8 @@ class ProgressMark {
 public:
     /// Centres the mark in `rect` with a diameter of half its shorter side; restores the
     /// painter's state. Colours come from `palette`, so the mark follows the theme.
-    static void paint(QPainter& painter, const QRectF& rect, Mastery mastery, bool due, const QPalette& palette);
+    static void paint(QPainter& painter, const QRectF& rect, Mastery mastery, bool due,
+                      const QPalette& palette);
 
     /// The accent that marks due characters: orange, lighter on dark palettes.
     static QColor accent(const QPalette& palette);

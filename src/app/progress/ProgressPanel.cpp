@@ -16,7 +16,6 @@
 #include <QStandardItemModel>
 #include <QTableView>
 #include <QVBoxLayout>
-
 #include <algorithm>
 #include <limits>
 #include <map>
@@ -68,7 +67,8 @@ ProgressPanel::ProgressPanel(ProgressStore& progressStore, std::vector<ChinChar>
         tt(QStringLiteral("State"), QStringLiteral("Stand"), QStringLiteral("Состояние")),
         tt(QStringLiteral("Completions"), QStringLiteral("Abschlüsse"), QStringLiteral("Пройдено")),
         tt(QStringLiteral("Misses"), QStringLiteral("Fehler"), QStringLiteral("Ошибки")),
-        tt(QStringLiteral("Last practised"), QStringLiteral("Zuletzt geübt"), QStringLiteral("Последняя практика")),
+        tt(QStringLiteral("Last practised"), QStringLiteral("Zuletzt geübt"),
+           QStringLiteral("Последняя практика")),
         tt(QStringLiteral("Due"), QStringLiteral("Fällig"), QStringLiteral("Повтор")),
     });
     tableView = new QTableView(this);
@@ -86,9 +86,10 @@ ProgressPanel::ProgressPanel(ProgressStore& progressStore, std::vector<ChinChar>
     connect(missedList, &QListWidget::itemClicked, this,
             [this](QListWidgetItem* item) { liSelect.fire_event(item->data(ROLE_CODE_POINT).toInt()); });
     auto* missedColumn = new QVBoxLayout;
-    missedColumn->addWidget(new QLabel(
-        tt(QStringLiteral("Missed most often"), QStringLiteral("Am häufigsten verfehlt"), QStringLiteral("Чаще всего ошибки")),
-        this));
+    missedColumn->addWidget(
+        new QLabel(tt(QStringLiteral("Missed most often"), QStringLiteral("Am häufigsten verfehlt"),
+                      QStringLiteral("Чаще всего ошибки")),
+                   this));
     missedColumn->addWidget(missedList);
 
     auto* top = new QHBoxLayout;
@@ -97,10 +98,14 @@ ProgressPanel::ProgressPanel(ProgressStore& progressStore, std::vector<ChinChar>
 
     chartView = new ProgressChart(this);
 
-    auto* exportButton = new QPushButton(tt(QStringLiteral("Export…"), QStringLiteral("Exportieren…"), QStringLiteral("Экспорт…")), this);
-    auto* resetButton = new QPushButton(
-        tt(QStringLiteral("Reset progress…"), QStringLiteral("Fortschritt zurücksetzen…"), QStringLiteral("Сбросить прогресс…")), this);
-    auto* closeButton = new QPushButton(tt(QStringLiteral("Close"), QStringLiteral("Schließen"), QStringLiteral("Закрыть")), this);
+    auto* exportButton = new QPushButton(
+        tt(QStringLiteral("Export…"), QStringLiteral("Exportieren…"), QStringLiteral("Экспорт…")), this);
+    auto* resetButton =
+        new QPushButton(tt(QStringLiteral("Reset progress…"), QStringLiteral("Fortschritt zurücksetzen…"),
+                           QStringLiteral("Сбросить прогресс…")),
+                        this);
+    auto* closeButton = new QPushButton(
+        tt(QStringLiteral("Close"), QStringLiteral("Schließen"), QStringLiteral("Закрыть")), this);
     resetButton->setEnabled(store.is_recording());
     connect(exportButton, &QPushButton::clicked, this, &ProgressPanel::on_export);
     connect(resetButton, &QPushButton::clicked, this, &ProgressPanel::on_reset);
@@ -151,13 +156,14 @@ void ProgressPanel::refresh() {
         model->setItem(row, COL_COMPLETIONS, cell(QString::number(s.completions), s.completions, cp));
         model->setItem(row, COL_MISSES, cell(QString::number(s.misses), s.misses, cp));
         const QDateTime lastPractised = QDateTime::fromMSecsSinceEpoch(s.lastPractisedMs);
-        const QString last = s.lastPractisedMs == 0 ? QString()
-                                                    : locale.toString(lastPractised.date(), QLocale::ShortFormat) +
-                                                          lastPractised.toString(QStringLiteral(" HH:mm"));
+        const QString last = s.lastPractisedMs == 0
+                                 ? QString()
+                                 : locale.toString(lastPractised.date(), QLocale::ShortFormat) +
+                                       lastPractised.toString(QStringLiteral(" HH:mm"));
         model->setItem(row, COL_LAST, cell(last, s.lastPractisedMs, cp));
         const QString dueCell = s.box == 0 ? QString()
                                 : due      ? dueText
-                                           : locale.toString(QDate::fromJulianDay(s.dueDay), QLocale::ShortFormat);
+                                      : locale.toString(QDate::fromJulianDay(s.dueDay), QLocale::ShortFormat);
         QStandardItem* dueItem = cell(dueCell, s.box == 0 ? NEVER_DUE : s.dueDay, cp);
         if (due) dueItem->setForeground(ProgressMark::accent(pal));
         model->setItem(row, COL_DUE, dueItem);
@@ -181,7 +187,9 @@ void ProgressPanel::refresh() {
 
 void ProgressPanel::on_export() {
     const QString path = QFileDialog::getSaveFileName(
-        this, tt(QStringLiteral("Export progress"), QStringLiteral("Fortschritt exportieren"), QStringLiteral("Экспорт прогресса")),
+        this,
+        tt(QStringLiteral("Export progress"), QStringLiteral("Fortschritt exportieren"),
+           QStringLiteral("Экспорт прогресса")),
         QDir::home().filePath(QStringLiteral("quenlo-progress.csv")), QStringLiteral("CSV (*.csv)"));
     if (path.isEmpty()) return;
     const QString error = store.export_csv(path);
@@ -197,7 +205,8 @@ void ProgressPanel::on_reset() {
     const auto answer = QMessageBox::question(
         this, windowTitle(),
         tt(QStringLiteral("Forget all recorded practice? A backup copy of the file is kept next to it."),
-           QStringLiteral("Alle aufgezeichneten Übungen vergessen? Eine Sicherungskopie der Datei bleibt daneben erhalten."),
+           QStringLiteral("Alle aufgezeichneten Übungen vergessen? Eine Sicherungskopie der Datei bleibt "
+                          "daneben erhalten."),
            QStringLiteral("Забыть всю записанную практику? Резервная копия файла останется рядом с ним.")),
         QMessageBox::Yes | QMessageBox::No, QMessageBox::No);
     if (answer != QMessageBox::Yes) return;
@@ -217,31 +226,38 @@ QString ProgressPanel::notice_text(ProgressStore::Notice notice, const QString& 
         case ProgressStore::Notice::NONE:
             return {};
         case ProgressStore::Notice::DAMAGED_MOVED_ASIDE:
-            return tt(QStringLiteral("The progress file was damaged. It was moved aside as %1 and a new one was begun."),
-                      QStringLiteral("Die Fortschrittsdatei war beschädigt. Sie wurde als %1 beiseitegelegt, eine neue "
-                                     "wurde begonnen."),
+            return tt(QStringLiteral(
+                          "The progress file was damaged. It was moved aside as %1 and a new one was begun."),
+                      QStringLiteral(
+                          "Die Fortschrittsdatei war beschädigt. Sie wurde als %1 beiseitegelegt, eine neue "
+                          "wurde begonnen."),
                       QStringLiteral("Файл прогресса был повреждён. Он сохранён как %1, начат новый."))
                 .arg(path);
         case ProgressStore::Notice::NOT_WRITABLE:
             return tt(QStringLiteral("Progress cannot be saved in %1. Practice goes on without recording."),
-                      QStringLiteral("Der Fortschritt kann nicht in %1 gespeichert werden. Das Üben geht ohne "
-                                     "Aufzeichnung weiter."),
+                      QStringLiteral(
+                          "Der Fortschritt kann nicht in %1 gespeichert werden. Das Üben geht ohne "
+                          "Aufzeichnung weiter."),
                       QStringLiteral("Прогресс нельзя сохранить в %1. Занятия продолжаются без записи."))
                 .arg(path);
         case ProgressStore::Notice::NEWER_VERSION:
-            return tt(QStringLiteral("The progress file %1 comes from a newer version of quenlo. It is only read; new "
-                                     "practice is not recorded."),
-                      QStringLiteral("Die Fortschrittsdatei %1 stammt von einer neueren Version von quenlo. Sie wird "
-                                     "nur gelesen; neue Übungen werden nicht aufgezeichnet."),
-                      QStringLiteral("Файл прогресса %1 создан более новой версией quenlo. Он только читается, новая "
-                                     "практика не записывается."))
+            return tt(QStringLiteral(
+                          "The progress file %1 comes from a newer version of quenlo. It is only read; new "
+                          "practice is not recorded."),
+                      QStringLiteral(
+                          "Die Fortschrittsdatei %1 stammt von einer neueren Version von quenlo. Sie wird "
+                          "nur gelesen; neue Übungen werden nicht aufgezeichnet."),
+                      QStringLiteral(
+                          "Файл прогресса %1 создан более новой версией quenlo. Он только читается, новая "
+                          "практика не записывается."))
                 .arg(path);
     }
     return {};
 }
 
 QString ProgressPanel::due_count_text(int count) {
-    return tt(QStringLiteral("%1 due"), QStringLiteral("%1 fällig"), QStringLiteral("%1 к повторению")).arg(count);
+    return tt(QStringLiteral("%1 due"), QStringLiteral("%1 fällig"), QStringLiteral("%1 к повторению"))
+        .arg(count);
 }
 
 QString ProgressPanel::mastery_text(Mastery mastery) {

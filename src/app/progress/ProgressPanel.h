@@ -6,7 +6,6 @@
 #include <ki/Listener.h>
 
 #include <QDialog>
-
 #include <vector>
 
 #include "app/ChinChar.h"
@@ -26,7 +25,16 @@ public:
     static constexpr int CHART_DAYS = 30;
     static constexpr int MOST_MISSED = 10;
 
-    enum Column { COL_CHARACTER, COL_PINYIN, COL_STATE, COL_COMPLETIONS, COL_MISSES, COL_LAST, COL_DUE, COL_COUNT };
+    enum Column {
+        COL_CHARACTER,
+        COL_PINYIN,
+        COL_STATE,
+        COL_COMPLETIONS,
+        COL_MISSES,
+        COL_LAST,
+        COL_DUE,
+        COL_COUNT
+    };
 
     /// `store` must outlive the panel. `levelChars` are the rows of the table, in level order.
     ProgressPanel(ProgressStore& store, std::vector<ChinChar> levelChars, QWidget* parent = nullptr);

@@ -1,7 +1,6 @@
 #include "app/progress/ProgressRules.h"
 
 #include <QDateTime>
-
 #include <algorithm>
 
 namespace morvel::progress {

@@ -4,7 +4,6 @@
 #include <QSqlError>
 #include <QSqlQuery>
 #include <QVariant>
-
 #include <map>
 #include <vector>
 
@@ -24,17 +23,19 @@ QString exec_all(QSqlDatabase& db, const std::vector<const char*>& statements) {
 }
 
 QString create_first_layout(QSqlDatabase& db) {
-    return exec_all(db, {
-        "CREATE TABLE traces(id INTEGER PRIMARY KEY, time_ms INTEGER NOT NULL, level INTEGER NOT NULL,"
-        " code_point INTEGER NOT NULL, stroke_index INTEGER NOT NULL, accepted INTEGER NOT NULL,"
-        " reason TEXT NOT NULL DEFAULT '', tolerance INTEGER NOT NULL, aids INTEGER NOT NULL,"
-        " hint INTEGER NOT NULL)",
-        "CREATE INDEX traces_by_char ON traces(code_point, time_ms)",
-        "CREATE TABLE completions(id INTEGER PRIMARY KEY, time_ms INTEGER NOT NULL,"
-        " level INTEGER NOT NULL, code_point INTEGER NOT NULL, seconds REAL NOT NULL,"
-        " misses INTEGER NOT NULL, round INTEGER NOT NULL)",
-        "CREATE INDEX completions_by_char ON completions(code_point, time_ms)",
-    });
+    return exec_all(
+        db,
+        {
+            "CREATE TABLE traces(id INTEGER PRIMARY KEY, time_ms INTEGER NOT NULL, level INTEGER NOT NULL,"
+            " code_point INTEGER NOT NULL, stroke_index INTEGER NOT NULL, accepted INTEGER NOT NULL,"
+            " reason TEXT NOT NULL DEFAULT '', tolerance INTEGER NOT NULL, aids INTEGER NOT NULL,"
+            " hint INTEGER NOT NULL)",
+            "CREATE INDEX traces_by_char ON traces(code_point, time_ms)",
+            "CREATE TABLE completions(id INTEGER PRIMARY KEY, time_ms INTEGER NOT NULL,"
+            " level INTEGER NOT NULL, code_point INTEGER NOT NULL, seconds REAL NOT NULL,"
+            " misses INTEGER NOT NULL, round INTEGER NOT NULL)",
+            "CREATE INDEX completions_by_char ON completions(code_point, time_ms)",
+        });
 }
 
 /// Replays the whole history through the rules, in time order, to fill what the first layout
@@ -52,8 +53,8 @@ QString derive_summaries(QSqlDatabase& db) {
     traces.setForwardOnly(true);
     QSqlQuery completions(db);
     completions.setForwardOnly(true);
-    if (!traces.exec(QStringLiteral(
-            "SELECT id, time_ms, level, code_point, accepted, aids, hint FROM traces ORDER BY time_ms, id")) ||
+    if (!traces.exec(QStringLiteral("SELECT id, time_ms, level, code_point, accepted, aids, hint FROM traces "
+                                    "ORDER BY time_ms, id")) ||
         !completions.exec(QStringLiteral(
             "SELECT id, time_ms, level, code_point, misses FROM completions ORDER BY time_ms, id")))
         return traces.lastError().text() + completions.lastError().text();
@@ -67,8 +68,8 @@ QString derive_summaries(QSqlDatabase& db) {
     bool haveCompletion = completions.next();
     while (haveTrace || haveCompletion) {
         // A trace and a completion of the same moment: the trace came first.
-        const bool takeTrace = haveTrace && (!haveCompletion ||
-                                             traces.value(1).toLongLong() <= completions.value(1).toLongLong());
+        const bool takeTrace = haveTrace && (!haveCompletion || traces.value(1).toLongLong() <=
+                                                                    completions.value(1).toLongLong());
         QSqlQuery& row = takeTrace ? traces : completions;
         const qint64 timeMs = row.value(1).toLongLong();
         const int codePoint = row.value(3).toInt();
@@ -92,7 +93,8 @@ QString derive_summaries(QSqlDatabase& db) {
             haveTrace = traces.next();
         } else {
             const Open flags = open[codePoint];
-            const bool clean = ProgressRules::is_clean(completions.value(4).toInt(), flags.hint, flags.outline);
+            const bool clean =
+                ProgressRules::is_clean(completions.value(4).toInt(), flags.hint, flags.outline);
             ProgressRules::apply_completion(summary, timeMs, day, clean);
             ++stats.completions;
             open.erase(codePoint);
@@ -105,19 +107,21 @@ QString derive_summaries(QSqlDatabase& db) {
     }
 
     QSqlQuery insert(db);
-    insert.prepare(QStringLiteral(
-        "INSERT INTO summary(code_point, level, first_seen_ms, last_practised_ms, completions,"
-        " clean_completions, misses, box, last_completion_day, due_day, last_clean_day, known)"
-        " VALUES(?,?,?,?,?,?,?,?,?,?,?,?)"));
+    insert.prepare(
+        QStringLiteral("INSERT INTO summary(code_point, level, first_seen_ms, last_practised_ms, completions,"
+                       " clean_completions, misses, box, last_completion_day, due_day, last_clean_day, known)"
+                       " VALUES(?,?,?,?,?,?,?,?,?,?,?,?)"));
     for (const auto& [codePoint, s] : summaries) {
         for (const QVariant& value :
              {QVariant(s.codePoint), QVariant(s.level), QVariant(s.firstSeenMs), QVariant(s.lastPractisedMs),
               QVariant(s.completions), QVariant(s.cleanCompletions), QVariant(s.misses), QVariant(s.box),
-              QVariant(s.lastCompletionDay), QVariant(s.dueDay), QVariant(s.lastCleanDay), QVariant(s.known ? 1 : 0)})
+              QVariant(s.lastCompletionDay), QVariant(s.dueDay), QVariant(s.lastCleanDay),
+              QVariant(s.known ? 1 : 0)})
             insert.addBindValue(value);
         if (!insert.exec()) return insert.lastError().text();
     }
-    insert.prepare(QStringLiteral("INSERT INTO days(day, completions, traces, accepted_traces) VALUES(?,?,?,?)"));
+    insert.prepare(
+        QStringLiteral("INSERT INTO days(day, completions, traces, accepted_traces) VALUES(?,?,?,?)"));
     for (const auto& [day, stats] : days) {
         insert.addBindValue(stats.day);
         insert.addBindValue(stats.completions);
@@ -129,18 +133,19 @@ QString derive_summaries(QSqlDatabase& db) {
 }
 
 QString add_summaries(QSqlDatabase& db) {
-    QString error = exec_all(db, {
-        "ALTER TABLE traces ADD COLUMN day INTEGER NOT NULL DEFAULT 0",
-        "ALTER TABLE completions ADD COLUMN day INTEGER NOT NULL DEFAULT 0",
-        "ALTER TABLE completions ADD COLUMN clean INTEGER NOT NULL DEFAULT 0",
-        "CREATE TABLE summary(code_point INTEGER PRIMARY KEY, level INTEGER NOT NULL,"
-        " first_seen_ms INTEGER NOT NULL, last_practised_ms INTEGER NOT NULL,"
-        " completions INTEGER NOT NULL, clean_completions INTEGER NOT NULL, misses INTEGER NOT NULL,"
-        " box INTEGER NOT NULL, last_completion_day INTEGER NOT NULL, due_day INTEGER NOT NULL,"
-        " last_clean_day INTEGER NOT NULL, known INTEGER NOT NULL)",
-        "CREATE TABLE days(day INTEGER PRIMARY KEY, completions INTEGER NOT NULL,"
-        " traces INTEGER NOT NULL, accepted_traces INTEGER NOT NULL)",
-    });
+    QString error = exec_all(
+        db, {
+                "ALTER TABLE traces ADD COLUMN day INTEGER NOT NULL DEFAULT 0",
+                "ALTER TABLE completions ADD COLUMN day INTEGER NOT NULL DEFAULT 0",
+                "ALTER TABLE completions ADD COLUMN clean INTEGER NOT NULL DEFAULT 0",
+                "CREATE TABLE summary(code_point INTEGER PRIMARY KEY, level INTEGER NOT NULL,"
+                " first_seen_ms INTEGER NOT NULL, last_practised_ms INTEGER NOT NULL,"
+                " completions INTEGER NOT NULL, clean_completions INTEGER NOT NULL, misses INTEGER NOT NULL,"
+                " box INTEGER NOT NULL, last_completion_day INTEGER NOT NULL, due_day INTEGER NOT NULL,"
+                " last_clean_day INTEGER NOT NULL, known INTEGER NOT NULL)",
+                "CREATE TABLE days(day INTEGER PRIMARY KEY, completions INTEGER NOT NULL,"
+                " traces INTEGER NOT NULL, accepted_traces INTEGER NOT NULL)",
+            });
     return error.isEmpty() ? derive_summaries(db) : error;
 }
 

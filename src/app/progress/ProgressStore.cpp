@@ -12,7 +12,6 @@
 #include <QSqlQuery>
 #include <QStandardPaths>
 #include <QVariant>
-
 #include <atomic>
 #include <functional>
 #include <unordered_map>
@@ -40,7 +39,8 @@ bool is_damage(const QSqlError& error) {
 }
 
 QString csv_field(const QString& text) {
-    if (!text.contains(QLatin1Char(',')) && !text.contains(QLatin1Char('"')) && !text.contains(QLatin1Char('\n')))
+    if (!text.contains(QLatin1Char(',')) && !text.contains(QLatin1Char('"')) &&
+        !text.contains(QLatin1Char('\n')))
         return text;
     QString quoted = text;
     quoted.replace(QLatin1String("\""), QLatin1String("\"\""));
@@ -64,8 +64,8 @@ struct ProgressStore::Db {
 
     ~Db() {
         // Queries first, then the connection, then its registration: Qt warns otherwise.
-        for (QSqlQuery* query : {&insertTrace, &insertCompletion, &openAids, &upsertSummary, &upsertDay, &begin, &commit,
-                                &rollback})
+        for (QSqlQuery* query : {&insertTrace, &insertCompletion, &openAids, &upsertSummary, &upsertDay,
+                                 &begin, &commit, &rollback})
             *query = QSqlQuery();
         connection.close();
         connection = QSqlDatabase();
@@ -214,7 +214,8 @@ void ProgressStore::move_aside() {
     QFile::remove(target);
     if (QFile::rename(filePath, target)) {
         movedAside = target;
-        pp_warn("ProgressStore::open, '$' is damaged; moved aside as '$', a new file is begun", filePath, target);
+        pp_warn("ProgressStore::open, '$' is damaged; moved aside as '$', a new file is begun", filePath,
+                target);
     } else {
         pp_warn("ProgressStore::open, '$' is damaged and cannot be moved aside; it is replaced", filePath);
         QFile::remove(filePath);
@@ -237,26 +238,31 @@ bool ProgressStore::prepare_writes() {
     db->rollback = QSqlQuery(c);
     // Immediate: the write lock is taken (waiting for another instance) before anything is read,
     // so a read never has to be upgraded to a write against a newer snapshot.
-    return db->begin.prepare(QStringLiteral("BEGIN IMMEDIATE")) && db->commit.prepare(QStringLiteral("COMMIT")) &&
-           db->rollback.prepare(QStringLiteral("ROLLBACK")) && db->insertTrace.prepare(QStringLiteral(
+    return db->begin.prepare(QStringLiteral("BEGIN IMMEDIATE")) &&
+           db->commit.prepare(QStringLiteral("COMMIT")) && db->rollback.prepare(QStringLiteral("ROLLBACK")) &&
+           db->insertTrace.prepare(QStringLiteral(
                "INSERT INTO traces(time_ms, level, code_point, stroke_index, accepted, reason, tolerance,"
                " aids, hint, day) VALUES(?,?,?,?,?,?,?,?,?,?)")) &&
            db->insertCompletion.prepare(QStringLiteral(
                "INSERT INTO completions(time_ms, level, code_point, seconds, misses, round, day, clean)"
                " VALUES(?,?,?,?,?,?,?,?)")) &&
            // The aids used since the character's last completion decide whether this one is clean.
-           db->openAids.prepare(QStringLiteral(
-               "SELECT COALESCE(MAX(hint), 0), COALESCE(MAX(aids & %1), 0) FROM traces WHERE code_point = ?"
-               " AND time_ms > (SELECT COALESCE(MAX(time_ms), -1) FROM completions WHERE code_point = ?)")
-                                    .arg(AID_OUTLINE)) &&
+           db->openAids.prepare(
+               QStringLiteral(
+                   "SELECT COALESCE(MAX(hint), 0), COALESCE(MAX(aids & %1), 0) FROM traces WHERE code_point "
+                   "= ?"
+                   " AND time_ms > (SELECT COALESCE(MAX(time_ms), -1) FROM completions WHERE code_point = ?)")
+                   .arg(AID_OUTLINE)) &&
            db->upsertSummary.prepare(QStringLiteral(
-               "INSERT OR REPLACE INTO summary(code_point, level, first_seen_ms, last_practised_ms, completions,"
+               "INSERT OR REPLACE INTO summary(code_point, level, first_seen_ms, last_practised_ms, "
+               "completions,"
                " clean_completions, misses, box, last_completion_day, due_day, last_clean_day, known)"
                " VALUES(?,?,?,?,?,?,?,?,?,?,?,?)")) &&
            db->upsertDay.prepare(QStringLiteral(
                "INSERT INTO days(day, completions, traces, accepted_traces) VALUES(?, ?, ?, ?)"
                " ON CONFLICT(day) DO UPDATE SET completions = completions + excluded.completions,"
-               " traces = traces + excluded.traces, accepted_traces = accepted_traces + excluded.accepted_traces"));
+               " traces = traces + excluded.traces, accepted_traces = accepted_traces + "
+               "excluded.accepted_traces"));
 }
 
 void ProgressStore::load_summaries() {
@@ -292,7 +298,8 @@ QSqlQuery* ProgressStore::write_summary(const CharSummary& s) {
     for (const QVariant& value :
          {QVariant(s.codePoint), QVariant(s.level), QVariant(s.firstSeenMs), QVariant(s.lastPractisedMs),
           QVariant(s.completions), QVariant(s.cleanCompletions), QVariant(s.misses), QVariant(s.box),
-          QVariant(s.lastCompletionDay), QVariant(s.dueDay), QVariant(s.lastCleanDay), QVariant(s.known ? 1 : 0)})
+          QVariant(s.lastCompletionDay), QVariant(s.dueDay), QVariant(s.lastCleanDay),
+          QVariant(s.known ? 1 : 0)})
         q.addBindValue(value);
     return q.exec() ? nullptr : &q;
 }
@@ -340,19 +347,24 @@ bool ProgressStore::record_trace(const TraceRecord& trace) {
     CharSummary updated = summary(trace.codePoint);
     updated.level = trace.level;
     ProgressRules::apply_trace(updated, timeMs, trace.accepted);
-    const bool written = write(QStringLiteral("trace"), {
-        [&]() -> QSqlQuery* {
-            QSqlQuery& q = db->insertTrace;
-            for (const QVariant& value :
-                 {QVariant(timeMs), QVariant(trace.level), QVariant(trace.codePoint), QVariant(trace.strokeIndex),
-                  QVariant(trace.accepted ? 1 : 0), QVariant(trace.accepted || trace.reason.isNull() ? QString::fromLatin1("") : trace.reason),
-                  QVariant(trace.tolerance), QVariant(trace.aids), QVariant(trace.hintShown ? 1 : 0), QVariant(day)})
-                q.addBindValue(value);
-            return q.exec() ? nullptr : &q;
-        },
-        [&] { return write_summary(updated); },
-        [&] { return add_to_day(day, 0, 1, trace.accepted ? 1 : 0); },
-    });
+    const bool written =
+        write(QStringLiteral("trace"),
+              {
+                  [&]() -> QSqlQuery* {
+                      QSqlQuery& q = db->insertTrace;
+                      for (const QVariant& value :
+                           {QVariant(timeMs), QVariant(trace.level), QVariant(trace.codePoint),
+                            QVariant(trace.strokeIndex), QVariant(trace.accepted ? 1 : 0),
+                            QVariant(trace.accepted || trace.reason.isNull() ? QString::fromLatin1("")
+                                                                             : trace.reason),
+                            QVariant(trace.tolerance), QVariant(trace.aids),
+                            QVariant(trace.hintShown ? 1 : 0), QVariant(day)})
+                          q.addBindValue(value);
+                      return q.exec() ? nullptr : &q;
+                  },
+                  [&] { return write_summary(updated); },
+                  [&] { return add_to_day(day, 0, 1, trace.accepted ? 1 : 0); },
+              });
     if (written) db->summaries[trace.codePoint] = updated;
     return written;
 }
@@ -364,29 +376,32 @@ bool ProgressStore::record_completion(const CompletionRecord& completion) {
     CharSummary updated = summary(completion.codePoint);
     updated.level = completion.level;
     bool clean = false;
-    const bool written = write(QStringLiteral("completion"), {
-        [&]() -> QSqlQuery* {
-            QSqlQuery& aids = db->openAids;
-            aids.addBindValue(completion.codePoint);
-            aids.addBindValue(completion.codePoint);
-            if (!aids.exec() || !aids.next()) return &aids;
-            clean = ProgressRules::is_clean(completion.misses, aids.value(0).toBool(), aids.value(1).toBool());
-            aids.finish();
-            ProgressRules::apply_completion(updated, timeMs, day, clean);
-            return nullptr;
-        },
-        [&]() -> QSqlQuery* {
-            QSqlQuery& q = db->insertCompletion;
-            for (const QVariant& value :
-                 {QVariant(timeMs), QVariant(completion.level), QVariant(completion.codePoint),
-                  QVariant(completion.seconds), QVariant(completion.misses), QVariant(completion.round),
-                  QVariant(day), QVariant(clean ? 1 : 0)})
-                q.addBindValue(value);
-            return q.exec() ? nullptr : &q;
-        },
-        [&] { return write_summary(updated); },
-        [&] { return add_to_day(day, 1, 0, 0); },
-    });
+    const bool written =
+        write(QStringLiteral("completion"),
+              {
+                  [&]() -> QSqlQuery* {
+                      QSqlQuery& aids = db->openAids;
+                      aids.addBindValue(completion.codePoint);
+                      aids.addBindValue(completion.codePoint);
+                      if (!aids.exec() || !aids.next()) return &aids;
+                      clean = ProgressRules::is_clean(completion.misses, aids.value(0).toBool(),
+                                                      aids.value(1).toBool());
+                      aids.finish();
+                      ProgressRules::apply_completion(updated, timeMs, day, clean);
+                      return nullptr;
+                  },
+                  [&]() -> QSqlQuery* {
+                      QSqlQuery& q = db->insertCompletion;
+                      for (const QVariant& value :
+                           {QVariant(timeMs), QVariant(completion.level), QVariant(completion.codePoint),
+                            QVariant(completion.seconds), QVariant(completion.misses),
+                            QVariant(completion.round), QVariant(day), QVariant(clean ? 1 : 0)})
+                          q.addBindValue(value);
+                      return q.exec() ? nullptr : &q;
+                  },
+                  [&] { return write_summary(updated); },
+                  [&] { return add_to_day(day, 1, 0, 0); },
+              });
     if (written) db->summaries[completion.codePoint] = updated;
     return written;
 }
@@ -459,7 +474,8 @@ std::vector<DayStats> ProgressStore::last_days(int count) const {
 }
 
 QString ProgressStore::csv_header() {
-    return QStringLiteral("time,level,code_point,character,stroke_index,accepted,reason,tolerance,aids,hint_shown");
+    return QStringLiteral(
+        "time,level,code_point,character,stroke_index,accepted,reason,tolerance,aids,hint_shown");
 }
 
 QString ProgressStore::export_csv(const QString& path) const {
@@ -480,12 +496,17 @@ QString ProgressStore::export_csv(const QString& path) const {
             const int codePoint = query.value(2).toInt();
             const char32_t ucs4 = static_cast<char32_t>(codePoint);
             const QString character = QString::fromUcs4(&ucs4, 1);
-            const QStringList fields{
-                QDateTime::fromMSecsSinceEpoch(query.value(0).toLongLong(), Qt::UTC)
-                    .toString(Qt::ISODateWithMs),
-                query.value(1).toString(), QString::number(codePoint), csv_field(character),
-                query.value(3).toString(), query.value(4).toString(), csv_field(query.value(5).toString()),
-                query.value(6).toString(), query.value(7).toString(), query.value(8).toString()};
+            const QStringList fields{QDateTime::fromMSecsSinceEpoch(query.value(0).toLongLong(), Qt::UTC)
+                                         .toString(Qt::ISODateWithMs),
+                                     query.value(1).toString(),
+                                     QString::number(codePoint),
+                                     csv_field(character),
+                                     query.value(3).toString(),
+                                     query.value(4).toString(),
+                                     csv_field(query.value(5).toString()),
+                                     query.value(6).toString(),
+                                     query.value(7).toString(),
+                                     query.value(8).toString()};
             chunk += fields.join(QLatin1Char(',')).toUtf8() + '\n';
             if (chunk.size() > 1 << 16) {
                 file.write(chunk);

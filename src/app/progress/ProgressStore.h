@@ -8,7 +8,6 @@
 // folder records nothing, a file of a newer layout is only read. Each leaves one notice.
 
 #include <QString>
-
 #include <functional>
 #include <memory>
 #include <vector>

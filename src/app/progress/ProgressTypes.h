@@ -3,7 +3,6 @@
 // character, and what is derived per character from them.
 
 #include <QString>
-
 #include <cstdint>
 
 namespace morvel::progress {
