@@ -13,6 +13,7 @@ shift || true
 PACKAGES=(
   g++ cmake ninja-build ccache pkg-config git
   qt6-base-dev qt6-multimedia-dev qt6-svg-dev libqt6svg6 libgl-dev
+  libqt6sql6-sqlite
   libglm-dev libgtest-dev libgmock-dev
   fonts-noto-cjk gstreamer1.0-plugins-good
   xvfb xauth

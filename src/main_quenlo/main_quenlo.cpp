@@ -15,6 +15,7 @@
 #include "app/Window.h"
 #include "app/morvel.h"
 #include "app/worksheet/WorksheetCli.h"
+#include "app/progress/ProgressCommand.h"
 
 namespace {
 
@@ -33,6 +34,7 @@ int qMain(int argc, char** argv) {
     const QString programName = ki::os::get_program_name_qs();
     ki::qt::GApp::prepare_settings(organisation, CONFIG_VERSION, true, programName);
     morvel::WorksheetCli::prepare_headless(argc, argv);
+    if (const int code = morvel::progress::ProgressCommand::run(argc, argv); code >= 0) return code;
     auto app = std::make_unique<ki::qt::GApp>(argc, argv, nullptr);
     if (ki::os::is_android()) ki::qt::GApp::set_icon_size_percent_default(220);
     app->setStartDragDistance(START_DRAG_DISTANCE);

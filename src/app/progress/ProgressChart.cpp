@@ -1,0 +1,111 @@
+#include "app/progress/ProgressChart.h"
+
+#include <ki/qt/lang.h>
+
+#include <QDate>
+#include <QPainter>
+#include <QPainterPath>
+#include <algorithm>
+
+#include "app/progress/ProgressMark.h"
+
+namespace morvel::progress {
+
+using ki::qt::lang::tt;
+
+ProgressChart::ProgressChart(QWidget* parent) : QWidget(parent) {
+    setMinimumHeight(140);
+}
+
+void ProgressChart::set_days(std::vector<DayStats> stats) {
+    days = std::move(stats);
+    update();
+}
+
+QSize ProgressChart::sizeHint() const {
+    return {560, 180};
+}
+
+void ProgressChart::paintEvent(QPaintEvent*) {
+    QPainter painter(this);
+    painter.setRenderHint(QPainter::Antialiasing, true);
+    const QPalette& pal = palette();
+    const QColor text = pal.color(QPalette::WindowText);
+    const QColor bar = pal.color(QPalette::Highlight);
+    const QColor line = ProgressMark::accent(pal);
+    const QFontMetrics fm(font());
+    const int lineHeight = fm.height();
+
+    // Legend on top, axis labels left, right and below: the plot takes what is left.
+    const QString completedLabel =
+        tt(QStringLiteral("Characters completed"), QStringLiteral("Zeichen geschafft"),
+           QStringLiteral("Пройдено иероглифов"));
+    const QString cleanLabel = tt(QStringLiteral("Clean strokes (%)"), QStringLiteral("Saubere Striche (%)"),
+                                  QStringLiteral("Чистые черты (%)"));
+    int x = 4;
+    painter.fillRect(QRect(x, lineHeight / 4, lineHeight / 2, lineHeight / 2), bar);
+    x += lineHeight;
+    painter.setPen(text);
+    painter.drawText(x, fm.ascent(), completedLabel);
+    x += fm.horizontalAdvance(completedLabel) + lineHeight;
+    painter.setPen(QPen(line, 2));
+    painter.drawLine(x, lineHeight / 2, x + lineHeight, lineHeight / 2);
+    x += lineHeight + lineHeight / 2;
+    painter.setPen(text);
+    painter.drawText(x, fm.ascent(), cleanLabel);
+
+    int maxCompleted = 1;
+    for (const DayStats& day : days) maxCompleted = std::max(maxCompleted, day.completions);
+    const int left = fm.horizontalAdvance(QString::number(maxCompleted)) + 8;
+    const int right = fm.horizontalAdvance(QStringLiteral("100")) + 8;
+    const QRectF plot(left, lineHeight * 1.5, width() - left - right, height() - lineHeight * 3);
+    if (plot.width() <= 0 || plot.height() <= 0 || days.empty()) return;
+
+    painter.setPen(QPen(pal.color(QPalette::Mid), 1));
+    painter.drawLine(plot.bottomLeft(), plot.bottomRight());
+    painter.setPen(text);
+    painter.drawText(QRectF(0, plot.top() - lineHeight / 2.0, left - 4, lineHeight), Qt::AlignRight,
+                     QString::number(maxCompleted));
+    painter.drawText(QRectF(0, plot.bottom() - lineHeight / 2.0, left - 4, lineHeight), Qt::AlignRight,
+                     QStringLiteral("0"));
+    painter.drawText(QRectF(plot.right() + 4, plot.top() - lineHeight / 2.0, right, lineHeight),
+                     Qt::AlignLeft, QStringLiteral("100"));
+
+    const qreal slot = plot.width() / static_cast<qreal>(days.size());
+    QPainterPath cleanShare;
+    bool penDown = false;
+    for (size_t i = 0; i < days.size(); ++i) {
+        const DayStats& day = days[i];
+        const qreal x0 = plot.left() + slot * static_cast<qreal>(i);
+        if (day.completions > 0) {
+            const qreal h = plot.height() * day.completions / maxCompleted;
+            painter.fillRect(QRectF(x0 + slot * 0.15, plot.bottom() - h, slot * 0.7, h), bar);
+        }
+        if (day.traces == 0) {
+            penDown = false;  // no practice that day: a gap, not a fall to zero
+            continue;
+        }
+        const QPointF point(x0 + slot / 2, plot.bottom() - plot.height() * day.acceptedTraces / day.traces);
+        if (penDown)
+            cleanShare.lineTo(point);
+        else
+            cleanShare.moveTo(point);
+        cleanShare.addEllipse(point, 2, 2);
+        cleanShare.moveTo(point);
+        penDown = true;
+    }
+    painter.setPen(QPen(line, 2));
+    painter.setBrush(Qt::NoBrush);
+    painter.drawPath(cleanShare);
+
+    painter.setPen(text);
+    const auto dayLabel = [](qint64 julian) {
+        return QDate::fromJulianDay(julian).toString(QStringLiteral("d.M."));
+    };
+    painter.drawText(QRectF(plot.left(), plot.bottom() + 2, plot.width(), lineHeight), Qt::AlignLeft,
+                     dayLabel(days.front().day));
+    painter.drawText(QRectF(plot.left(), plot.bottom() + 2, plot.width(), lineHeight), Qt::AlignRight,
+                     dayLabel(days.back().day));
+}
+
+}  // namespace morvel::progress

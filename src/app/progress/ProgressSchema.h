@@ -1,0 +1,26 @@
+#pragma once
+// The layout of the progress database and the ordered steps that bring a file of any earlier
+// layout up to date. The layout's number is SQLite's `PRAGMA user_version`; 0 is an empty file.
+
+#include <QString>
+
+class QSqlDatabase;
+
+namespace morvel::progress {
+
+class ProgressSchema {
+public:
+    /// 1: judged traces and completions. 2: per-character summary and per-day totals, derived
+    /// from the history, plus each record's local day and each completion's cleanliness.
+    static constexpr int VERSION = 2;
+
+    /// The layout number stored in the file, or -1 when it cannot be read.
+    static int version_of(QSqlDatabase& db);
+
+    /// Applies the steps after the file's version up to `target` in one transaction each, so a
+    /// failed step leaves the file at the version before it. Returns an empty text on success,
+    /// else what failed.
+    static QString migrate(QSqlDatabase& db, int target = VERSION);
+};
+
+}  // namespace morvel::progress

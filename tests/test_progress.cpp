@@ -1,0 +1,450 @@
+// Practice history: mastery and review rules over an injected clock, migration of old files,
+// durability when killed, faults of the file and the folder, CSV export, the list mark.
+#include <gtest/gtest.h>
+#include <ki/qt/themes.h>
+#include <unistd.h>
+
+#include <QCoreApplication>
+#include <QDateTime>
+#include <QFile>
+#include <QImage>
+#include <QListWidget>
+#include <QPainter>
+#include <QProcess>
+#include <QSqlDatabase>
+#include <QSqlError>
+#include <QSqlQuery>
+#include <QTableView>
+#include <QTemporaryDir>
+#include <QTest>
+#include <cmath>
+#include <csignal>
+#include <functional>
+#include <variant>
+
+#include "LoggedTest.h"
+#include "app/progress/ProgressMark.h"
+#include "app/progress/ProgressPanel.h"
+#include "app/progress/ProgressSchema.h"
+#include "app/progress/ProgressStore.h"
+
+namespace {
+
+using namespace morvel::progress;
+
+constexpr qint64 DAY_MS = 86'400'000;
+const qint64 BASE_MS = QDateTime(QDate(2026, 3, 2), QTime(9, 0)).toMSecsSinceEpoch();
+constexpr int CP = 0x4E2D;
+constexpr int CP2 = 0x4EBA;
+constexpr const char* ENV_KILL_DIR = "QUENLO_PROGRESS_KILL_DIR";
+
+enum Kind { CLEAN, MISS, HINT, OUTLINE, TRACE_ONLY };
+struct Session {
+    int day;
+    Kind kind;
+};
+using Record = std::variant<TraceRecord, CompletionRecord>;
+
+/// A practice session per entry: two strokes and a completion, spoiled as the kind says.
+std::vector<Record> history(const std::vector<Session>& sessions, int cp = CP) {
+    std::vector<Record> out;
+    qint64 minute = 0;
+    for (const auto [day, kind] : sessions) {
+        const auto at = [&, day = day] { return BASE_MS + day * DAY_MS + 60'000 * ++minute; };
+        const unsigned aids = AID_CIRCLES | (kind == OUTLINE ? AID_OUTLINE : 0u);
+        if (kind == MISS || kind == TRACE_ONLY)
+            out.push_back(TraceRecord{at(), 1, cp, 0, false, reason::STRAYED, 80, aids, false});
+        if (kind == TRACE_ONLY) continue;
+        for (int stroke : {0, 1})
+            out.push_back(TraceRecord{at(), 1, cp, stroke, true, {}, 80, aids, kind == HINT});
+        out.push_back(CompletionRecord{at(), 1, cp, 12.5, kind == MISS ? 1 : 0, 1});
+    }
+    return out;
+}
+
+class ProgressTest : public LoggedTest {
+protected:
+    bool record(ProgressStore& target, const std::vector<Record>& records) {
+        bool all = true;
+        for (const Record& r : records)
+            all &= std::visit([&](const auto& rec) { return record_one(target, rec); }, r);
+        return all;
+    }
+    static bool record_one(ProgressStore& s, const TraceRecord& r) { return s.record_trace(r); }
+    static bool record_one(ProgressStore& s, const CompletionRecord& r) { return s.record_completion(r); }
+    void set_day(int day) { nowMs = BASE_MS + day * DAY_MS + 12 * 3'600'000; }
+    QString file() const { return dir.filePath(ProgressStore::FILE_NAME); }
+
+    QTemporaryDir dir;
+    qint64 nowMs = BASE_MS;
+    ProgressStore store{[this] { return nowMs; }};
+};
+
+TEST_F(ProgressTest, MasteryAndReviewBoxes) {
+    struct Row {
+        const char* name;
+        std::vector<Session> sessions;
+        int checkDay;
+        Mastery mastery;
+        int box;
+        bool due;
+    };
+    const Row rows[] = {
+        {"never practised is new", {}, 0, Mastery::NEW, 0, false},
+        {"a rejected trace alone makes it learning, never due",
+         {{0, TRACE_ONLY}},
+         9,
+         Mastery::LEARNING,
+         0,
+         false},
+        {"first clean completion rests a day", {{0, CLEAN}}, 0, Mastery::LEARNING, 1, false},
+        {"box 1 is due the next day", {{0, CLEAN}}, 1, Mastery::LEARNING, 1, true},
+        {"two clean completions on one day stay learning",
+         {{0, CLEAN}, {0, CLEAN}},
+         0,
+         Mastery::LEARNING,
+         2,
+         false},
+        {"clean on two days is known", {{0, CLEAN}, {1, CLEAN}}, 2, Mastery::KNOWN, 2, false},
+        {"box 2 is due when two days have passed", {{0, CLEAN}, {1, CLEAN}}, 3, Mastery::KNOWN, 2, true},
+        {"a hint spoils the completion", {{0, HINT}, {1, CLEAN}}, 1, Mastery::LEARNING, 2, false},
+        {"the outline aid spoils the completion",
+         {{0, OUTLINE}, {1, OUTLINE}},
+         1,
+         Mastery::LEARNING,
+         1,
+         false},
+        {"a miss sends it back to box 1",
+         {{0, CLEAN}, {1, CLEAN}, {3, CLEAN}, {7, MISS}},
+         8,
+         Mastery::KNOWN,
+         1,
+         true},
+        {"boxes stop at 32 days",
+         {{0, CLEAN}, {1, CLEAN}, {3, CLEAN}, {7, CLEAN}, {15, CLEAN}, {31, CLEAN}, {63, CLEAN}},
+         94,
+         Mastery::KNOWN,
+         6,
+         false},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.name);
+        QTemporaryDir rowDir;
+        ProgressStore live([this] { return nowMs; });
+        ASSERT_EQ(live.open(rowDir.path()), ProgressStore::Status::WRITABLE);
+        EXPECT_TRUE(record(live, history(row.sessions)));
+        set_day(row.checkDay);
+        EXPECT_EQ(live.mastery(CP), row.mastery);
+        EXPECT_EQ(live.summary(CP).box, row.box);
+        EXPECT_EQ(live.due_among({CP2, CP}), row.due ? std::vector<int>{CP} : std::vector<int>{});
+        const CharSummary before = live.summary(CP);
+        live.close();
+        ProgressStore reopened([this] { return nowMs; });
+        reopened.open(rowDir.path());
+        EXPECT_EQ(reopened.summary(CP), before) << "the file keeps what memory had";
+    }
+}
+
+TEST_F(ProgressTest, ReviewNavigationSkipsCharactersNotDue) {
+    const std::vector<int> level{0x4E00, CP, CP2, 0x5927};
+    ASSERT_EQ(store.open(dir.path()), ProgressStore::Status::WRITABLE);
+    record(store, history({{0, CLEAN}}, CP));
+    record(store, history({{0, CLEAN}}, 0x5927));
+    record(store, history({{1, CLEAN}}, CP2));
+    struct Row {
+        const char* name;
+        int day, from, step, expected;
+    };
+    const Row rows[] = {
+        {"forward skips the new one", 1, 0, 1, 1},
+        {"forward skips the one rested", 1, 1, 1, 3},
+        {"forward wraps around", 1, 3, 1, 1},
+        {"backward wraps around", 1, 1, -1, 3},
+        {"nothing due before the interval", 0, 0, 1, -1},
+    };
+    for (const Row& row : rows) {
+        set_day(row.day);
+        EXPECT_EQ(store.next_due_index(level, row.from, row.step), row.expected) << row.name;
+    }
+}
+
+TEST_F(ProgressTest, OlderFilesMigrateToTheSameSummaries) {
+    const std::vector<Record> records = [] {
+        auto all = history({{0, CLEAN}, {1, HINT}, {2, CLEAN}, {3, CLEAN}, {5, MISS}, {6, OUTLINE}});
+        const auto other = history({{4, TRACE_ONLY}, {4, MISS}}, CP2);
+        all.insert(all.end(), other.begin(), other.end());
+        return all;
+    }();
+    set_day(8);
+    ProgressStore live([this] { return nowMs; });
+    QTemporaryDir liveDir;
+    live.open(liveDir.path());
+    record(live, records);
+    for (int version = 1; version < ProgressSchema::VERSION; ++version) {
+        SCOPED_TRACE(version);
+        QTemporaryDir oldDir;
+        {
+            QSqlDatabase db = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), QStringLiteral("old"));
+            db.setDatabaseName(oldDir.filePath(ProgressStore::FILE_NAME));
+            ASSERT_TRUE(db.open());
+            ASSERT_EQ(ProgressSchema::migrate(db, version), QString());
+            QSqlQuery q(db);
+            for (const Record& r : records) {
+                if (const auto* t = std::get_if<TraceRecord>(&r))
+                    q.exec(
+                        QStringLiteral(
+                            "INSERT INTO traces(time_ms, level, code_point, stroke_index, accepted, reason,"
+                            " tolerance, aids, hint) VALUES(%1, 1, %2, %3, %4, '%5', 80, %6, %7)")
+                            .arg(t->timeMs)
+                            .arg(t->codePoint)
+                            .arg(t->strokeIndex)
+                            .arg(int(t->accepted))
+                            .arg(t->reason)
+                            .arg(t->aids)
+                            .arg(int(t->hintShown)));
+                else if (const auto* c = std::get_if<CompletionRecord>(&r))
+                    q.exec(QStringLiteral(
+                               "INSERT INTO completions(time_ms, level, code_point, seconds, misses, round)"
+                               " VALUES(%1, 1, %2, 12.5, %3, 1)")
+                               .arg(c->timeMs)
+                               .arg(c->codePoint)
+                               .arg(c->misses));
+                ASSERT_FALSE(q.lastError().isValid()) << q.lastError().text().toStdString();
+            }
+        }
+        QSqlDatabase::removeDatabase(QStringLiteral("old"));
+        ASSERT_EQ(store.open(oldDir.path()), ProgressStore::Status::WRITABLE);
+        EXPECT_EQ(store.summary(CP), live.summary(CP));
+        EXPECT_EQ(store.summary(CP2), live.summary(CP2));
+        EXPECT_EQ(store.last_days(10), live.last_days(10));
+    }
+}
+
+// Not run on its own: the durability test below starts it in a child process.
+TEST(ProgressChild, DISABLED_RecordThenKilled) {
+    ProgressStore child;
+    ASSERT_EQ(child.open(qEnvironmentVariable(ENV_KILL_DIR)), ProgressStore::Status::WRITABLE);
+    for (int stroke = 0; stroke < 5; ++stroke)
+        child.record_trace(TraceRecord{0, 1, CP, stroke, stroke != 2, {}, 80, 0, false});
+    child.record_completion(CompletionRecord{0, 1, CP, 3.0, 1, 1});
+    ::kill(::getpid(), SIGKILL);
+}
+
+TEST_F(ProgressTest, JudgedTracesSurviveAKillAndASecondInstance) {
+    QProcess child;
+    QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
+    env.insert(QString::fromLatin1(ENV_KILL_DIR), dir.path());
+    child.setProcessEnvironment(env);
+    child.start(QCoreApplication::applicationFilePath(), {QStringLiteral("--gtest_also_run_disabled_tests"),
+                                                          QStringLiteral("--gtest_filter=ProgressChild.*")});
+    ASSERT_TRUE(child.waitForFinished(60'000));
+    ASSERT_EQ(child.exitStatus(), QProcess::CrashExit) << child.readAll().toStdString();
+
+    nowMs = QDateTime::currentMSecsSinceEpoch();
+    ProgressStore second([this] { return nowMs; });
+    ASSERT_EQ(store.open(dir.path()), ProgressStore::Status::WRITABLE);
+    ASSERT_EQ(second.open(dir.path()), ProgressStore::Status::WRITABLE);
+    EXPECT_EQ(store.summary(CP).completions, 1);
+    EXPECT_EQ(store.summary(CP).misses, 1);
+    for (int i = 0; i < 20; ++i)
+        ASSERT_TRUE((i % 2 ? store : second).record_trace(TraceRecord{0, 1, CP2, i, true, {}, 80, 0, false}));
+    store.close();
+    second.close();
+    ASSERT_EQ(store.open(dir.path()), ProgressStore::Status::WRITABLE);
+    EXPECT_TRUE(store.moved_aside_path().isEmpty());
+    EXPECT_EQ(store.last_days(1).back().traces, 25);
+}
+
+TEST_F(ProgressTest, FaultsLeaveANoticeAndPracticeGoesOn) {
+    const auto filledFile = [this](const std::function<void(QByteArray&)>& spoil) {
+        return [this, spoil](QString&) {
+            {
+                ProgressStore filler;
+                filler.open(dir.path());
+                std::vector<Session> many;
+                for (int day = 0; day < 200; ++day) many.push_back({day, day % 3 ? CLEAN : MISS});
+                record(filler, history(many));
+            }
+            QByteArray bytes = read_file(file());
+            spoil(bytes);
+            write_file(file(), bytes);
+        };
+    };
+    using S = ProgressStore::Status;
+    using N = ProgressStore::Notice;
+    struct Row {
+        const char* name;
+        std::function<void(QString& folder)> prepare;
+        S status;
+        N notice;
+        bool movedAside;
+    };
+    const Row rows[] = {
+        {"not a database",
+         [this](QString&) { write_file(file(), QByteArray("no tables here\n").repeated(300)); }, S::WRITABLE,
+         N::DAMAGED_MOVED_ASIDE, true},
+        {"truncated", filledFile([](QByteArray& b) { b.truncate(b.size() / 2); }), S::WRITABLE,
+         N::DAMAGED_MOVED_ASIDE, true},
+        {"pages overwritten",
+         filledFile([](QByteArray& b) { b.replace(4096 * 3, 4096 * 2, QByteArray(8192, '\x5a')); }),
+         S::WRITABLE, N::DAMAGED_MOVED_ASIDE, true},
+        {"newer layout is only read",
+         [this](QString&) {
+             QSqlDatabase db = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), QStringLiteral("newer"));
+             db.setDatabaseName(file());
+             db.open();
+             QSqlQuery(QStringLiteral("PRAGMA user_version = 99"), db);
+             QSqlQuery(QStringLiteral("CREATE TABLE future(x)"), db);
+             db.close();
+         },
+         S::READ_ONLY, N::NEWER_VERSION, false},
+        {"folder below a file cannot be written",
+         [this](QString& folder) {
+             write_file(file(), "x");
+             folder = file() + "/sub";
+         },
+         S::UNAVAILABLE, N::NOT_WRITABLE, false},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.name);
+        for (const QString& name : QDir(dir.path()).entryList(QDir::Files)) QFile::remove(dir.filePath(name));
+        QString folder = dir.path();
+        row.prepare(folder);
+        QSqlDatabase::removeDatabase(QStringLiteral("newer"));
+        const QByteArray before = read_file(file());
+        EXPECT_EQ(store.open(folder), row.status);
+        EXPECT_EQ(store.take_notice(), row.notice);
+        EXPECT_EQ(store.take_notice(), N::NONE) << "a notice is shown once";
+        EXPECT_EQ(store.record_trace(TraceRecord{0, 1, CP, 0, true, {}, 80, 0, false}),
+                  row.status == S::WRITABLE);
+        EXPECT_EQ(store.moved_aside_path().isEmpty(), !row.movedAside);
+        if (row.movedAside) {
+            EXPECT_EQ(read_file(store.moved_aside_path()), before);
+        }
+        if (row.status != S::WRITABLE) {
+            EXPECT_EQ(read_file(file()), before) << "never altered";
+        }
+        store.close();
+    }
+}
+
+TEST_F(ProgressTest, CsvExportRoundTrip) {
+    // Where the program itself looks for the file when XDG_DATA_HOME is `dir`.
+    ASSERT_EQ(store.open(dir.filePath("qlo.de/quenlo")), ProgressStore::Status::WRITABLE);
+    std::vector<TraceRecord> traces;
+    for (const char* key : {reason::WRONG_STROKE, reason::BACKWARDS, reason::START, reason::STRAYED,
+                            reason::END, reason::TOO_SHORT, reason::MISSED_PART, ""})
+        traces.push_back(TraceRecord{BASE_MS + 1000 * qint64(traces.size()), 2, CP2, int(traces.size()),
+                                     *key == '\0', QString::fromLatin1(key), 60, AID_OUTLINE | AID_GRID,
+                                     traces.size() == 3});
+    for (const TraceRecord& t : traces) ASSERT_TRUE(store.record_trace(t));
+    const QString csv = dir.filePath("out.csv");
+    ASSERT_EQ(store.export_csv(csv), QString());
+    const QStringList lines = QString::fromUtf8(read_file(csv)).split('\n', Qt::SkipEmptyParts);
+    ASSERT_EQ(lines.size(), int(traces.size()) + 1);
+    EXPECT_EQ(lines[0], ProgressStore::csv_header());
+    for (size_t i = 0; i < traces.size(); ++i) {
+        const QStringList f = lines[int(i) + 1].split(',');
+        ASSERT_EQ(f.size(), 10);
+        const TraceRecord& t = traces[i];
+        EXPECT_EQ(QDateTime::fromString(f[0], Qt::ISODateWithMs).toMSecsSinceEpoch(), t.timeMs);
+        EXPECT_EQ(f[3], QString(QChar(CP2)));
+        EXPECT_EQ(
+            (QStringList{f[1], f[2], f[4], f[5], f[6], f[7], f[8], f[9]}),
+            (QStringList{"2", QString::number(CP2), QString::number(t.strokeIndex), t.accepted ? "1" : "0",
+                         t.reason, "60", QString::number(t.aids), t.hintShown ? "1" : "0"}));
+    }
+    EXPECT_FALSE(store.export_csv(csv + "/below-a-file.csv").isEmpty());
+
+    const QString program = QCoreApplication::applicationDirPath() + "/quenlo";
+    if (!QFile::exists(program)) GTEST_SKIP() << "the command line needs the quenlo target built";
+    for (const auto& [target, exitCode] :
+         {std::pair{dir.filePath("cli.csv"), 0}, {csv + "/below-a-file.csv", 1}}) {
+        QProcess cli;
+        QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
+        env.insert("XDG_DATA_HOME", dir.path());
+        env.insert("XDG_CONFIG_HOME", dir.filePath("config"));
+        env.remove("DISPLAY");
+        cli.setProcessEnvironment(env);
+        cli.start(program, {"--export-progress", target});
+        ASSERT_TRUE(cli.waitForFinished(30'000));
+        EXPECT_EQ(cli.exitCode(), exitCode) << target.toStdString();
+        EXPECT_EQ(read_file(target), exitCode == 0 ? read_file(csv) : QByteArray())
+            << "same as the panel's export";
+    }
+}
+
+TEST_F(ProgressTest, PanelClicksSelectTheCharacterShown) {
+    ASSERT_EQ(store.open(dir.path()), ProgressStore::Status::WRITABLE);
+    record(store, history({{0, MISS}}, CP2));
+    record(store, history({{0, MISS}, {1, MISS}}, CP));
+    const auto row = [](int cp, const char* pinyin) {
+        morvel::ChinChar ch;
+        ch.unicode = static_cast<uint16_t>(cp);
+        ch.pinyin = QString::fromUtf8(pinyin);
+        return ch;
+    };
+    const std::vector<morvel::ChinChar> level{row(0x4E00, "yī"), row(CP, "zhōng"), row(CP2, "rén")};
+    ProgressPanel panel(store, level);
+    panel.show();
+    std::vector<int> selected;
+    panel.liSelect += [&](const int& cp) { selected.push_back(cp); };
+    // Sorted by misses, most first: the click must follow the sorted row, not the level order.
+    panel.table()->sortByColumn(ProgressPanel::COL_MISSES, Qt::DescendingOrder);
+    QTableView* table = panel.table();
+    QTest::mouseClick(table->viewport(), Qt::LeftButton, {},
+                      table->visualRect(table->model()->index(1, 0)).center());
+    QListWidget* missed = panel.missed_list();
+    ASSERT_EQ(missed->count(), 2);
+    QTest::mouseClick(missed->viewport(), Qt::LeftButton, {},
+                      missed->visualItemRect(missed->item(0)).center());
+    EXPECT_EQ(selected, (std::vector<int>{CP2, CP}));
+}
+
+TEST(ProgressMarkTest, StatesDrawnLegiblyInEveryTheme) {
+    struct Row {
+        const char* name;
+        Mastery mastery;
+        bool due;
+        bool centre, ring;
+    };
+    const Row rows[] = {
+        {"new draws nothing", Mastery::NEW, false, false, false},
+        {"learning is a hollow dot", Mastery::LEARNING, false, false, true},
+        {"known is a filled dot", Mastery::KNOWN, false, true, true},
+        {"due learning in the accent", Mastery::LEARNING, true, false, true},
+        {"due known in the accent", Mastery::KNOWN, true, true, true},
+    };
+    const auto contrast = [](QColor a, QColor b) {
+        const auto lum = [](QColor c) {
+            const auto ch = [](double v) {
+                return v <= 0.03928 ? v / 12.92 : std::pow((v + 0.055) / 1.055, 2.4);
+            };
+            return 0.2126 * ch(c.redF()) + 0.7152 * ch(c.greenF()) + 0.0722 * ch(c.blueF());
+        };
+        const double la = lum(a), lb = lum(b);
+        return (std::max(la, lb) + 0.05) / (std::min(la, lb) + 0.05);
+    };
+    for (unsigned theme :
+         {ki::qt::themes::THEME_NORMAL, ki::qt::themes::THEME_DARK, ki::qt::themes::THEME_GREEN}) {
+        const QPalette palette = ki::qt::themes::get_palette(theme);
+        const QColor background = palette.color(QPalette::Base);
+        for (const Row& row : rows) {
+            SCOPED_TRACE(testing::Message() << row.name << ", theme " << theme);
+            QImage image(40, 40, QImage::Format_RGB32);
+            image.fill(background);
+            QPainter painter(&image);
+            ProgressMark::paint(painter, QRectF(0, 0, 40, 40), row.mastery, row.due, palette);
+            painter.end();
+            const QColor expected = row.due ? ProgressMark::accent(palette) : palette.color(QPalette::Text);
+            EXPECT_EQ(image.pixelColor(20, 20) == expected, row.centre);
+            EXPECT_EQ(image.pixelColor(11, 20) == expected, row.ring);  // on the left edge of the dot
+            EXPECT_EQ(image.pixelColor(2, 2), background) << "stays inside its rectangle";
+            if (row.ring) {
+                EXPECT_GE(contrast(expected, background), 3.0);
+            }
+        }
+    }
+}
+
+}  // namespace
