@@ -48,7 +48,8 @@ void BM_Practice_ClassifyRejectedTrace(benchmark::State& state) {
         const float length = stroke.pathAnim.get_length();
         std::vector<glm::vec2> samples;
         for (int i = 0; i < SAMPLES - 1; ++i)
-            samples.push_back(stroke.pathAnim.point_at_length(length * i / (SAMPLES - 2)) + glm::vec2(6.0f, -4.0f));
+            samples.push_back(stroke.pathAnim.point_at_length(length * i / (SAMPLES - 2)) +
+                              glm::vec2(6.0f, -4.0f));
         samples.push_back(stroke.pathAnim.point_end() + glm::vec2(0.0f, 3.0f * R_CIRCLE));
         traces.push_back(std::move(samples));
     }

@@ -29,22 +29,25 @@ QColor opaque(QColor color) {
     return color;
 }
 
-const QColor& halo_color(const CanvasColors& colors) { return colors.colorBackground[0]; }
+const QColor& halo_color(const CanvasColors& colors) {
+    return colors.colorBackground[0];
+}
 
-void haloed_path(GPC& gpc, const QPainterPath& path, const QColor& color, float width, const CanvasColors& colors,
-                 Qt::PenStyle style = Qt::SolidLine) {
+void haloed_path(GPC& gpc, const QPainterPath& path, const QColor& color, float width,
+                 const CanvasColors& colors, Qt::PenStyle style = Qt::SolidLine) {
     gpc.stroke_path(path, round_pen(halo_color(colors), width + 2.0f * HALO));
     gpc.stroke_path(path, round_pen(color, width, style));
 }
 
-void haloed_line(GPC& gpc, glm::vec2 a, glm::vec2 b, const QColor& color, float width, const CanvasColors& colors,
-                 Qt::PenStyle style = Qt::SolidLine) {
+void haloed_line(GPC& gpc, glm::vec2 a, glm::vec2 b, const QColor& color, float width,
+                 const CanvasColors& colors, Qt::PenStyle style = Qt::SolidLine) {
     QPainterPath path({a.x, a.y});
     path.lineTo(b.x, b.y);
     haloed_path(gpc, path, color, width, colors, style);
 }
 
-void haloed_ring(GPC& gpc, glm::vec2 c, float radius, const QColor& color, float width, const CanvasColors& colors) {
+void haloed_ring(GPC& gpc, glm::vec2 c, float radius, const QColor& color, float width,
+                 const CanvasColors& colors) {
     QPainterPath path;
     path.addEllipse(QPointF(c.x, c.y), radius, radius);
     haloed_path(gpc, path, color, width, colors);
@@ -67,19 +70,23 @@ void arrow(GPC& gpc, const ki::math::Path& centre, const CanvasColors& colors) {
     const QColor color = opaque(colors.colorTraceGood);
     const glm::vec2 tip = centre.point_end();
     const glm::vec2 before = centre.point_at_length(std::max(0.0f, length - ARROW_LENGTH));
-    const glm::vec2 dir = glm::distance(tip, before) > 0.0f ? glm::normalize(tip - before) : glm::vec2(1.0f, 0.0f);
+    const glm::vec2 dir =
+        glm::distance(tip, before) > 0.0f ? glm::normalize(tip - before) : glm::vec2(1.0f, 0.0f);
     const glm::vec2 normal(-dir.y, dir.x);
     const glm::vec2 base = tip - dir * ARROW_LENGTH;
     // The shaft stops inside the head, so its round cap does not poke through the tip.
     const ki::math::Path shaft = centre.prefix_to_length(std::max(0.0f, length - ARROW_LENGTH * 0.5f));
-    haloed_path(gpc, GPC::math_path_to_painter_path(shaft), color, PracticeMarkers::MARK_WIDTH, colors);
+    const QPainterPath line = GPC::math_path_to_painter_path(shaft);
     QPainterPath head({tip.x, tip.y});
     const glm::vec2 left = base + normal * ARROW_HALF_WIDTH;
     const glm::vec2 right = base - normal * ARROW_HALF_WIDTH;
     head.lineTo(left.x, left.y);
     head.lineTo(right.x, right.y);
     head.closeSubpath();
+    // Both halos first: the head's must not cut across the shaft.
+    gpc.stroke_path(line, round_pen(halo_color(colors), PracticeMarkers::MARK_WIDTH + 2.0f * HALO));
     gpc.stroke_path(head, round_pen(halo_color(colors), 2.0f * HALO));
+    gpc.stroke_path(line, round_pen(color, PracticeMarkers::MARK_WIDTH));
     gpc.fill_path(head, color);
 }
 
@@ -123,9 +130,10 @@ void PracticeMarkers::paint_rejection(GPC& gpc, const Anim& anim, const Rejectio
             fill.setAlpha(110);
             gpc.fill_path(outline, fill);
             gpc.stroke_path(outline, round_pen(opaque(colors.colorTraceBad), 8.0f));
-            number_disc(gpc, other.pathAnim.point_start(), rejection.otherStroke + 1, opaque(colors.colorTraceBad),
+            number_disc(gpc, other.pathAnim.point_start(), rejection.otherStroke + 1,
+                        opaque(colors.colorTraceBad), colors);
+            number_disc(gpc, centre.point_start(), rejection.indexStroke + 1, colors.colorCircleStart,
                         colors);
-            number_disc(gpc, centre.point_start(), rejection.indexStroke + 1, colors.colorCircleStart, colors);
             break;
         }
         case Reason::BACKWARDS:
@@ -133,7 +141,8 @@ void PracticeMarkers::paint_rejection(GPC& gpc, const Anim& anim, const Rejectio
             arrow(gpc, centre, colors);
             break;
         case Reason::START:
-            haloed_line(gpc, rejection.point, rejection.expected, colors.colorCircleStart, 8.0f, colors, Qt::DashLine);
+            haloed_line(gpc, rejection.point, rejection.expected, colors.colorCircleStart, 8.0f, colors,
+                        Qt::DashLine);
             haloed_ring(gpc, rejection.expected, ring, colors.colorCircleStart, MARK_WIDTH, colors);
             gpc.fill_circle(rejection.expected, static_cast<float>(rCircle / 10), colors.colorCircleStart);
             cross(gpc, rejection.point, colors);
@@ -143,7 +152,8 @@ void PracticeMarkers::paint_rejection(GPC& gpc, const Anim& anim, const Rejectio
             cross(gpc, rejection.point, colors);
             break;
         case Reason::END:
-            haloed_line(gpc, rejection.point, rejection.expected, colors.colorCircleEnd, 8.0f, colors, Qt::DashLine);
+            haloed_line(gpc, rejection.point, rejection.expected, colors.colorCircleEnd, 8.0f, colors,
+                        Qt::DashLine);
             haloed_ring(gpc, rejection.expected, ring, colors.colorCircleEnd, MARK_WIDTH, colors);
             cross(gpc, rejection.point, colors);
             break;
@@ -159,8 +169,8 @@ void PracticeMarkers::paint_stroke_numbers(GPC& gpc, const Anim& anim, const Can
     gpc.save();
     gpc.set_anti_alias(true);
     for (size_t i = 0; i < anim.strokes.size(); ++i)
-        number_disc(gpc, anim.strokes[i].pathAnim.point_start(), static_cast<int>(i) + 1, colors.colorCircleStart,
-                    colors);
+        number_disc(gpc, anim.strokes[i].pathAnim.point_start(), static_cast<int>(i) + 1,
+                    colors.colorCircleStart, colors);
     gpc.restore();
 }
 
@@ -193,13 +203,14 @@ void PracticeMarkers::paint_caption(GPC& gpc, const ki::math::Rect& rect, const 
     painter.setFont(font);
     const QFontMetricsF metrics(font, painter.device());
     const qreal pad = metrics.height() * 0.35;
-    const qreal margin = pad;
-    const QSizeF plate(std::min<qreal>(metrics.horizontalAdvance(text) + 2 * pad, rect.w - 2 * margin),
-                       metrics.height() + 2 * pad);
+    // A sentence wider than the canvas wraps rather than losing its end.
+    const qreal widest = rect.w - 4 * pad;
+    const QRectF textBox = metrics.boundingRect(QRectF(0, 0, widest, rect.h), Qt::TextWordWrap, text);
+    const QSizeF plate(std::min(textBox.width(), widest) + 2 * pad, textBox.height() + 2 * pad);
     const bool left = corner == Corner::TOP_LEFT || corner == Corner::BOTTOM_LEFT;
     const bool top = corner == Corner::TOP_LEFT || corner == Corner::TOP_RIGHT;
-    const qreal x = left ? rect.x + margin : rect.x + rect.w - margin - plate.width();
-    const qreal y = top ? rect.y + margin : rect.y + rect.h - margin - plate.height();
+    const qreal x = left ? rect.x + pad : rect.x + rect.w - pad - plate.width();
+    const qreal y = top ? rect.y + pad : rect.y + rect.h - pad - plate.height();
     const QRectF box(QPointF(x, y), plate);
     QColor back = colors.colorBackground[0];
     back.setAlpha(225);
@@ -207,8 +218,8 @@ void PracticeMarkers::paint_caption(GPC& gpc, const ki::math::Rect& rect, const 
     painter.setBrush(back);
     painter.drawRoundedRect(box, pad, pad);
     painter.setPen(opaque(colors.colorAnim));
-    painter.drawText(box.adjusted(pad, 0, -pad, 0), Qt::AlignVCenter | Qt::AlignLeft,
-                     metrics.elidedText(text, Qt::ElideRight, box.width() - 2 * pad));
+    painter.drawText(box.adjusted(pad, pad, -pad, -pad), Qt::TextWordWrap | Qt::AlignLeft | Qt::AlignVCenter,
+                     text);
     painter.restore();
 }
 

@@ -49,12 +49,13 @@ QString reason_text(const Rejection& rejection) {
         case Reason::NONE:
             return {};
         case Reason::WRONG_STROKE:
-            return tt({"That is stroke %1. Stroke %2 comes first.", "Das ist Strich %1. Zuerst kommt Strich %2.",
-                       "Это черта %1. Сначала черта %2."})
+            return tt({"That is stroke %1. Stroke %2 comes first.",
+                       "Das ist Strich %1. Zuerst kommt Strich %2.", "Это черта %1. Сначала черта %2."})
                 .arg(rejection.otherStroke + 1)
                 .arg(rejection.indexStroke + 1);
         case Reason::BACKWARDS:
-            return tt({"Wrong direction: start at the other end.", "Falsche Richtung: am anderen Ende beginnen.",
+            return tt({"Wrong direction: start at the other end.",
+                       "Falsche Richtung: am anderen Ende beginnen.",
                        "Не в ту сторону: начните с другого конца."});
         case Reason::START:
             return tt({"Start closer to the start point.", "Näher am Anfangspunkt beginnen.",
@@ -66,9 +67,11 @@ QString reason_text(const Rejection& rejection) {
             return tt({"End closer to the end point.", "Näher am Endpunkt aufhören.",
                        "Закончите ближе к конечной точке."});
         case Reason::TOO_SHORT:
-            return tt({"Too short for this stroke.", "Zu kurz für diesen Strich.", "Слишком коротко для этой черты."});
+            return tt({"Too short for this stroke.", "Zu kurz für diesen Strich.",
+                       "Слишком коротко для этой черты."});
         case Reason::MISSED_PART:
-            return tt({"A part of the stroke was missed.", "Ein Teil des Strichs fehlt.", "Часть черты пропущена."});
+            return tt({"A part of the stroke was missed.", "Ein Teil des Strichs fehlt.",
+                       "Часть черты пропущена."});
     }
     return {};
 }
@@ -77,9 +80,13 @@ QString counter_stroke_text(int index, int count) {
     return tt({"Stroke %1 of %2", "Strich %1 von %2", "Черта %1 из %2"}).arg(index + 1).arg(count);
 }
 
-QString counter_done_text() { return tt({"Done", "Fertig", "Готово"}); }
+QString counter_done_text() {
+    return tt({"Done", "Fertig", "Готово"});
+}
 
-QString counter_watch_text() { return tt({"Watch", "Ansehen", "Просмотр"}); }
+QString counter_watch_text() {
+    return tt({"Watch", "Ansehen", "Просмотр"});
+}
 
 QString counter_round_text(int round, int rounds) {
     return tt({"Round %1 of %2", "Runde %1 von %2", "Круг %1 из %2"}).arg(round).arg(rounds);

@@ -87,7 +87,8 @@ Rejection TraceClassifier::classify(const Anim& anim, int indexStroke, std::span
     const glm::vec2 end = stroke.pathAnim.point_end();
     const glm::vec2 press = samples.front();
     const glm::vec2 release = samples.back();
-    if (in_circle(end, r, press) && in_circle(start, r, release)) return rejection(Reason::BACKWARDS, indexStroke);
+    if (in_circle(end, r, press) && in_circle(start, r, release))
+        return rejection(Reason::BACKWARDS, indexStroke);
 
     if (!in_circle(start, r, press)) {
         Rejection result = rejection(Reason::START, indexStroke);
@@ -115,6 +116,12 @@ Rejection TraceClassifier::judge_strict(const Anim& anim, int indexStroke, std::
                                         int rCircle) {
     if (indexStroke < 0 || indexStroke >= static_cast<int>(anim.strokes.size()) || samples.empty()) return {};
     const ki::math::Path& centre = anim.strokes[static_cast<size_t>(indexStroke)].pathAnim;
+    const float length = centre.get_length();
+    // Length first: a short flick near one end is "nearer" that end at both press and
+    // release, and calling it backwards would be wrong half of the time.
+    if (polyline_length(samples) < MIN_SHARE_OF_LENGTH * length)
+        return rejection(Reason::TOO_SHORT, indexStroke);
+
     const glm::vec2 start = centre.point_start();
     const glm::vec2 end = centre.point_end();
     const glm::vec2 press = samples.front();
@@ -122,9 +129,6 @@ Rejection TraceClassifier::judge_strict(const Anim& anim, int indexStroke, std::
     if (glm::distance(press, start) > glm::distance(press, end) ||
         glm::distance(release, end) > glm::distance(release, start))
         return rejection(Reason::BACKWARDS, indexStroke);
-
-    const float length = centre.get_length();
-    if (polyline_length(samples) < MIN_SHARE_OF_LENGTH * length) return rejection(Reason::TOO_SHORT, indexStroke);
 
     const float r = static_cast<float>(rCircle);
     for (float at = 0.0f;; at += COVER_STEP) {

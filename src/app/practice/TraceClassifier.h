@@ -32,11 +32,11 @@ public:
     static Rejection classify(const Anim& anim, int indexStroke, std::span<const glm::vec2> samples,
                               int rCircle);
 
-    /// The rules strict judging adds for a trace the judge accepted: the press nearer the
-    /// centre line's start than its end and the release nearer its end (ties pass), a length
-    /// of at least MIN_SHARE_OF_LENGTH of the centre line, and every point of the centre line
-    /// at COVER_STEP intervals (ends included) within `rCircle` of the trace. Gives BACKWARDS,
-    /// TOO_SHORT or MISSED_PART, in that order, or NONE.
+    /// The rules strict judging adds for a trace the judge accepted, checked in this order: a
+    /// length of at least MIN_SHARE_OF_LENGTH of the centre line (else TOO_SHORT), the press
+    /// nearer the centre line's start than its end and the release nearer its end, ties
+    /// passing (else BACKWARDS), and every point of the centre line at COVER_STEP intervals,
+    /// ends included, within `rCircle` of the trace (else MISSED_PART). NONE when all hold.
     static Rejection judge_strict(const Anim& anim, int indexStroke, std::span<const glm::vec2> samples,
                                   int rCircle);
 
