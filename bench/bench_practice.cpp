@@ -1,10 +1,15 @@
 // Explaining a rejected trace: 50 samples classified against a character of 20 strokes, so
 // that every later stroke is tried as the one the learner may have meant.
 #include <benchmark/benchmark.h>
+#include <ki/qt/GPC.h>
 
+#include <QImage>
+#include <QPainter>
 #include <algorithm>
 #include <vector>
 
+#include "app/practice/PracticeMarkers.h"
+#include "app/practice/PracticeTexts.h"
 #include "app/practice/TraceClassifier.h"
 #include "app/stroke/Anim.h"
 #include "bench_level.h"
@@ -67,5 +72,34 @@ void BM_Practice_ClassifyRejectedTrace(benchmark::State& state) {
     state.counters["rejected"] = benchmark::Counter(static_cast<double>(rejected) / state.iterations());
 }
 BENCHMARK(BM_Practice_ClassifyRejectedTrace)->Unit(benchmark::kMicrosecond);
+
+/// What a learn-mode frame adds for a rejected trace: the marker of the slowest kind (the
+/// wrong stroke's outline and two numbers) and the reason in a corner, on a 1024x750 image.
+void BM_Practice_PaintMarkerAndReason(benchmark::State& state) {
+    const Anim anim = twenty_strokes();
+    if (anim.strokes.size() < STROKES) {
+        state.SkipWithError("fewer than 20 strokes in the level");
+        return;
+    }
+    morvel::practice::Rejection rejection;
+    rejection.reason = morvel::practice::Reason::WRONG_STROKE;
+    rejection.indexStroke = 0;
+    rejection.otherStroke = STROKES - 1;
+    const QString text = morvel::practice::reason_text(rejection);
+    const morvel::CanvasColors colors = morvel::CanvasColors::dark();
+    QImage image(1024, 750, QImage::Format_ARGB32_Premultiplied);
+    for (auto _ : state) {
+        QPainter painter(&image);
+        ki::qt::GPC gpc(painter);
+        gpc.save();
+        gpc.set_matrix(ki::math::matrix_fit_rect(anim.viewBox, {0, 0, 1024, 750}), false);
+        morvel::practice::PracticeMarkers::paint_rejection(gpc, anim, rejection, colors, R_CIRCLE);
+        gpc.restore();
+        morvel::practice::PracticeMarkers::paint_caption(
+            gpc, {0, 0, 1024, 750}, text, colors, morvel::practice::PracticeMarkers::Corner::BOTTOM_LEFT);
+    }
+    state.SetItemsProcessed(state.iterations());
+}
+BENCHMARK(BM_Practice_PaintMarkerAndReason)->Unit(benchmark::kMicrosecond);
 
 }  // namespace
