@@ -1,0 +1,95 @@
+#include "app/practice/PracticeTexts.h"
+
+#include <ki/qt/lang.h>
+
+#include <iterator>
+
+namespace morvel::practice {
+
+namespace {
+
+struct Texts {
+    const char* english;
+    const char* german;
+    const char* russian;
+};
+
+QString tt(const Texts& t) {
+    return ki::qt::lang::tt(QString::fromUtf8(t.english), QString::fromUtf8(t.german),
+                            QString::fromUtf8(t.russian));
+}
+
+// In the order of PracticeLabel.
+constexpr Texts LABELS[] = {
+    {"Practice", "Üben", "Практика"},
+    {"Hint after misses", "Hinweis nach Fehlversuchen", "Подсказка после ошибок"},
+    {"Off", "Aus", "Выкл."},
+    {"Feedback sounds", "Rückmeldetöne", "Звуки отклика"},
+    {"Stroke numbers", "Strichnummern", "Номера черт"},
+    {"Next character when done", "Nächstes Zeichen, wenn fertig", "Следующий иероглиф после завершения"},
+    {"Strict judging", "Strenge Bewertung", "Строгая проверка"},
+    {"Practice grid", "Übungsraster", "Сетка для письма"},
+    {"Squares", "Kästchen", "Клетки"},
+    {"Tian 田", "Tian 田", "Тянь 田"},
+    {"Mi 米", "Mi 米", "Ми 米"},
+    {"Practice rounds", "Übungsrunden", "Тренировочные круги"},
+    {"Again", "Nochmal", "Ещё раз"},
+};
+static_assert(std::size(LABELS) == static_cast<size_t>(PracticeLabel::AGAIN) + 1, "one text per label");
+
+}  // namespace
+
+QString label_text(PracticeLabel label) {
+    const auto i = static_cast<size_t>(label);
+    return i < std::size(LABELS) ? tt(LABELS[i]) : QString();
+}
+
+QString reason_text(const Rejection& rejection) {
+    switch (rejection.reason) {
+        case Reason::NONE:
+            return {};
+        case Reason::WRONG_STROKE:
+            return tt({"That is stroke %1. Stroke %2 comes first.",
+                       "Das ist Strich %1. Zuerst kommt Strich %2.", "Это черта %1. Сначала черта %2."})
+                .arg(rejection.otherStroke + 1)
+                .arg(rejection.indexStroke + 1);
+        case Reason::BACKWARDS:
+            return tt({"Wrong direction: start at the other end.",
+                       "Falsche Richtung: am anderen Ende beginnen.",
+                       "Не в ту сторону: начните с другого конца."});
+        case Reason::START:
+            return tt({"Start closer to the start point.", "Näher am Anfangspunkt beginnen.",
+                       "Начните ближе к начальной точке."});
+        case Reason::STRAYED:
+            return tt({"The trace left the stroke here.", "Hier hat die Spur den Strich verlassen.",
+                       "Здесь линия ушла от черты."});
+        case Reason::END:
+            return tt({"End closer to the end point.", "Näher am Endpunkt aufhören.",
+                       "Закончите ближе к конечной точке."});
+        case Reason::TOO_SHORT:
+            return tt({"Too short for this stroke.", "Zu kurz für diesen Strich.",
+                       "Слишком коротко для этой черты."});
+        case Reason::MISSED_PART:
+            return tt({"A part of the stroke was missed.", "Ein Teil des Strichs fehlt.",
+                       "Часть черты пропущена."});
+    }
+    return {};
+}
+
+QString counter_stroke_text(int index, int count) {
+    return tt({"Stroke %1 of %2", "Strich %1 von %2", "Черта %1 из %2"}).arg(index + 1).arg(count);
+}
+
+QString counter_done_text() {
+    return tt({"Done", "Fertig", "Готово"});
+}
+
+QString counter_watch_text() {
+    return tt({"Watch", "Ansehen", "Просмотр"});
+}
+
+QString counter_round_text(int round, int rounds) {
+    return tt({"Round %1 of %2", "Runde %1 von %2", "Круг %1 из %2"}).arg(round).arg(rounds);
+}
+
+}  // namespace morvel::practice
