@@ -9,11 +9,46 @@
 #include <QApplication>
 #include <QFontDatabase>
 #include <QFontMetrics>
+#include <QPainter>
 
 #include "app/AppData.h"
+#include "app/progress/ProgressMark.h"
 #include "app/morvel.h"
 
 namespace morvel::prog2 {
+
+namespace {
+
+// The practice state of a row, in its top right corner over the other content.
+class RowMark : public QWidget {
+public:
+    RowMark(QWidget* row, progress::Mastery mastery, bool due) : QWidget(row), mastery(mastery), due(due) {
+        setAttribute(Qt::WA_TransparentForMouseEvents);
+        row->installEventFilter(this);
+        place();
+    }
+
+protected:
+    bool eventFilter(QObject* watched, QEvent* ev) override {
+        if (watched == parentWidget() && ev->type() == QEvent::Resize) place();
+        return false;
+    }
+    void paintEvent(QPaintEvent*) override {
+        QPainter painter(this);
+        progress::ProgressMark::paint(painter, QRectF(rect()), mastery, due, palette());
+    }
+
+private:
+    void place() {
+        const int side = SIZE;
+        setGeometry(parentWidget()->width() - side - 2, 2, side, side);
+    }
+    static constexpr int SIZE = 16;
+    progress::Mastery mastery;
+    bool due;
+};
+
+}  // namespace
 
 namespace {
 
@@ -121,6 +156,10 @@ ki::qt::GPanel* ModelAppData::gen_panel_row(long long row, ki::qt::otf::PanelDat
         code->setAttribute(Qt::WA_TransparentForMouseEvents);
     }
     panel->gen_line(Qt::Horizontal, 1, colorLine);
+    if (markOf) {
+        const auto [mastery, due] = markOf(entry.unicode);
+        if (mastery != progress::Mastery::NEW || due) new RowMark(panel, mastery, due);
+    }
     for (QWidget* widget :
          {static_cast<QWidget*>(character), static_cast<QWidget*>(pinyin), static_cast<QWidget*>(column)})
         widget->setAttribute(Qt::WA_TransparentForMouseEvents);

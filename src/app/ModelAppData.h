@@ -8,6 +8,9 @@
 #include <QColor>
 #include <QFont>
 #include <QString>
+#include <functional>
+
+#include "app/progress/ProgressTypes.h"
 
 namespace morvel::prog2 {
 
@@ -46,6 +49,10 @@ public:
     /// A click on a row (not ending a drag), with the row's index.
     ki::Listener<int> liRowClicked;
 
+    /// What the practice history knows of a code point, for the mark in its row: mastery, due.
+    using MarkOf = std::function<std::pair<progress::Mastery, bool>(int codePoint)>;
+    void set_mark_of(MarkOf provider) { markOf = std::move(provider); }
+
 private:
     void update_row_height(const QFont& textFont);
 
@@ -55,6 +62,7 @@ private:
     QColor colorLine;
     QColor colorSelection;
     int pinnedRowHeight = 0;
+    MarkOf markOf;
 };
 
 }  // namespace morvel::prog2

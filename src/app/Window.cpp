@@ -28,6 +28,10 @@
 #include "app/ModelAppData.h"
 #include "app/morvel.h"
 #include "app/options/OptionsMenu.h"
+#include "app/practice/Rejection.h"
+#include "app/progress/LessonRecorder.h"
+#include "app/progress/ProgressPanel.h"
+#include "app/progress/ProgressStore.h"
 #include "app/stroke/Anim.h"
 #include "app/stroke/CanvasHanzi.h"
 #include "app/worksheet/WorksheetDialog.h"
@@ -56,9 +60,10 @@ void banner(const char* title) {
 }  // namespace
 
 Window::Window(AppData& appData)
-    : data(appData), feedback(this, [this]() {
-          return sound != nullptr && sound->playbackState() == QMediaPlayer::PlayingState;
-      }) {
+    : data(appData),
+      feedback(this,
+               [this]() { return sound != nullptr && sound->playbackState() == QMediaPlayer::PlayingState; }),
+      recorder(std::make_unique<progress::LessonRecorder>()) {
     control.liChanged += [this](const LessonChange& change) { on_lesson_changed(change); };
     connect(&timer, &QTimer::timeout, this, [this]() { on_timer(); });
     ki::qt::lang::get_listener().set(listener_key(), [this](const int&) { retranslate(); });
@@ -101,6 +106,7 @@ void Window::ini() {
     scroller->setFrameShadow(QFrame::Sunken);
     panList->add_widget(scroller, 1);
     model = new ModelAppData(data, this);
+    model->set_mark_of([this](int code) { return std::make_pair(recorder->mastery(code), recorder->is_due(code)); });
     model->liRowClicked += [this](const int& index) {
         // The list has already moved its selection: the canvas tells what was shown.
         if (canvas->get_unicode() == data.unicode_at(static_cast<unsigned int>(index)) &&
@@ -118,6 +124,7 @@ void Window::ini() {
     right->add_widget(canvas, 1);
     canvas->config_load(nWin);
     canvas->set_lesson(&control);
+    canvas->set_captions(true);
     canvas->listenerStrokeLearned += [this]() { on_event_stroke_learned(); };
     canvas->listenerStrokeRejected += [this]() { on_event_stroke_rejected(); };
     const unsigned int first = static_cast<unsigned int>(std::max(0LL, model->get_selected_index()));
@@ -147,6 +154,8 @@ void Window::ini() {
     buttonLearn = buttons->gen_button(QString::fromLatin1(ICON_STROKE), {});
     // A fixed width (see update_fonts): a label that followed its text would move the buttons
     // before it whenever the pinyin changes, and repeated clicks would miss.
+    labelDue = buttons->gen_label({}, QStringLiteral("due"));
+    labelDue->setVisible(false);
     labelPinyin = buttons->gen_label({}, QStringLiteral("pinyin"));
     labelPinyin->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
 
@@ -238,6 +247,12 @@ void Window::post_ini() {
     deferAutoPlay = false;
     scroller->ensure_visible(selected);
     GMainWindow::post_ini();
+    // Checking the history file takes longer than a frame: it waits until the window is seen.
+    QTimer::singleShot(0, this, [this]() {
+        const QString notice = recorder->open();
+        if (!notice.isEmpty()) ki::qt::GMessageBox::show_info(this, tt("Progress", "Fortschritt", "Прогресс"), notice);
+        update_progress_view();
+    });
 }
 
 void Window::on_index(int index) {
@@ -258,6 +273,7 @@ void Window::on_index(int index) {
     canvas->set_anim(anim.take());
     canvas->set_unicode(entry.unicode);
     control.select(static_cast<int>(canvas->get_anim().strokes.size()));
+    recorder->character_started(data.get_level().number, entry.unicode);
     // Also when the state did not change (same stroke count, same position): the slider may
     // have been moved by hand.
     show_progress(control.get_progress());
@@ -339,7 +355,10 @@ void Window::inc_sel_index(bool flagUp) {
     ki::pp("Window::inc_sel_index, flagUp:$", flagUp);
     const long long current = model->get_selected_index();
     long long next = current;
-    if (flagUp) {
+    if (options.reviewDue && recorder->is_open()) {
+        next = recorder->next_due_index(level_code_points(), static_cast<int>(current), flagUp ? -1 : 1);
+        if (next < 0 || next == current) return;
+    } else if (flagUp) {
         if (current <= 0) return;
         next = current - 1;
     } else {
@@ -350,6 +369,47 @@ void Window::inc_sel_index(bool flagUp) {
     scroller->ensure_visible(next);
     scroller->update_model();
     on_index(static_cast<int>(next));
+}
+
+std::vector<int> Window::level_code_points() const {
+    std::vector<int> codes;
+    codes.reserve(data.size());
+    for (unsigned int i = 0; i < data.size(); ++i) codes.push_back(data.unicode_at(i));
+    return codes;
+}
+
+unsigned int Window::aids_for_history() const {
+    const unsigned int aids = canvas->aids_shown();
+    unsigned int bits = 0;
+    if ((aids & LessonOptions::DRAW_OUTLINE) != 0) bits |= progress::AID_OUTLINE;
+    if ((aids & LessonOptions::DRAW_HELPER_CIRCLES) != 0) bits |= progress::AID_CIRCLES;
+    if (canvas->get_guide_grid() != LessonOptions::GRID_SQUARES) bits |= progress::AID_GRID;
+    return bits;
+}
+
+void Window::update_progress_view() {
+    labelDue->setVisible(options.reviewDue && recorder->is_open());
+    if (labelDue->isVisibleTo(this))
+        labelDue->setText(progress::ProgressPanel::due_count_text(recorder->due_count(level_code_points())));
+    scroller->update_model();
+}
+
+void Window::on_progress() {
+    if (!recorder->is_open()) return;
+    std::vector<ChinChar> chars;
+    for (unsigned int i = 0; i < data.size(); ++i) chars.push_back(data.appObject_at(i).chinChar);
+    auto* panel = new progress::ProgressPanel(*recorder->store(), std::move(chars), this);
+    panel->setAttribute(Qt::WA_DeleteOnClose);
+    panel->liSelect += [this](const int& code) {
+        const std::vector<int> codes = level_code_points();
+        const auto it = std::find(codes.begin(), codes.end(), code);
+        if (it == codes.end()) return;
+        const int index = static_cast<int>(it - codes.begin());
+        model->set_selected_index(index);
+        scroller->ensure_visible(index);
+        on_index(index);
+    };
+    panel->show();
 }
 
 QString Window::sound_path(int unicode) {
@@ -419,9 +479,14 @@ void Window::on_set_strokes_learned(int n) {
 }
 
 void Window::on_event_stroke_learned() {
+    recorder->trace(control.get_strokes_learned(), true, {}, canvas->get_r_circle(), aids_for_history());
     canvas->clear_path_mouse();
     control.stroke_accepted();
     const LessonState& state = control.state();
+    if (state.is_done()) {
+        recorder->completed(state.round);
+        update_progress_view();
+    }
     if (!state.is_complete()) {
         feedback.play(Feedback::ACCEPTED);
         if (state.is_done()) {
@@ -442,8 +507,11 @@ void Window::on_event_stroke_learned() {
 }
 
 void Window::on_event_stroke_rejected() {
+    recorder->trace(control.get_strokes_learned(), false, practice::reason_key(canvas->get_rejection().reason),
+                    canvas->get_r_circle(), aids_for_history());
     feedback.play(Feedback::REJECTED);
     if (!control.stroke_rejected(options.hintAfterMisses)) return;
+    recorder->hint_shown();
     const Anim& anim = canvas->get_anim();
     const int index = control.get_strokes_learned();
     if (index < 0 || index >= static_cast<int>(anim.strokes.size())) return;
@@ -521,6 +589,9 @@ void Window::apply_options(const LessonOptions& next) {
     options = next;
     canvas->set_draw_config(next.drawConfig);
     canvas->set_r_circle(next.rCircle);
+    canvas->set_strict(next.strictJudging);
+    canvas->set_stroke_numbers(next.strokeNumbers);
+    canvas->set_guide_grid(next.practiceGrid);
     if (next.showUnicode != before.showUnicode) {
         model->set_show_unicode(next.showUnicode);
         model->update_model();
@@ -531,6 +602,7 @@ void Window::apply_options(const LessonOptions& next) {
     control.set_mode_flags(next.modeFlags);
     control.set_rounds(next.practiceRounds ? 3 : 1);
     feedback.set_enabled(next.feedbackSounds);
+    if (labelDue != nullptr && next.reviewDue != before.reviewDue) update_progress_view();
     canvas->update();
 }
 
@@ -583,6 +655,7 @@ void Window::setup_base_hotkeys() {
     });
     const std::pair<const char*, std::function<void()>> practice[] = {
         {"Ctrl+R", [this]() { on_again(); }},
+        {"Ctrl+P", [this]() { on_progress(); }},
         {"Shift+Right", [this]() { on_step_stroke(true); }},
         {"Shift+Left", [this]() { on_step_stroke(false); }},
     };
@@ -613,7 +686,8 @@ void Window::on_menu_options_top(ki::qt::GMenu* menu) {
                                                       : data.appObject_at(static_cast<unsigned int>(selected))
                                                             .chinChar.character();
                                      WorksheetDialog::ask_and_write(this, character, data.get_level().number);
-                                 }});
+                                 },
+                                 [this]() { on_progress(); }});
 }
 
 void Window::on_menu_options_bottom(ki::qt::GMenu* menu) {

@@ -7,6 +7,8 @@
 #include <ki/qt/components/GenericSlider.h>
 
 #include <QTimer>
+#include <memory>
+#include <vector>
 
 #include "app/lesson/FeedbackSounds.h"
 #include "app/lesson/LessonOptions.h"
@@ -25,7 +27,10 @@ class GDataScroller;
 
 namespace morvel {
 class CanvasHanzi;
+namespace progress {
+class LessonRecorder;
 }
+}  // namespace morvel
 
 namespace morvel::prog2 {
 
@@ -82,6 +87,10 @@ public:
     /// Shows level `number` (1 .. 4) with its own selected character; a level whose files are
     /// missing gives a message and the level stays as it was. Returns whether it is shown.
     bool on_level(int number);
+    /// The progress panel of the current level (Ctrl+P); a click in it selects a character.
+    void on_progress();
+    /// The practice history; open once the window has been shown.
+    progress::LessonRecorder& get_recorder() { return *recorder; }
     /// Watch mode: the drawing moves to the end of the next stroke, or back to the start of the
     /// current one (hotkeys Shift+Right, Shift+Left), and holds there.
     void on_step_stroke(bool forward);
@@ -110,6 +119,12 @@ private:
     void show_progress(float progress);
     void update_translation(int index);
     void update_title();
+    /// The "12 due" label and the list marks, after the history changed.
+    void update_progress_view();
+    /// The code points of the current level in catalogue order.
+    std::vector<int> level_code_points() const;
+    /// The aids of the current round as history bits.
+    unsigned int aids_for_history() const;
     /// Replaces the catalogue by level `number`'s; false (logged) when it has no characters.
     bool load_level(int number);
     void update_fonts();
@@ -143,6 +158,8 @@ private:
     ki::qt::GSound* sound = nullptr;
     ki::qt::GSoundEffect* quietEffect = nullptr;
     FeedbackSounds feedback;
+    std::unique_ptr<progress::LessonRecorder> recorder;
+    ki::qt::GLabel* labelDue = nullptr;
     // The start-up selection's recording is played after the first frame (see post_ini).
     bool deferAutoPlay = false;
     bool autoPlayPending = false;

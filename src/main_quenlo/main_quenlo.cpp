@@ -14,8 +14,8 @@
 #include "app/Diagnostics.h"
 #include "app/Window.h"
 #include "app/morvel.h"
-#include "app/worksheet/WorksheetCli.h"
 #include "app/progress/ProgressCommand.h"
+#include "app/worksheet/WorksheetCli.h"
 
 namespace {
 

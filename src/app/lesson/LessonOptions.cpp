@@ -54,6 +54,7 @@ const Row ROWS[] = {
     {"practiceStrict", &LessonOptions::strictJudging},
     {"practiceGrid", &LessonOptions::practiceGrid, Fix::DEFAULT, LessonOptions::GRID_SQUARES, LessonOptions::GRID_MI},
     {"practiceRounds", &LessonOptions::practiceRounds},
+    {"practiceReviewDue", &LessonOptions::reviewDue},
 };
 // clang-format on
 

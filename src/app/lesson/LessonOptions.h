@@ -54,6 +54,8 @@ struct LessonOptions {
     int practiceGrid = GRID_SQUARES;
     /// Three rounds per character, with fewer aids each round.
     bool practiceRounds = false;
+    /// Next and previous (buttons, keys, "next when done") go to the next due character.
+    bool reviewDue = false;
 
     bool operator==(const LessonOptions&) const = default;
 

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "app/Level.h"
+#include "app/practice/PracticeTexts.h"
 #include "app/stroke/ControlAnim.h"
 #include "app/worksheet/WorksheetDialog.h"
 
@@ -58,26 +59,27 @@ void gen_values(GMenu* menu, const OptionsMenuHost& host, const QString& title, 
 }
 
 void fill_practice_menu(GMenu* menu, const OptionsMenuHost& host) {
-    GMenu* practice = menu->gen_sub_menu(tt("Practice", "Üben", "Практика"));
-    gen_choice(practice, host, tt("Hint after misses", "Hilfe nach Fehlversuchen", "Подсказка после ошибок"),
-               &LessonOptions::hintAfterMisses,
-               {{0, tt("Off", "Aus", "Выкл.")}, {1, QStringLiteral("1")}, {2, QStringLiteral("2")},
-                {3, QStringLiteral("3")}, {5, QStringLiteral("5")}});
-    gen_flag(practice, host, tt("Feedback sounds", "Rückmeldetöne", "Звуковые сигналы"),
-             &LessonOptions::feedbackSounds);
-    gen_flag(practice, host, tt("Stroke numbers", "Strichnummern", "Номера черт"), &LessonOptions::strokeNumbers);
-    gen_flag(practice, host, tt("Next character when done", "Danach nächstes Zeichen", "Затем следующий иероглиф"),
-             &LessonOptions::nextWhenDone);
-    gen_flag(practice, host, tt("Strict judging", "Strenge Bewertung", "Строгая проверка"),
-             &LessonOptions::strictJudging);
-    gen_choice(practice, host, tt("Practice grid", "Übungsraster", "Сетка для письма"), &LessonOptions::practiceGrid,
-               {{LessonOptions::GRID_SQUARES, tt("Squares", "Kästchen", "Клетки")},
-                {LessonOptions::GRID_TIAN, tt("Tian 田", "Tian 田", "Тянь 田")},
-                {LessonOptions::GRID_MI, tt("Mi 米", "Mi 米", "Ми 米")}});
-    gen_flag(practice, host, tt("Practice rounds", "Übungsrunden", "Раунды практики"),
-             &LessonOptions::practiceRounds);
+    using practice::label_text;
+    using L = practice::PracticeLabel;
+    GMenu* practice = menu->gen_sub_menu(label_text(L::MENU));
+    std::vector<std::pair<int, QString>> hints;
+    for (const int value : practice::HINT_AFTER_MISSES_VALUES)
+        hints.emplace_back(value, value == 0 ? label_text(L::HINT_OFF) : QString::number(value));
+    gen_choice(practice, host, label_text(L::HINT_AFTER_MISSES), &LessonOptions::hintAfterMisses, hints);
+    gen_flag(practice, host, label_text(L::FEEDBACK_SOUNDS), &LessonOptions::feedbackSounds);
+    gen_flag(practice, host, label_text(L::STROKE_NUMBERS), &LessonOptions::strokeNumbers);
+    gen_flag(practice, host, label_text(L::NEXT_WHEN_DONE), &LessonOptions::nextWhenDone);
+    gen_flag(practice, host, label_text(L::STRICT_JUDGING), &LessonOptions::strictJudging);
+    gen_choice(practice, host, label_text(L::PRACTICE_GRID), &LessonOptions::practiceGrid,
+               {{LessonOptions::GRID_SQUARES, label_text(L::GRID_SQUARES)},
+                {LessonOptions::GRID_TIAN, label_text(L::GRID_TIAN)},
+                {LessonOptions::GRID_MI, label_text(L::GRID_MI)}});
+    gen_flag(practice, host, label_text(L::PRACTICE_ROUNDS), &LessonOptions::practiceRounds);
+    gen_flag(practice, host,
+             tt("Review due characters", "Fällige Zeichen wiederholen", "Повторять иероглифы по расписанию"),
+             &LessonOptions::reviewDue);
     practice->gen_separator();
-    practice->gen_action(tt("Again", "Noch einmal", "Ещё раз"), [host]() { host.again(); });
+    practice->gen_action(label_text(L::AGAIN), [host]() { host.again(); });
 }
 
 }  // namespace
@@ -120,6 +122,7 @@ void fill_options_menu_top(GMenu* menu, const OptionsMenuHost& host) {
         levels->gen_action(label, true, host.options().level == number, [host, number]() { host.level(number); });
     }
     menu->gen_action(WorksheetDialog::menu_text(), [host]() { host.worksheet(); });
+    menu->gen_action(tt("Progress…", "Fortschritt…", "Прогресс…"), [host]() { host.progress(); });
     menu->gen_separator();
 }
 

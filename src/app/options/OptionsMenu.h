@@ -24,6 +24,8 @@ struct OptionsMenuHost {
     std::function<void(int)> level;
     /// Asks for and writes a worksheet.
     std::function<void()> worksheet;
+    /// Opens the progress panel.
+    std::function<void()> progress;
 };
 
 /// Tolerance radii and drawing speeds the menu offers.

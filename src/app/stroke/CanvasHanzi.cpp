@@ -6,13 +6,21 @@
 
 #include <QMouseEvent>
 #include <QPainter>
+#include <QTimer>
 #include <QVariant>
 #include <algorithm>
 #include <cmath>
 #include <glm/mat3x3.hpp>
 #include <glm/matrix.hpp>
 
+#include "app/practice/PracticeMarkers.h"
+#include "app/practice/PracticeTexts.h"
+#include "app/practice/TraceClassifier.h"
+#include "app/worksheet/GuideGrid.h"
+
 namespace morvel {
+
+using practice::PracticeMarkers;
 
 namespace {
 
@@ -54,6 +62,23 @@ void CanvasHanzi::set_anim(Anim newAnim) {
         totalLength += stroke.pathAnim.get_length();
     }
     judge.clear();
+    rejection = {};
+    markerShown = false;
+    update();
+}
+
+void CanvasHanzi::set_stroke_numbers(bool on) {
+    strokeNumbers = on;
+    update();
+}
+
+void CanvasHanzi::set_captions(bool on) {
+    captions = on;
+    update();
+}
+
+void CanvasHanzi::set_guide_grid(int grid) {
+    guideGrid = grid;
     update();
 }
 
@@ -106,6 +131,8 @@ bool CanvasHanzi::is_hieroglyphe_drawn() const {
 
 void CanvasHanzi::clear_path_mouse() {
     judge.clear();
+    rejection = {};
+    markerShown = false;
     update();
 }
 
@@ -158,11 +185,38 @@ void CanvasHanzi::draw(ki::qt::GPC& gpc, const ki::math::Rect& rect) {
     gpc.save();
     gpc.set_anti_alias(true);
     gpc.set_matrix(anim_matrix(rect), true);
-    if (is_learn_mode())
+    if (guideGrid != prog2::LessonOptions::GRID_SQUARES) {
+        GuideGridStyle style;
+        style.color = colors.colorGrid;
+        style.frameWidth = 4.0f;
+        style.lineWidth = 3.0f;
+        draw_guide_grid(gpc, get_view_box(), guideGrid == prog2::LessonOptions::GRID_MI ? GuideGrid::MI : GuideGrid::TIAN,
+                        style);
+    }
+    if (is_learn_mode()) {
         draw_learning(gpc);
-    else
+        if (markerShown) PracticeMarkers::paint_rejection(gpc, anim, rejection, colors, rCircle);
+    } else {
         draw_standard(gpc);
+        if (strokeNumbers) PracticeMarkers::paint_stroke_numbers(gpc, anim, colors);
+    }
     gpc.restore();
+    if (captions) draw_captions(gpc, rect);
+}
+
+void CanvasHanzi::draw_captions(ki::qt::GPC& gpc, const ki::math::Rect& rect) const {
+    using Corner = PracticeMarkers::Corner;
+    if (!is_learn_mode()) {
+        PracticeMarkers::paint_caption(gpc, rect, practice::counter_watch_text(), colors, Corner::TOP_LEFT);
+        return;
+    }
+    const prog2::LessonState& state = lesson->state();
+    QString counter = state.is_complete() ? practice::counter_done_text()
+                                          : practice::counter_stroke_text(state.strokesLearned, state.strokeCount);
+    if (state.rounds > 1 && !state.is_complete())
+        counter = practice::counter_round_text(state.round, state.rounds) + QStringLiteral(" · ") + counter;
+    PracticeMarkers::paint_caption(gpc, rect, counter, colors, Corner::TOP_LEFT);
+    PracticeMarkers::paint_caption(gpc, rect, practice::reason_text(rejection), colors, Corner::BOTTOM_LEFT);
 }
 
 void CanvasHanzi::draw_background(ki::qt::GPC& gpc, const ki::math::Rect& rect) {
@@ -240,7 +294,7 @@ void CanvasHanzi::draw_learning(ki::qt::GPC& gpc) const {
         for (const QPainterPath& line : centreLines) gpc.stroke_path(line, pen);
     }
     const int learned = get_strokes_learned();
-    if (learned > 0 && learned <= count) fill_outlines(gpc, learned, QColor(Qt::green));
+    if (learned > 0 && learned <= count) fill_outlines(gpc, learned, colors.colorDone);
     const float hint = lesson->state().hint;
     if (hint >= 0.0f && learned < count) {
         const size_t index = static_cast<size_t>(learned);
@@ -249,23 +303,13 @@ void CanvasHanzi::draw_learning(ki::qt::GPC& gpc) const {
     }
     const ki::math::Path& trace = judge.get_path();
     if (!trace.is_empty()) {
-        const QColor& color = judge.get_errors() == 0 ? colors.colorTraceGood : colors.colorTraceBad;
+        const bool clean = judge.get_errors() == 0 && !rejection.is_rejected();
+        const QColor& color = clean ? colors.colorTraceGood : colors.colorTraceBad;
         gpc.stroke_path(ki::qt::GPC::math_path_to_painter_path(trace), round_pen(color, WIDTH_INK));
     }
     const AnimStroke* stroke = current_stroke();
-    if ((aids & DRAW_HELPER_CIRCLES) != 0 && stroke != nullptr) {
-        // Smaller than the acceptance radius on purpose: they mark where, not how far.
-        const float radius = static_cast<float>(rCircle / 4);
-        const float dot = static_cast<float>(rCircle / 10);
-        const float width = static_cast<float>(widthCircle);
-        const glm::vec2 start = stroke->pathAnim.point_start();
-        const glm::vec2 end = stroke->pathAnim.point_end();
-        gpc.draw_circle(start, radius, colors.colorCircleStart, width, Qt::SolidLine,
-                        ki::qt::LINE_MODE_GEOMETRIC);
-        gpc.fill_circle(start, dot, colors.colorCircleStart);
-        gpc.draw_circle(end, radius, colors.colorCircleEnd, width, Qt::SolidLine,
-                        ki::qt::LINE_MODE_GEOMETRIC);
-    }
+    if ((aids & DRAW_HELPER_CIRCLES) != 0 && stroke != nullptr)
+        PracticeMarkers::paint_helper_circles(gpc, *stroke, colors, rCircle, widthCircle);
 }
 
 void CanvasHanzi::mousePressEvent(QMouseEvent* ev) {
@@ -278,6 +322,8 @@ void CanvasHanzi::mousePressEvent(QMouseEvent* ev) {
         return;
     }
     judge.press(map_mouse_point_to_anim(ev->position().toPoint()), *stroke, rCircle);
+    rejection = {};
+    markerShown = false;
     // A trace belongs to the canvas; it must not reach the window's swipe handling too.
     ev->accept();
     update();
@@ -300,8 +346,26 @@ void CanvasHanzi::mouseReleaseEvent(QMouseEvent* ev) {
     if (ev->button() != Qt::LeftButton) return;
     const AnimStroke* stroke = current_stroke();
     if (stroke == nullptr) return;
-    const StrokeJudge::Verdict verdict =
-        judge.release(map_mouse_point_to_anim(ev->position().toPoint()), *stroke, rCircle);
+    const glm::vec2 point = map_mouse_point_to_anim(ev->position().toPoint());
+    StrokeJudge::Verdict verdict = judge.release(point, *stroke, rCircle);
+    const int index = get_strokes_learned();
+    if (verdict == StrokeJudge::Verdict::REJECTED) {
+        rejection = practice::TraceClassifier::classify(
+            anim, index, practice::TraceClassifier::samples_of(judge.get_path(), point), rCircle);
+    } else if (verdict == StrokeJudge::Verdict::ACCEPTED && strict) {
+        rejection = practice::TraceClassifier::judge_strict(
+            anim, index, practice::TraceClassifier::samples_of(judge.get_path(), point), rCircle);
+        if (rejection.is_rejected()) verdict = StrokeJudge::Verdict::REJECTED;
+    }
+    markerShown = rejection.is_rejected();
+    if (rejection.reason == practice::Reason::WRONG_STROKE) {
+        const int count = ++rejectionCount;
+        QTimer::singleShot(WRONG_STROKE_MARK_MS, this, [this, count]() {
+            if (count != rejectionCount) return;
+            markerShown = false;
+            update();
+        });
+    }
     if (verdict == StrokeJudge::Verdict::ACCEPTED && listenerStrokeLearned.has_listener())
         listenerStrokeLearned.fire_event();
     if (verdict == StrokeJudge::Verdict::REJECTED && listenerStrokeRejected.has_listener())

@@ -16,6 +16,7 @@
 #include <vector>
 
 #include "app/lesson/LessonOptions.h"
+#include "app/practice/Rejection.h"
 #include "app/stroke/Anim.h"
 #include "app/stroke/CanvasColors.h"
 #include "app/stroke/ControlAnim.h"
@@ -71,8 +72,22 @@ public:
     const CanvasColors& get_colors() const { return colors; }
 
     unsigned int get_draw_config() const { return drawConfig; }
+    /// The aids of drawConfig that the current practice round still shows.
+    unsigned int aids_shown() const;
+    int get_guide_grid() const { return guideGrid; }
     void set_draw_config(unsigned int config);
     void set_draw_config_bits(unsigned int bits, bool on);
+    /// Practice aids: strict judging, stroke numbers in watch mode, the guide grid in the
+    /// character's box (LessonOptions::Grid).
+    void set_strict(bool on) { strict = on; }
+    void set_stroke_numbers(bool on);
+    void set_guide_grid(int grid);
+    /// The mode and stroke counter in a corner, and the reason of a rejected trace.
+    void set_captions(bool on);
+    /// Why the last trace was rejected; NONE after an accepted trace and from the next press.
+    const practice::Rejection& get_rejection() const { return rejection; }
+    /// How long the outline of a wrongly traced later stroke stays up.
+    static constexpr int WRONG_STROKE_MARK_MS = 1500;
     /// Tolerance radius of tracing, in character units; values below 1 are refused.
     int get_r_circle() const { return rCircle; }
     void set_r_circle(int radius);
@@ -118,10 +133,11 @@ private:
     const AnimStroke* current_stroke() const;
     void draw_background(ki::qt::GPC& gpc, const ki::math::Rect& rect);
     void fill_outlines(ki::qt::GPC& gpc, int count, const QColor& color) const;
+    /// The counter and the reason of a rejection, in widget pixels.
+    void draw_captions(ki::qt::GPC& gpc, const ki::math::Rect& rect) const;
     /// Stroke `index` inked along its centre line up to `length`, inside its outline.
     void ink_stroke(ki::qt::GPC& gpc, size_t index, float length, const QPen& ink) const;
-    /// The aids of drawConfig that the current practice round still shows.
-    unsigned int aids_shown() const;
+
 
     Anim anim;
     // Built once per Anim, so a frame converts no geometry.
@@ -140,6 +156,14 @@ private:
     int widthCircle = 6;
     unsigned int drawConfig = 0;
     StrokeJudge judge;
+    bool strict = false;
+    bool strokeNumbers = false;
+    int guideGrid = 0;
+    bool captions = false;
+    practice::Rejection rejection;
+    // A wrong-stroke marker goes after a while; the count tells a late timer from a current one.
+    bool markerShown = false;
+    int rejectionCount = 0;
 
     // Background and grid of the last size, rebuilt when size, colours or switches change.
     QPixmap background;

@@ -1,0 +1,80 @@
+#include "app/progress/LessonRecorder.h"
+
+#include "app/progress/ProgressPanel.h"
+#include "app/progress/ProgressStore.h"
+
+namespace morvel::progress {
+
+LessonRecorder::LessonRecorder() = default;
+LessonRecorder::~LessonRecorder() = default;
+
+QString LessonRecorder::open(const QString& folder) {
+    history = std::make_unique<ProgressStore>();
+    history->open(folder.isEmpty() ? ProgressStore::default_folder() : folder);
+    const ProgressStore::Notice notice = history->take_notice();
+    return notice == ProgressStore::Notice::NONE ? QString()
+                                                 : ProgressPanel::notice_text(notice, history->notice_path(notice));
+}
+
+bool LessonRecorder::is_open() const {
+    return history != nullptr && history->status() != ProgressStore::Status::CLOSED &&
+           history->status() != ProgressStore::Status::UNAVAILABLE;
+}
+
+void LessonRecorder::character_started(int levelNumber, int code) {
+    level = levelNumber;
+    codePoint = code;
+    misses = 0;
+    hintShown = false;
+    clock.start();
+}
+
+void LessonRecorder::trace(int strokeIndex, bool accepted, const QString& reason, int tolerance,
+                           unsigned int aids) {
+    if (!accepted) ++misses;
+    if (history == nullptr || !history->is_recording()) return;
+    TraceRecord record;
+    record.level = level;
+    record.codePoint = codePoint;
+    record.strokeIndex = strokeIndex;
+    record.accepted = accepted;
+    record.reason = reason;
+    record.tolerance = tolerance;
+    record.aids = aids;
+    record.hintShown = hintShown;
+    history->record_trace(record);
+}
+
+void LessonRecorder::completed(int round) {
+    if (history != nullptr && history->is_recording()) {
+        CompletionRecord record;
+        record.level = level;
+        record.codePoint = codePoint;
+        record.seconds = clock.isValid() ? static_cast<double>(clock.elapsed()) / 1000.0 : 0.0;
+        record.misses = misses;
+        record.round = round;
+        history->record_completion(record);
+    }
+    // A further round counts its own misses and time.
+    misses = 0;
+    hintShown = false;
+    clock.start();
+}
+
+Mastery LessonRecorder::mastery(int code) const {
+    return is_open() ? history->mastery(code) : Mastery::NEW;
+}
+
+bool LessonRecorder::is_due(int code) const {
+    return is_open() && history->is_due(code);
+}
+
+int LessonRecorder::due_count(const std::vector<int>& codePoints) const {
+    return is_open() ? static_cast<int>(history->due_among(codePoints).size()) : 0;
+}
+
+int LessonRecorder::next_due_index(const std::vector<int>& codePoints, int from, int step) const {
+    return is_open() ? history->next_due_index(codePoints, from, step) : -1;
+}
+
+}  // namespace morvel::progress

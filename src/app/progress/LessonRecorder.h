@@ -1,0 +1,52 @@
+#pragma once
+// Learn mode's link to the practice history: it opens the store once the window is on screen,
+// turns judged traces and finished characters into records, and answers what the list and the
+// review navigation ask (mastery, due characters). Without a store (still closed, folder not
+// writable) it records nothing and practice goes on.
+
+#include <QElapsedTimer>
+#include <QString>
+#include <memory>
+#include <vector>
+
+#include "app/progress/ProgressTypes.h"
+
+namespace morvel::progress {
+
+class ProgressStore;
+
+class LessonRecorder {
+public:
+    LessonRecorder();
+    ~LessonRecorder();
+
+    /// Opens the history in `folder` (the application data folder when empty). Returns the
+    /// text of a one-time notice for the learner, empty when there is none.
+    QString open(const QString& folder = {});
+    bool is_open() const;
+    ProgressStore* store() { return history.get(); }
+
+    /// A new character is shown: its clock, misses and hint start afresh.
+    void character_started(int level, int codePoint);
+    void hint_shown() { hintShown = true; }
+    /// A judged trace of stroke `strokeIndex`; `reason` is a rejection key or empty.
+    void trace(int strokeIndex, bool accepted, const QString& reason, int tolerance, unsigned int aids);
+    /// The last stroke of practice round `round` was accepted.
+    void completed(int round);
+
+    Mastery mastery(int codePoint) const;
+    bool is_due(int codePoint) const;
+    int due_count(const std::vector<int>& codePoints) const;
+    /// The index in `codePoints` of the next due character after `from` (`step` +1 or -1), or -1.
+    int next_due_index(const std::vector<int>& codePoints, int from, int step) const;
+
+private:
+    std::unique_ptr<ProgressStore> history;
+    QElapsedTimer clock;
+    int level = 1;
+    int codePoint = 0;
+    int misses = 0;
+    bool hintShown = false;
+};
+
+}  // namespace morvel::progress
