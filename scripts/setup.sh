@@ -15,6 +15,7 @@ PACKAGES=(
   libglm-dev libgtest-dev libgmock-dev
   fonts-noto-cjk gstreamer1.0-plugins-good
   xvfb xauth
+  dpkg-dev desktop-file-utils appstream lintian man-db  # make and check the Debian package
 )
 command -v node >/dev/null 2>&1 || PACKAGES+=(nodejs)
 command -v npm >/dev/null 2>&1 || PACKAGES+=(npm)
