@@ -3,7 +3,7 @@
 #   check.sh build <build-dir> <out-dir>   make the package from the build tree with cpack
 #   check.sh desktop <file.desktop>        desktop-file-validate
 #   check.sh metainfo <file.xml> <version> appstreamcli; the newest release is <version>
-#   check.sh manpage <file.1>              man --warnings
+#   check.sh manpage <file.1> <version>    man --warnings; the title names <version>
 #   check.sh lintian|contents|install <out-dir>
 # Exits 77 (reported by ctest as skipped) when a tool or the package is missing.
 set -euo pipefail
@@ -45,6 +45,7 @@ manpage)
   need man
   out=$(MANWIDTH=80 man --warnings -E UTF-8 -l "$1" 2>&1 >/dev/null)
   [[ -z "$out" ]] || fail "$out"
+  grep -q "^\.TH QUENLO 1 .* \"quenlo $2\"" "$1" || fail "the page's title line does not name version $2"
   ;;
 lintian)
   need lintian

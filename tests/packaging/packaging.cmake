@@ -9,7 +9,7 @@ add_test(NAME package_build COMMAND ${QUENLO_PACKAGING_CHECK} build ${CMAKE_CURR
 add_test(NAME package_desktop_entry COMMAND ${QUENLO_PACKAGING_CHECK} desktop ${QUENLO_DIST}/${QUENLO_APP_ID}.desktop)
 add_test(NAME package_metainfo COMMAND ${QUENLO_PACKAGING_CHECK} metainfo
   ${QUENLO_DIST}/${QUENLO_APP_ID}.metainfo.xml ${PROJECT_VERSION})
-add_test(NAME package_manpage COMMAND ${QUENLO_PACKAGING_CHECK} manpage ${QUENLO_DIST}/quenlo.1)
+add_test(NAME package_manpage COMMAND ${QUENLO_PACKAGING_CHECK} manpage ${QUENLO_DIST}/quenlo.1 ${PROJECT_VERSION})
 set(QUENLO_PACKAGING_TESTS package_build package_desktop_entry package_metainfo package_manpage)
 foreach(check lintian contents install)
   add_test(NAME package_${check} COMMAND ${QUENLO_PACKAGING_CHECK} ${check} ${QUENLO_PACKAGING_OUT})
