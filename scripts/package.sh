@@ -9,7 +9,7 @@ BUILD_DIR=build-package
 # Debian's hardening and reproducibility flags, as a Debian build of the package would use;
 # they only count when the tree is configured for the first time.
 if command -v dpkg-buildflags >/dev/null; then
-  eval "$(dpkg-buildflags --export=sh)"
+  eval "$(DEB_BUILD_MAINT_OPTIONS=hardening=+all dpkg-buildflags --export=sh)"
   export CXXFLAGS="$CPPFLAGS $CXXFLAGS"  # CMake does not read CPPFLAGS
 fi
 scripts/setup.sh "$BUILD_DIR" -DCMAKE_BUILD_TYPE=Release -DQUENLO_BUILD_TESTS=OFF "$@"
