@@ -8,10 +8,9 @@ cd "$(dirname "$0")/.."
 BUILD_DIR=build-package
 # Debian's hardening and reproducibility flags, as a Debian build of the package would use;
 # they only count when the tree is configured for the first time.
-if command -v dpkg-buildflags >/dev/null; then
-  eval "$(DEB_BUILD_MAINT_OPTIONS=hardening=+all dpkg-buildflags --export=sh)"
-  export CXXFLAGS="$CPPFLAGS $CXXFLAGS"  # CMake does not read CPPFLAGS
-fi
+scripts/install-debs.sh dpkg-dev
+eval "$(DEB_BUILD_MAINT_OPTIONS=hardening=+all dpkg-buildflags --export=sh)"
+export CXXFLAGS="$CPPFLAGS $CXXFLAGS"  # CMake does not read CPPFLAGS
 scripts/setup.sh "$BUILD_DIR" -DCMAKE_BUILD_TYPE=Release -DQUENLO_BUILD_TESTS=OFF "$@"
 cmake --build "$BUILD_DIR" --target quenlo
 (cd "$BUILD_DIR" && cpack -G DEB)
