@@ -18,6 +18,7 @@ PACKAGES=(
   fonts-noto-cjk gstreamer1.0-plugins-good
   xvfb xauth
   poppler-utils
+  dpkg-dev desktop-file-utils appstream lintian man-db  # make and check the Debian package
 )
 command -v node >/dev/null 2>&1 || PACKAGES+=(nodejs)
 command -v npm >/dev/null 2>&1 || PACKAGES+=(npm)
