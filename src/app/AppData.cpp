@@ -31,6 +31,24 @@ bool AppData::less_file_name(const QString& a, const QString& b) {
     return a < b;
 }
 
+bool AppData::switch_to(const Level& next) {
+    AppData other(next);
+    if (next.is_valid()) other.load();
+    if (other.empty()) {
+        ki::pp_error("AppData::switch_to, level:$ has no characters", next.number);
+        return false;
+    }
+    *this = std::move(other);
+    return true;
+}
+
+std::vector<int> AppData::code_points() const {
+    std::vector<int> codes;
+    codes.reserve(entries.size());
+    for (const AppObject& entry : entries) codes.push_back(entry.unicode);
+    return codes;
+}
+
 void AppData::load() {
     if (!entries.empty()) {
         ki::pp_error("AppData::load, already called");

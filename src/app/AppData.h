@@ -32,6 +32,11 @@ public:
 
     /// Lists the directory and joins every stroke file with its level row. Called once.
     void load();
+    /// Replaces the catalogue by `next`'s; false (logged, nothing changed) when that level has
+    /// no characters.
+    bool switch_to(const Level& next);
+    /// The code points in catalogue order.
+    std::vector<int> code_points() const;
 
     unsigned int size() const { return static_cast<unsigned int>(entries.size()); }
     bool empty() const { return entries.empty(); }

@@ -51,6 +51,11 @@ constexpr const char* ICON_SHOW = "^icons/show.svg";
 constexpr const char* QUIET_CLIP = ":/wb/shared-res/sounds/quiet.wav";
 constexpr const char* WEB_ADDRESS = "https://qlo.de/quenlo";
 
+// The aids the learner sees now, as the practice history counts them.
+unsigned int history_aids(const CanvasHanzi& canvas) {
+    return progress::LessonRecorder::aids_of(canvas.aids_shown(), canvas.get_guide_grid() != LessonOptions::GRID_SQUARES);
+}
+
 void banner(const char* title) {
     ki::pp("***********************************");
     ki::pp(title);
@@ -272,7 +277,9 @@ void Window::on_index(int index) {
     canvas->clear_path_mouse();
     canvas->set_anim(anim.take());
     canvas->set_unicode(entry.unicode);
-    control.select(static_cast<int>(canvas->get_anim().strokes.size()));
+    std::vector<float> lengths;
+    for (const AnimStroke& stroke : canvas->get_anim().strokes) lengths.push_back(stroke.pathAnim.get_length());
+    control.select(std::move(lengths));
     recorder->character_started(data.get_level().number, entry.unicode);
     // Also when the state did not change (same stroke count, same position): the slider may
     // have been moved by hand.
@@ -306,22 +313,11 @@ void Window::update_title() {
                    tt("Level %1", "Stufe %1", "Уровень %1").arg(data.get_level().number));
 }
 
-bool Window::load_level(int number) {
-    AppData next(Level::shipped(number));
-    if (next.get_level().is_valid()) next.load();
-    if (next.empty()) {
-        ki::pp_error("Window::load_level, level:$ has no characters", number);
-        return false;
-    }
-    data = std::move(next);
-    return true;
-}
-
 bool Window::on_level(int number) {
     const int current = data.get_level().number;
     if (number == current) return true;
     LessonOptions next = get_options();
-    if (!load_level(number)) {
+    if (!data.switch_to(Level::shipped(number))) {
         ki::qt::GMessageBox::show_warning(
             this, tt("Level", "Stufe", "Уровень"),
             tt("The characters of level %1 could not be loaded. Level %2 stays.",
@@ -356,7 +352,7 @@ void Window::inc_sel_index(bool flagUp) {
     const long long current = model->get_selected_index();
     long long next = current;
     if (options.reviewDue && recorder->is_open()) {
-        next = recorder->next_due_index(level_code_points(), static_cast<int>(current), flagUp ? -1 : 1);
+        next = recorder->next_due_index(data.code_points(), static_cast<int>(current), flagUp ? -1 : 1);
         if (next < 0 || next == current) return;
     } else if (flagUp) {
         if (current <= 0) return;
@@ -371,26 +367,10 @@ void Window::inc_sel_index(bool flagUp) {
     on_index(static_cast<int>(next));
 }
 
-std::vector<int> Window::level_code_points() const {
-    std::vector<int> codes;
-    codes.reserve(data.size());
-    for (unsigned int i = 0; i < data.size(); ++i) codes.push_back(data.unicode_at(i));
-    return codes;
-}
-
-unsigned int Window::aids_for_history() const {
-    const unsigned int aids = canvas->aids_shown();
-    unsigned int bits = 0;
-    if ((aids & LessonOptions::DRAW_OUTLINE) != 0) bits |= progress::AID_OUTLINE;
-    if ((aids & LessonOptions::DRAW_HELPER_CIRCLES) != 0) bits |= progress::AID_CIRCLES;
-    if (canvas->get_guide_grid() != LessonOptions::GRID_SQUARES) bits |= progress::AID_GRID;
-    return bits;
-}
-
 void Window::update_progress_view() {
     labelDue->setVisible(options.reviewDue && recorder->is_open());
     if (labelDue->isVisibleTo(this))
-        labelDue->setText(progress::ProgressPanel::due_count_text(recorder->due_count(level_code_points())));
+        labelDue->setText(progress::ProgressPanel::due_count_text(recorder->due_count(data.code_points())));
     scroller->update_model();
 }
 
@@ -401,7 +381,7 @@ void Window::on_progress() {
     auto* panel = new progress::ProgressPanel(*recorder->store(), std::move(chars), this);
     panel->setAttribute(Qt::WA_DeleteOnClose);
     panel->liSelect += [this](const int& code) {
-        const std::vector<int> codes = level_code_points();
+        const std::vector<int> codes = data.code_points();
         const auto it = std::find(codes.begin(), codes.end(), code);
         if (it == codes.end()) return;
         const int index = static_cast<int>(it - codes.begin());
@@ -479,7 +459,7 @@ void Window::on_set_strokes_learned(int n) {
 }
 
 void Window::on_event_stroke_learned() {
-    recorder->trace(control.get_strokes_learned(), true, {}, canvas->get_r_circle(), aids_for_history());
+    recorder->trace(control.get_strokes_learned(), true, {}, canvas->get_r_circle(), history_aids(*canvas));
     canvas->clear_path_mouse();
     control.stroke_accepted();
     const LessonState& state = control.state();
@@ -508,46 +488,14 @@ void Window::on_event_stroke_learned() {
 
 void Window::on_event_stroke_rejected() {
     recorder->trace(control.get_strokes_learned(), false, practice::reason_key(canvas->get_rejection().reason),
-                    canvas->get_r_circle(), aids_for_history());
+                    canvas->get_r_circle(), history_aids(*canvas));
     feedback.play(Feedback::REJECTED);
-    if (!control.stroke_rejected(options.hintAfterMisses)) return;
-    recorder->hint_shown();
-    const Anim& anim = canvas->get_anim();
-    const int index = control.get_strokes_learned();
-    if (index < 0 || index >= static_cast<int>(anim.strokes.size())) return;
-    // As fast along the stroke as watch mode draws: the step is a share of the whole character.
-    float total = 0.0f;
-    for (const AnimStroke& stroke : anim.strokes) total += stroke.pathAnim.get_length();
-    const float length = anim.strokes[static_cast<size_t>(index)].pathAnim.get_length();
-    control.start_hint(length > 0.0f ? total / length : 1.0f);
+    if (control.stroke_rejected(options.hintAfterMisses)) recorder->hint_shown();
 }
 
 void Window::on_again() {
     canvas->clear_path_mouse();
     control.restart();
-}
-
-void Window::on_step_stroke(bool forward) {
-    const Anim& anim = canvas->get_anim();
-    float total = 0.0f;
-    for (const AnimStroke& stroke : anim.strokes) total += stroke.pathAnim.get_length();
-    if (total <= 0.0f || control.is_mode_bit(MODE_LEARN)) return;
-    // The stroke ends in percent of the whole; the slack lets a position just short of an end
-    // (float sums) count as that end.
-    constexpr float SLACK = 0.01f;
-    const float now = control.get_progress();
-    float target = forward ? 100.0f : 0.0f;
-    float acc = 0.0f;
-    for (const AnimStroke& stroke : anim.strokes) {
-        acc += stroke.pathAnim.get_length();
-        const float end = acc / total * 100.0f;
-        if (forward && end > now + SLACK) {
-            target = end;
-            break;
-        }
-        if (!forward && end < now - SLACK) target = end;
-    }
-    control.hold_at(target);
 }
 
 void Window::on_toggle_list() {
@@ -618,7 +566,7 @@ void Window::restore_state() {
     if (model == nullptr) return;
     LessonOptions stored = LessonOptions::load(nWin);
     if (stored.level != data.get_level().number) {
-        if (load_level(stored.level)) {
+        if (data.switch_to(Level::shipped(stored.level))) {
             scroller->update_model();
             update_fonts();
         } else {
@@ -656,8 +604,8 @@ void Window::setup_base_hotkeys() {
     const std::pair<const char*, std::function<void()>> practice[] = {
         {"Ctrl+R", [this]() { on_again(); }},
         {"Ctrl+P", [this]() { on_progress(); }},
-        {"Shift+Right", [this]() { on_step_stroke(true); }},
-        {"Shift+Left", [this]() { on_step_stroke(false); }},
+        {"Shift+Right", [this]() { control.step_stroke(true); }},
+        {"Shift+Left", [this]() { control.step_stroke(false); }},
     };
     for (const auto& [keys, handler] : practice)
         connect(gen_action(QString::fromLatin1(keys)), &QAction::triggered, this, handler);

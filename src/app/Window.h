@@ -91,9 +91,6 @@ public:
     void on_progress();
     /// The practice history; open once the window has been shown.
     progress::LessonRecorder& get_recorder() { return *recorder; }
-    /// Watch mode: the drawing moves to the end of the next stroke, or back to the start of the
-    /// current one (hotkeys Shift+Right, Shift+Left), and holds there.
-    void on_step_stroke(bool forward);
     /// Lets the character list be dragged vertically anywhere inside it.
     void ini_filter_global_mouse();
     /// Debugging aids (Ctrl+Alt+1, Ctrl+Alt+2), see Diagnostics.
@@ -121,12 +118,6 @@ private:
     void update_title();
     /// The "12 due" label and the list marks, after the history changed.
     void update_progress_view();
-    /// The code points of the current level in catalogue order.
-    std::vector<int> level_code_points() const;
-    /// The aids of the current round as history bits.
-    unsigned int aids_for_history() const;
-    /// Replaces the catalogue by level `number`'s; false (logged) when it has no characters.
-    bool load_level(int number);
     void update_fonts();
     void update_list_width();
     void retranslate();

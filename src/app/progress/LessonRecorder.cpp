@@ -1,5 +1,6 @@
 #include "app/progress/LessonRecorder.h"
 
+#include "app/lesson/LessonOptions.h"
 #include "app/progress/ProgressPanel.h"
 #include "app/progress/ProgressStore.h"
 
@@ -59,6 +60,14 @@ void LessonRecorder::completed(int round) {
     misses = 0;
     hintShown = false;
     clock.start();
+}
+
+unsigned int LessonRecorder::aids_of(unsigned int drawAids, bool guideGrid) {
+    using prog2::LessonOptions;
+    unsigned int bits = guideGrid ? AID_GRID : 0u;
+    if ((drawAids & LessonOptions::DRAW_OUTLINE) != 0) bits |= AID_OUTLINE;
+    if ((drawAids & LessonOptions::DRAW_HELPER_CIRCLES) != 0) bits |= AID_CIRCLES;
+    return bits;
 }
 
 Mastery LessonRecorder::mastery(int code) const {

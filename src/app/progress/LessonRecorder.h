@@ -34,6 +34,9 @@ public:
     /// The last stroke of practice round `round` was accepted.
     void completed(int round);
 
+    /// History aid bits of the canvas's drawing bits (LessonOptions::DRAW_*) and the grid.
+    static unsigned int aids_of(unsigned int drawAids, bool guideGrid);
+
     Mastery mastery(int codePoint) const;
     bool is_due(int codePoint) const;
     int due_count(const std::vector<int>& codePoints) const;

@@ -43,6 +43,14 @@ void ControlAnim::set_inc_speed(int speed) {
 }
 
 void ControlAnim::select(int strokeCount) {
+    select(std::vector<float>(static_cast<size_t>(std::max(0, strokeCount)), 1.0f));
+}
+
+void ControlAnim::select(std::vector<float> strokeLengths) {
+    lengths = std::move(strokeLengths);
+    totalLength = 0.0f;
+    for (const float length : lengths) totalLength += std::max(0.0f, length);
+    const int strokeCount = static_cast<int>(lengths.size());
     LessonState next = current;
     next.modeFlags &= ~MODE_PAUSED;
     next.strokeCount = std::max(0, strokeCount);
@@ -102,17 +110,35 @@ void ControlAnim::stroke_accepted() {
 bool ControlAnim::stroke_rejected(int hintAfter) {
     LessonState next = current;
     ++next.misses;
-    const bool hintDue = hintAfter > 0 && next.misses >= hintAfter;
-    if (hintDue) next.misses = 0;
+    const size_t index = static_cast<size_t>(std::max(0, current.strokesLearned));
+    const bool hint = hintAfter > 0 && next.misses >= hintAfter && index < lengths.size();
+    if (hint) {
+        next.misses = 0;
+        next.hint = 0.0f;
+        // The step is a share of the whole character: a stroke's share is that much faster.
+        hintSpeed = lengths[index] > 0.0f ? totalLength / lengths[index] : 1.0f;
+    }
     commit(next);
-    return hintDue;
+    return hint;
 }
 
-void ControlAnim::start_hint(float speed) {
-    hintSpeed = speed > 0.0f ? speed : 1.0f;
-    LessonState next = current;
-    next.hint = 0.0f;
-    commit(next);
+void ControlAnim::step_stroke(bool forward) {
+    if (totalLength <= 0.0f || current.is(MODE_LEARN)) return;
+    // The slack lets a position just short of a stroke's end (float sums) count as that end.
+    constexpr float SLACK = 0.01f;
+    const float now = current.progress;
+    float target = forward ? 100.0f : 0.0f;
+    float acc = 0.0f;
+    for (const float length : lengths) {
+        acc += std::max(0.0f, length);
+        const float end = acc / totalLength * 100.0f;
+        if (forward && end > now + SLACK) {
+            target = end;
+            break;
+        }
+        if (!forward && end < now - SLACK) target = end;
+    }
+    hold_at(target);
 }
 
 void ControlAnim::restart() {

@@ -7,6 +7,7 @@
 #include <ki/Listener.h>
 
 #include <string>
+#include <vector>
 
 namespace ki::store {
 class GNode;
@@ -84,8 +85,10 @@ public:
     void set_mode_bits(unsigned int bits, bool on);
     /// Clamped to INC_SPEED_MIN..INC_SPEED_MAX.
     void set_inc_speed(int speed);
-    /// A new character of `strokeCount` strokes: position at its start, nothing traced, pause
-    /// released.
+    /// A new character with the centre-line lengths of its strokes: position at its start,
+    /// nothing traced, pause released.
+    void select(std::vector<float> strokeLengths);
+    /// The same for `strokeCount` strokes of equal length.
     void select(int strokeCount);
     /// One timer step of automatic drawing; nothing while paused, off or at 100 %.
     void tick();
@@ -95,11 +98,12 @@ public:
     void hold_at(float percent);
     void set_progress(float percent);
     void stroke_accepted();
-    /// Counts a miss; after `hintAfter` misses (0: never) the count starts again and true says
-    /// that a hint is due.
+    /// Counts a miss; after `hintAfter` misses (0: never) the count starts again and the current
+    /// stroke paints itself as a hint, as fast along it as watch mode draws. True when it does.
     bool stroke_rejected(int hintAfter);
-    /// The current stroke paints itself, `speed` times the step per tick, in percent of the stroke.
-    void start_hint(float speed);
+    /// Watch mode: to the end of the next stroke, or back to the end of the one before the
+    /// current position, holding there.
+    void step_stroke(bool forward);
     /// Clamped to 0..strokeCount.
     void set_strokes_learned(int count);
     /// Tracing starts again from the first stroke of the first round.
@@ -125,6 +129,8 @@ private:
 
     LessonState current;
     LessonState pending;
+    std::vector<float> lengths;
+    float totalLength = 0.0f;
     float hintSpeed = 1.0f;
 };
 
