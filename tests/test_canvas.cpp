@@ -267,6 +267,8 @@ TEST(ControlAnimModes, OperationsMoveOneLessonState) {
         float progress;
         int learned;
         bool paused;
+        int round = 1;
+        bool hinting = false;
     };
     // clang-format off
     const Row rows[] = {
@@ -284,6 +286,20 @@ TEST(ControlAnimModes, OperationsMoveOneLessonState) {
          [](ControlAnim& c) { c.stroke_accepted(); c.set_mode_bits(MODE_LEARN, false); }, 100, 0, false},
         {"switching automatic drawing on starts from empty", MODE_SLIDER,
          [](ControlAnim& c) { c.set_mode_bits(MODE_AUTO_DRAW, true); }, 0, 0, false},
+        {"a stroke step forward holds at the end of the first stroke", MODE_AUTO_DRAW,
+         [](ControlAnim& c) { c.select({300, 100, 100, 300}); c.step_stroke(true); }, 37.5f, 0, true},
+        {"a step back from inside a stroke returns to the end of the one before", MODE_AUTO_DRAW,
+         [](ControlAnim& c) { c.select({300, 100, 100, 300}); c.hold_at(60); c.step_stroke(false); }, 50, 0, true},
+        {"a step back from a stroke's end goes one stroke further", MODE_AUTO_DRAW,
+         [](ControlAnim& c) { c.select({300, 100, 100, 300}); c.hold_at(50); c.step_stroke(false); }, 37.5f, 0, true},
+        {"stroke steps do nothing in learn mode", MODE_LEARN,
+         [](ControlAnim& c) { c.step_stroke(true); }, 0, 0, false},
+        {"the third miss starts a hint and the count again", MODE_LEARN,
+         [](ControlAnim& c) { for (int i = 0; i < 3; ++i) c.stroke_rejected(3); }, 0, 0, false, 1, true},
+        {"a finished round starts the next without the strokes", MODE_LEARN,
+         [](ControlAnim& c) { c.set_rounds(3); for (int i = 0; i < 4; ++i) c.stroke_accepted(); c.next_round(); }, 0, 0, false, 2},
+        {"again starts from the first stroke", MODE_LEARN,
+         [](ControlAnim& c) { c.stroke_accepted(); c.restart(); }, 0, 0, false},
     };
     // clang-format on
     for (const Row& row : rows) {
@@ -296,5 +312,8 @@ TEST(ControlAnimModes, OperationsMoveOneLessonState) {
         EXPECT_EQ(control.get_strokes_learned(), row.learned);
         EXPECT_EQ(control.is_mode_bit(MODE_PAUSED), row.paused);
         EXPECT_EQ(control.state().is_done(), row.learned == 4);
+        EXPECT_EQ(control.state().round, row.round);
+        EXPECT_EQ(control.state().hint >= 0.0f, row.hinting);
+        if (row.hinting) EXPECT_EQ(control.state().misses, 0);
     }
 }

@@ -8,6 +8,7 @@
 #include <ki/qt/components/GMenu.h>
 #include <ki/qt/components/GPanel.h>
 #include <ki/qt/components/otf/GDataScroller.h>
+#include <ki/qt/guitools/GGui.h>
 #include <ki/qt/lang.h>
 #include <ki/qt/themes.h>
 #include <ki/tools/GSettings.h>
@@ -431,6 +432,40 @@ TEST_F(WindowTest, EveryMenuItemChangesItsSettingAndSavesItAtOnce) {
         EXPECT_TRUE(row.shown(open())) << "after a restart";
         win.reset();
     }
+}
+
+TEST_F(WindowTest, LevelsSwitchWithTheirOwnSelectionAndSurviveARestart) {
+    {
+        Window& w = open();
+        w.on_index(5);
+        ASSERT_TRUE(w.on_level(4));
+        EXPECT_EQ(model_of(w)->row_count(), 269);
+        w.on_index(100);
+        ASSERT_TRUE(w.on_level(2));
+        EXPECT_EQ(model_of(w)->row_count(), 95);
+        EXPECT_EQ(w.get_selected_index(), 0) << "level 2 was never visited";
+        w.on_index(10);
+        EXPECT_TRUE(w.windowTitle().endsWith(QStringLiteral("Level 2")));
+        // A copied tree without the level's files: a message, and level 2 stays.
+        QTemporaryDir empty;
+        ki::qt::set_res_prefix(empty.path());
+        EXPECT_FALSE(w.on_level(3));
+        ki::qt::set_res_prefix(QStringLiteral(":/wb/shared-res"));
+        EXPECT_EQ(model_of(w)->row_count(), 95);
+        EXPECT_EQ(w.get_selected_index(), 10);
+        w.close();
+    }
+    Window& again = open();
+    EXPECT_EQ(model_of(again)->row_count(), 95) << "the level is restored";
+    EXPECT_EQ(again.get_selected_index(), 10);
+    AppData level2(morvel::prog2::Level::shipped(2));
+    level2.load();
+    EXPECT_EQ(canvas_of(again)->get_unicode(), level2.unicode_at(10));
+    ASSERT_TRUE(again.on_level(4));
+    EXPECT_EQ(again.get_selected_index(), 100) << "each level keeps its own selection";
+    ASSERT_TRUE(again.on_level(1));
+    EXPECT_EQ(again.get_selected_index(), 5);
+    EXPECT_EQ(canvas_of(again)->get_unicode(), catalogue().unicode_at(5));
 }
 
 TEST_F(WindowTest, ListDragMovesTheTopRowByWholeRowsAgainstTheFinger) {

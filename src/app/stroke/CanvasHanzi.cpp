@@ -88,13 +88,11 @@ ki::math::Rect CanvasHanzi::get_view_box() const {
 
 void CanvasHanzi::set_grid_on(bool on) {
     gridOn = on;
-    backgroundStale = true;
     update();
 }
 
 void CanvasHanzi::set_alt_background(bool on) {
     altBackground = on;
-    backgroundStale = true;
     update();
 }
 
@@ -102,7 +100,6 @@ void CanvasHanzi::on_change_theme(unsigned int theme, bool osDark) {
     if (theme > CanvasColors::THEME_AUTO)
         ki::pp("CanvasHanzi::on_change_theme, theme:$ has no colours, using normal", theme);
     colors = CanvasColors::for_theme(theme, osDark);
-    backgroundStale = true;
     update();
 }
 
@@ -220,28 +217,16 @@ void CanvasHanzi::draw_captions(ki::qt::GPC& gpc, const ki::math::Rect& rect) co
 }
 
 void CanvasHanzi::draw_background(ki::qt::GPC& gpc, const ki::math::Rect& rect) {
-    QPainter& painter = gpc.get_painter();
-    const QSize size(static_cast<int>(std::ceil(rect.w)), static_cast<int>(std::ceil(rect.h)));
-    if (size.isEmpty()) return;
-    const qreal ratio = painter.device() != nullptr ? painter.device()->devicePixelRatioF() : 1.0;
-    if (backgroundStale || size != backgroundSize || ratio != backgroundRatio) {
-        background = QPixmap(size * ratio);
-        background.setDevicePixelRatio(ratio);
-        QPainter pixmapPainter(&background);
-        ki::qt::GPC pc(pixmapPainter);
-        pc.fill_rect(0.0f, 0.0f, rect.w, rect.h, colors.colorBackground[altBackground ? 1 : 0]);
-        if (gridOn) {
-            // Widget pixels from 0, not scaled with the character: a steady practice paper.
-            const QPen pen =
-                ki::qt::GPC::make_pen(colors.colorGrid, 1.0f, Qt::SolidLine, ki::qt::LINE_MODE_COSMETIC);
-            for (float y = 0.0f; y <= rect.h; y += GRID_SPACING) pc.draw_line({0.0f, y}, {rect.w, y}, pen);
-            for (float x = 0.0f; x <= rect.w; x += GRID_SPACING) pc.draw_line({x, 0.0f}, {x, rect.h}, pen);
-        }
-        backgroundSize = size;
-        backgroundRatio = ratio;
-        backgroundStale = false;
-    }
-    painter.drawPixmap(QPointF(rect.x, rect.y), background);
+    // Painted every frame rather than cached in a pixmap: a fill and some thirty cosmetic lines
+    // cost less than a frame's worth of memory.
+    gpc.fill_rect(rect.x, rect.y, rect.w, rect.h, colors.colorBackground[altBackground ? 1 : 0]);
+    if (!gridOn || guideGrid != prog2::LessonOptions::GRID_SQUARES) return;
+    // Widget pixels from 0, not scaled with the character: a steady practice paper.
+    const QPen pen = ki::qt::GPC::make_pen(colors.colorGrid, 1.0f, Qt::SolidLine, ki::qt::LINE_MODE_COSMETIC);
+    for (float y = 0.0f; y <= rect.h; y += GRID_SPACING)
+        gpc.draw_line({rect.x, rect.y + y}, {rect.x + rect.w, rect.y + y}, pen);
+    for (float x = 0.0f; x <= rect.w; x += GRID_SPACING)
+        gpc.draw_line({rect.x + x, rect.y}, {rect.x + x, rect.y + rect.h}, pen);
 }
 
 void CanvasHanzi::fill_outlines(ki::qt::GPC& gpc, int count, const QColor& color) const {

@@ -9,8 +9,6 @@
 
 #include <QColor>
 #include <QPainterPath>
-#include <QPixmap>
-#include <QSize>
 #include <glm/mat3x3.hpp>
 #include <glm/vec2.hpp>
 #include <vector>
@@ -165,11 +163,6 @@ private:
     bool markerShown = false;
     int rejectionCount = 0;
 
-    // Background and grid of the last size, rebuilt when size, colours or switches change.
-    QPixmap background;
-    QSize backgroundSize;
-    qreal backgroundRatio = 0.0;
-    bool backgroundStale = true;
 };
 
 }  // namespace morvel
