@@ -6,6 +6,7 @@
 #include <QFontMetricsF>
 #include <QPainter>
 #include <algorithm>
+#include <cmath>
 #include <glm/geometric.hpp>
 
 namespace morvel::practice {
@@ -206,7 +207,10 @@ void PracticeMarkers::paint_caption(GPC& gpc, const ki::math::Rect& rect, const 
     // A sentence wider than the canvas wraps rather than losing its end.
     const qreal widest = rect.w - 4 * pad;
     const QRectF textBox = metrics.boundingRect(QRectF(0, 0, widest, rect.h), Qt::TextWordWrap, text);
-    const QSizeF plate(std::min(textBox.width(), widest) + 2 * pad, textBox.height() + 2 * pad);
+    // Whole pixels and some slack: laid out again in a box measured to the fraction, the last
+    // word may wrap out of sight.
+    const QSizeF plate(std::min(std::ceil(textBox.width()) + 0.25 * pad, widest) + 2 * pad,
+                       textBox.height() + 2 * pad);
     const bool left = corner == Corner::TOP_LEFT || corner == Corner::BOTTOM_LEFT;
     const bool top = corner == Corner::TOP_LEFT || corner == Corner::TOP_RIGHT;
     const qreal x = left ? rect.x + pad : rect.x + rect.w - pad - plate.width();
