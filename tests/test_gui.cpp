@@ -229,13 +229,11 @@ TEST_F(GuiTest, ThemeNamesPathsAndPalettes) {
     EXPECT_EQ(th::get_palette_dark().color(QPalette::Disabled, QPalette::Text), QColor(130, 130, 130));
     EXPECT_EQ(th::get_palette_green().color(QPalette::Disabled, QPalette::Window), QColor(30, 50, 30));
     // Roles the tables leave open keep the style's colours.
-    for (const QPalette& pal : {th::get_palette_dark(), th::get_palette_green()}) {
-        const QPalette standard = QApplication::style()->standardPalette();
+    const QPalette standard = QApplication::style()->standardPalette();
+    for (const QPalette& pal : {th::get_palette_dark(), th::get_palette_green()})
         for (const auto role : {QPalette::Link, QPalette::LinkVisited, QPalette::BrightText})
             EXPECT_EQ(pal.color(role), standard.color(role)) << role;
-    }
-    EXPECT_EQ(th::get_palette_green().color(QPalette::ToolTipBase),
-              QApplication::style()->standardPalette().color(QPalette::ToolTipBase));
+    EXPECT_EQ(th::get_palette_green().color(QPalette::ToolTipBase), standard.color(QPalette::ToolTipBase));
     for (const unsigned int unknown : {th::THEME_NOT_SET, 77u})
         EXPECT_EQ(th::get_palette(unknown), th::get_palette_normal()) << unknown;
     EXPECT_EQ(th::get_palette(th::THEME_AUTO),
