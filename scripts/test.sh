@@ -8,6 +8,7 @@ cd "$(dirname "$0")/.."
 scripts/setup.sh build
 cmake --build build
 ctest --test-dir build --output-on-failure -j"$(nproc)"
+QT_QPA_PLATFORM=offscreen ./build/quenlo_tests --gtest_repeat=2 --gtest_shuffle --gtest_brief=1
 
 [ "${QUENLO_SKIP_SANITIZE:-0}" = 1 ] && exit 0
 # Exported before the build as well: test discovery already runs the instrumented binary.

@@ -3,9 +3,30 @@
 // the user's real configuration.
 #include <gtest/gtest.h>
 #include <ki/qt/GApp.h>
+#include <ki/qt/GMainWindow.h>
 #include <ki/tools/GSettings.h>
 
 #include <QTemporaryDir>
+#include <cstring>
+#include <memory>
+
+namespace {
+
+// Run as a child process by a test: the window outlives the application object and must
+// not touch it when it goes.
+int window_after_app(int argc, char** argv) {
+    std::unique_ptr<ki::qt::GMainWindow> win;
+    {
+        ki::qt::GApp app(argc, argv, nullptr);
+        win = std::make_unique<ki::qt::GMainWindow>();
+        win->setup();
+        app.add_window(win.get());
+    }
+    win.reset();
+    return ki::qt::gApp == nullptr ? 0 : 2;
+}
+
+}  // namespace
 
 int main(int argc, char** argv) {
     QTemporaryDir home;
@@ -19,6 +40,7 @@ int main(int argc, char** argv) {
     ::testing::InitGoogleTest(&argc, argv);
     ki::qt::GApp::prepare_settings(QStringLiteral("quenlo-tests.invalid"), 114, true,
                                    QStringLiteral("quenlo_tests"));
+    if (argc > 1 && std::strcmp(argv[1], "--window-after-app") == 0) return window_after_app(argc, argv);
     ki::qt::GApp app(argc, argv, nullptr);
     const int result = RUN_ALL_TESTS();
     // Written now, while the temporary folder still exists; the store's own destructor runs

@@ -1,9 +1,11 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <ki/GError.h>
+#include <ki/qt/ext/ObjectName.h>
 #include <unistd.h>
 
 #include <cstdio>
+#include <fstream>
 #include <functional>
 #include <string>
 #include <utility>
@@ -46,6 +48,21 @@ TEST(GErrorTest, MessagesAndReset) {
     EXPECT_EQ(good.take(), "value");
 }
 
+namespace {
+
+// The line of a source file holding `text`, counted from 1; 0 when it holds none.
+int line_of(const char* path, const char* text) {
+    std::ifstream file(std::string(QUENLO_SOURCE_DIR) + "/" + path);
+    int number = 0;
+    for (std::string line; std::getline(file, line);) {
+        ++number;
+        if (line.find(text) != std::string::npos) return number;
+    }
+    return 0;
+}
+
+}  // namespace
+
 TEST(GErrorDeathTest, FatalHandlersReportAndExitWithOne) {
     GTEST_FLAG_SET(death_test_style, "threadsafe");
     ki::set_fatal_pause_for_tests(0);
@@ -57,7 +74,12 @@ TEST(GErrorDeathTest, FatalHandlersReportAndExitWithOne) {
         int line;  // where a macro row's check sits; replaces the "@" of the expected text
         std::string expected;
     };
+    struct NullNamed : ki::qt::ObjectName<QObject> {
+        NullNamed() : ObjectName(nullptr, "NullNamed") {}
+    };
     const std::vector<Row> rows = {
+        {"object name for no object", [] { NullNamed(); }, line_of("dist/include/ki/qt/ext/ObjectName.h", "KI_CHECK_NULL"),
+         "nullptr:dist/include/ki/qt/ext/ObjectName\nobj == NULL\nLINE:@\nprogram will exit in 5 sec\n"},
         {"null pointer, no closing line", [&] { KI_CHECK_NULL(nothing, "src/ki/qt/GApp"); }, __LINE__,
          "nullptr:src/ki/qt/GApp\nnothing == NULL\nLINE:@\nprogram will exit in 5 sec\n"},
         {"false condition", [&] { KI_CHECK_BOOL(one > 2); }, __LINE__,

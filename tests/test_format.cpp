@@ -1,7 +1,10 @@
 #include <gtest/gtest.h>
 #include <ki/str/format.h>
+#include <ki/GAtomic.h>
+#include <ki/qt/event/EventFilter.h>
 #include <ki/str/xprintF.h>
 
+#include <QMouseEvent>
 #include <QPoint>
 #include <QRect>
 #include <QSize>
@@ -38,6 +41,11 @@ TEST(Format, EveryArgumentType) {
     const Named named;
     const Named* named_ptr = &named;
     const Named* null_named = nullptr;
+    // Printed at once: Qt keeps the positions of a device's events in one shared place.
+    auto mouse = [](QEvent::Type type, QPointF global, Qt::MouseButton button, Qt::MouseButtons held) {
+        const QMouseEvent ev(type, QPointF(12, 5), global, button, held, Qt::NoModifier);
+        return xprintF(0, "$|$", ev, &ev);
+    };
     struct Row {
         const char* name;
         std::string got;
@@ -62,6 +70,13 @@ TEST(Format, EveryArgumentType) {
         {"object with QString to_string", xprintF(0, "$", QNamed()), "q-named"},
         {"pointer to object", xprintF(0, "$", named_ptr), "named!"},
         {"null pointer to object", xprintF(0, "$", null_named), "nullptr"},
+        {"atomic flag", xprintF(0, "$", ki::GAtomic<bool>(true)), "true"},
+        {"mouse event and its pointer",
+         mouse(QEvent::MouseButtonPress, QPointF(112, 105), Qt::LeftButton, Qt::LeftButton | Qt::RightButton),
+         "Press Left at 12,5 (global 112,105), buttons:Left|Right|Press Left at 12,5 (global 112,105), "
+         "buttons:Left|Right"},
+        {"released mouse button", mouse(QEvent::MouseButtonRelease, QPointF(3, 4), Qt::RightButton, Qt::NoButton),
+         "Release Right at 12,5 (global 3,4), buttons:None|Release Right at 12,5 (global 3,4), buttons:None"},
     };
     for (const Row& r : rows) EXPECT_EQ(r.got, r.want) << r.name;
 }

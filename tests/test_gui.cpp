@@ -8,6 +8,7 @@
 #include <ki/qt/components/GPanel.h>
 #include <ki/qt/components/GenericSlider.h>
 #include <ki/qt/dialogs/GPanelLogView.h>
+#include <ki/qt/guitools/GGui.h>
 #include <ki/qt/lang.h>
 #include <ki/qt/themes.h>
 
@@ -15,6 +16,8 @@
 #include <QApplication>
 #include <QCheckBox>
 #include <QPlainTextEdit>
+#include <QProcess>
+#include <QStyle>
 #include <QSet>
 #include <algorithm>
 #include <functional>
@@ -31,9 +34,18 @@ namespace {
 template <ClazzName NAME>
 class TestWindow : public GMainWindow {
 public:
+    // The set-up order a subclass follows; show() is left to each test.
     void setup() override {
         setup_node<WindowClazz<NAME>>();
         GMainWindow::setup();
+        ini();
+        restore_state();
+        post_ini();
+        gApp->add_window(this);
+    }
+    void restore_state() override {
+        ++restores;
+        GMainWindow::restore_state();
     }
     void do_layout_all(LayoutEvent& ev) override {
         ++layouts;
@@ -41,6 +53,7 @@ public:
         GMainWindow::do_layout_all(ev);
     }
     int layouts = 0;
+    int restores = 0;
     LayoutEvent lastLayout;
 };
 
@@ -69,6 +82,7 @@ TEST_F(GuiTest, WindowNumbersArePerClassAndReusedAfterDestruction) {
     first->setup();
     second->setup();
     EXPECT_EQ(first->get_object_name(), "TestNaming_0");
+    EXPECT_EQ(first->restores, 1) << "the base's setup() restores nothing itself";
     EXPECT_EQ(second->get_object_name(), "TestNaming_1");
     first.reset();
     TestWindow<"TestNaming"> third;
@@ -80,6 +94,18 @@ TEST_F(GuiTest, WindowNumbersArePerClassAndReusedAfterDestruction) {
     GMainWindow plain;
     plain.setup();
     EXPECT_TRUE(plain.get_object_name().startsWith("CMainWindow_")) << plain.get_object_name().toStdString();
+    EXPECT_FALSE(gApp->has_window(&plain)) << "registering is the subclass's step";
+    EXPECT_EQ(shared_font_record().pointSize, plain.font().pointSize());
+}
+
+// The child (tests/main.cpp) destroys a window after the application object; under
+// AddressSanitizer a touch of the freed object fails it.
+TEST_F(GuiTest, WindowDestroyedAfterTheApplicationObject) {
+    QProcess child;
+    child.start(QCoreApplication::applicationFilePath(), {QStringLiteral("--window-after-app")});
+    ASSERT_TRUE(child.waitForFinished(60000));
+    EXPECT_EQ(child.exitStatus(), QProcess::NormalExit);
+    EXPECT_EQ(child.exitCode(), 0) << child.readAllStandardError().right(3000).toStdString();
 }
 
 TEST_F(GuiTest, WindowStateSurvivesIntoTheNextWindowLifetime) {
@@ -202,6 +228,12 @@ TEST_F(GuiTest, ThemeNamesPathsAndPalettes) {
     EXPECT_EQ(th::get_palette_normal().color(QPalette::Disabled, QPalette::Text), QColor(120, 120, 120));
     EXPECT_EQ(th::get_palette_dark().color(QPalette::Disabled, QPalette::Text), QColor(130, 130, 130));
     EXPECT_EQ(th::get_palette_green().color(QPalette::Disabled, QPalette::Window), QColor(30, 50, 30));
+    // Roles the tables leave open keep the style's colours.
+    const QPalette standard = QApplication::style()->standardPalette();
+    for (const QPalette& pal : {th::get_palette_dark(), th::get_palette_green()})
+        for (const auto role : {QPalette::Link, QPalette::LinkVisited, QPalette::BrightText})
+            EXPECT_EQ(pal.color(role), standard.color(role)) << role;
+    EXPECT_EQ(th::get_palette_green().color(QPalette::ToolTipBase), standard.color(QPalette::ToolTipBase));
     for (const unsigned int unknown : {th::THEME_NOT_SET, 77u})
         EXPECT_EQ(th::get_palette(unknown), th::get_palette_normal()) << unknown;
     EXPECT_EQ(th::get_palette(th::THEME_AUTO),

@@ -8,11 +8,13 @@
 
 #include <QCoreApplication>
 #include <QElapsedTimer>
+#include <QLayout>
 #include <QPlainTextEdit>
 #include <QTest>
 #include <QWheelEvent>
 #include <atomic>
 #include <thread>
+#include <vector>
 
 using namespace ki::qt;
 using ki::qt::otf::GDataScroller;
@@ -23,16 +25,18 @@ namespace {
 
 class NumberModel : public GModel {
 public:
-    explicit NumberModel(long long rows) : count(rows) {}
+    explicit NumberModel(long long rows, int height = 20) : count(rows), rowHeight(height) {}
     long long row_count() const override { return count; }
-    int get_row_height(int) const override { return 20; }
+    int get_row_height(int) const override { return rowHeight; }
     GPanel* gen_panel_row(long long row, PanelData* data) override {
         GPanel* panel = GModel::gen_panel_row(row, data);
-        panel->gen_label(QStringLiteral("row %1").arg(row));
+        if (rowHeight > 0) panel->gen_label(QStringLiteral("row %1").arg(row));
+        else panel->layout()->setContentsMargins(0, 0, 0, 0);
         ++generated;
         return panel;
     }
     long long count;
+    int rowHeight;
     long long generated = 0;
 };
 
@@ -72,6 +76,10 @@ TEST(GuiRows, HundredThousandRowsOpenAndScrollWithOnlyVisibleRowsAsWidgets) {
     EXPECT_EQ(live_rows(scroller), scroller.get_visible_row_count()) << "rows scrolled away must be gone";
     EXPECT_EQ(first_label(scroller.get_row_widget(99999)), "row 99999") << "the end is reachable";
     EXPECT_EQ(scroller.get_row_widget(0), nullptr);
+
+    NumberModel flat(100000, 0);
+    scroller.ini(&flat);
+    EXPECT_LE(flat.generated, 400) << "rows of no height must not all be built";
 }
 
 TEST(GuiRows, SelectionSurvivesScrollingAndDragsAreNoClicks) {
@@ -145,7 +153,7 @@ TEST(GuiRows, WorkerThreadLinesReachTheLogViewBoundedAndOutliveIt) {
     EXPECT_TRUE(view->get_text().contains("busy worker"));
 }
 
-TEST(GuiRows, GlobalMouseListenersHearEachPressOnce) {
+TEST(GuiRows, GlobalMouseAndKeyListenersHearEachPressOnce) {
     QWidget outer;
     outer.resize(100, 100);
     auto* inner = new QWidget(&outer);
@@ -154,14 +162,21 @@ TEST(GuiRows, GlobalMouseListenersHearEachPressOnce) {
     ASSERT_TRUE(QTest::qWaitForWindowExposed(&outer));
     int presses = 0;
     int releases = 0;
+    std::vector<int> keys;
     auto& filter = gApp->get_event_filter();
     filter.liMousePress.set("test", [&](QMouseEvent* const&) { ++presses; });
     filter.liMouseRelease.set("test", [&](QMouseEvent* const&) { ++releases; });
-    // The inner widget ignores the press, so Qt offers it to the outer one as well.
+    filter.liKeyPress.set("test", [&](const int& key) { keys.push_back(key); });
+    // The inner widget ignores presses and keys, so Qt offers them to the outer one as well.
     QTest::mouseClick(inner, Qt::LeftButton, {}, QPoint(5, 5));
     QTest::mouseClick(inner, Qt::LeftButton, {}, QPoint(6, 5));
+    QTest::keyClick(inner, Qt::Key_A);
+    QTest::keyClick(inner, Qt::Key_A);
+    QTest::keyClick(&outer, Qt::Key_B);
     filter.liMousePress.remove("test");
     filter.liMouseRelease.remove("test");
+    filter.liKeyPress.remove("test");
     EXPECT_EQ(presses, 2);
     EXPECT_EQ(releases, 2);
+    EXPECT_EQ(keys, (std::vector<int>{Qt::Key_A, Qt::Key_A, Qt::Key_B}));
 }

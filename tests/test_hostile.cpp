@@ -181,6 +181,8 @@ protected:
     void TearDown() override {
         QFile::remove(damaged());
         SettingsTest::TearDown();
+        // A refused write stays in the store's status; the next case must see its own.
+        GSettings::reopen_for_tests();
     }
     static QString damaged() { return GSettings::instance().fileName() + ".damaged"; }
 };

@@ -146,6 +146,12 @@ TEST(Math, DistanceToEachElementKind) {
          20,
          1e-4f},
         {"zero radius arc as a line", EllipticArc({0, 0}, {0, 5}, 0, false, true, {10, 0}), {5, 5}, 5, 1e-5f},
+        // Next to the end point only the last chord of the flattening is near.
+        {"wide parabola next to its end", WIDE_PARABOLA,
+         glm::vec2(200, 400) + 3.0f * glm::vec2(-800, 200) / std::sqrt(800.f * 800 + 200 * 200), 3, 0.1f},
+        {"arch cubic next to its end", CubicBezier({0, 0}, {0, -20}, {20, -20}, {20, 0}), {23, -0.5f}, 3, 0.02f},
+        {"half circle next to its end", EllipticArc({0, 0}, {10, 10}, 0, false, true, {20, 0}), {23, 0}, 3,
+         1e-4f},
     };
     for (const Row& row : rows) {
         SCOPED_TRACE(row.name);
@@ -186,6 +192,8 @@ TEST(Math, PathPrefixSpansContours) {
         expect_near_point(path.point_at_length(row.length), row.end, 1e-5f);
     }
     EXPECT_TRUE(path.prefix_to_length(0).is_empty());
+    // A rounding step past a whole contour once added a sliver of the next one.
+    EXPECT_EQ(path.prefix_to_length(std::nextafter(20.f, 30.f)).contour_count(), 1u);
 }
 
 TEST(Math, FitRectCentresWithoutDistortion) {
@@ -216,10 +224,25 @@ TEST(Math, FitRectCentresWithoutDistortion) {
 }
 
 TEST(Math, CircleContainsWithTolerance) {
-    const Circle circle{{10, 10}, 5};
-    EXPECT_TRUE(circle.contains({13, 14}, 0)) << "on the rim";
-    EXPECT_TRUE(circle.contains({10, 15.5f}, 1)) << "outside by less than the tolerance";
-    EXPECT_FALSE(circle.contains({10, 15.5f}, 1e-5f));
+    const Circle small{{10, 10}, 5};
+    EXPECT_TRUE(small.contains({13, 14}, 0)) << "on the rim";
+    EXPECT_TRUE(small.contains({10, 15.5f}, 1)) << "outside by less than the tolerance";
+    EXPECT_FALSE(small.contains({10, 15.5f}, 1e-5f));
+    // Rim points in float lie up to half a float step off the rim; inside still, at every angle.
+    for (const Circle circle : {Circle{{256, 256}, 256}, Circle{{1024, 768}, 1024}, Circle{{700, 300}, 512}}) {
+        SCOPED_TRACE(circle.to_string());
+        int failures = 0;
+        for (int step = 0; step < 3600; ++step) {
+            const double angle = step * std::numbers::pi / 1800;
+            const double dx = std::cos(angle);
+            const double dy = std::sin(angle);
+            const glm::vec2 rim(float(circle.center.x + circle.radius * dx), float(circle.center.y + circle.radius * dy));
+            const glm::vec2 out(float(circle.center.x + (circle.radius + 0.01) * dx),
+                                float(circle.center.y + (circle.radius + 0.01) * dy));
+            failures += !circle.contains(rim, 0) + circle.contains(out, 0);
+        }
+        EXPECT_EQ(failures, 0);
+    }
 }
 
 // Regression: a NaN coordinate (a mouse point mapped through a singular matrix) made the

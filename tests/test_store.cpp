@@ -6,12 +6,25 @@
 #include <ki/store/GNode.h>
 #include <ki/store/Matrix4.h>
 
+#include <QBitArray>
+#include <QBrush>
+#include <QColor>
 #include <QDataStream>
+#include <QDateTime>
+#include <QFont>
 #include <QIODevice>
+#include <QImage>
+#include <QJsonArray>
+#include <QJsonObject>
+#include <QKeySequence>
+#include <QLocale>
+#include <QRegularExpression>
+#include <QUrl>
+#include <QUuid>
+#include <cstring>
 #include <functional>
 #include <memory>
 #include <optional>
-#include <random>
 #include <string>
 #include <vector>
 
@@ -154,6 +167,84 @@ TEST_F(StoreTest, TreeSurvivesTextForm) {
     EXPECT_EQ(result.get().get_md5(), tree.get_md5());
     changed["DRAW_CONFIG"].set("rCircle", 140u);
     EXPECT_NE(changed, tree) << "140u and 140 are different values to a reader asking for int";
+
+    // Equal records built on memory that held other bytes: padding must not reach the MD5.
+    auto md5_built_on = [](unsigned char fill) {
+        alignas(ki::log::LogConfig) unsigned char memory[sizeof(ki::log::LogConfig)];
+        std::memset(memory, fill, sizeof memory);
+        auto* config = new (memory) ki::log::LogConfig;
+        config->logLevel = 1;
+        config->autoScrollHorz = true;
+        GNode node;
+        node.attributes.set_pod("log", *config);
+        return node.get_md5();
+    };
+    EXPECT_EQ(md5_built_on(0xAB), md5_built_on(0));
+}
+
+TEST_F(StoreTest, EveryStreamableTypeSurvivesTextForm) {
+    QVariantHash small;
+    QVariantHash grown;  // the same entries, left in other buckets by a larger table
+    for (int i = 0; i < 1000; ++i) grown.insert(QString::number(i), i);
+    for (int i = 0; i < 1000; ++i) {
+        if (i % 10 == 0) small.insert(QString::number(i), i);
+        else grown.remove(QString::number(i));
+    }
+    const QVariantMap map{{"when", QDate(2024, 2, 29)}, {"list", QVariantList{1, "two", QVariantList{3.5}}}};
+    QBitArray bits(13);
+    bits.setBit(0);
+    bits.setBit(12);
+    struct Row {
+        const char* name;
+        QVariant value;
+        bool stored;
+    };
+    const std::vector<Row> rows = {
+        {"date and time with an offset", QDateTime(QDate(2024, 2, 29), QTime(23, 59, 58, 7), Qt::OffsetFromUTC, 3600), true},
+        {"date", QDate(1999, 12, 31), true},
+        {"URL", QUrl("https://example.org/a?b=c#d"), true},
+        {"nested list and map", QVariantList{map, QStringList{"a", "b"}, QVariant()}, true},
+        {"map", map, true},
+        {"hash, whatever order it was filled in", small, true},
+        {"pair", QVariant::fromValue(QVariantPair(1, QString("x"))), true},
+        {"byte array list", QVariant::fromValue(QByteArrayList{"a", QByteArray(3, '\0')}), true},
+        {"bit array", bits, true},
+        {"character", QChar(0x6F22), true},
+        {"UUID", QUuid("{67c8770b-44f1-410a-ab9a-f9b5446f13ee}"), true},
+        {"locale", QLocale(QLocale::Chinese, QLocale::China), true},
+        {"regular expression", QRegularExpression("^a+$", QRegularExpression::CaseInsensitiveOption), true},
+        {"JSON object", QJsonObject{{"a", 1}, {"b", QJsonArray{true, "x"}}}, true},
+        {"colour", QColor(30, 50, 30), true},
+        {"key sequence", QKeySequence("Ctrl+Shift+T"), true},
+        // Qt reads these with containers it sizes by the stream's word: not stored.
+        {"image", QImage(4, 4, QImage::Format_ARGB32), false},
+        {"brush", QBrush(Qt::red), false},
+        {"font", QFont("Monospace", 13), false},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.name);
+        capture->clear();
+        GNode node;
+        node.set("v", row.value);
+        node.set("w", 7);
+        const auto read = GNode::from_qstring(GNode::to_qstring(node));
+        ASSERT_TRUE(read.ok()) << read.message;
+        EXPECT_EQ(read.get().get<int>("w", 0), 7) << "the other values stay";
+        if (!row.stored) {
+            EXPECT_FALSE(read.get().attributes.contains("v"));
+            EXPECT_TRUE(capture->contains("cannot be stored, skipped")) << capture->text();
+            continue;
+        }
+        EXPECT_EQ(read.get(), node);
+        EXPECT_EQ(read.get().attributes.value("v").metaType(), row.value.metaType());
+        EXPECT_EQ(read.get().get_md5(), node.get_md5());
+    }
+    GNode filled;
+    filled.set("v", small);
+    GNode other;
+    other.set("v", grown);
+    ASSERT_EQ(filled, other);
+    EXPECT_EQ(filled.get_md5(), other.get_md5()) << "equal hashes give equal bytes";
 }
 
 TEST_F(StoreTest, FromQStringRefusesBadText) {
@@ -161,14 +252,18 @@ TEST_F(StoreTest, FromQStringRefusesBadText) {
     constexpr qint32 MAGIC = GNode::MAGIC;
     constexpr qint16 V1 = 1;
     const QString k = QStringLiteral("k");
-    QString deep_tree;
-    {
+    // 100,000 levels of children, or of lists in lists.
+    auto deep = [&](bool lists) {
         QByteArray bytes;
         QDataStream out(&bytes, QIODevice::WriteOnly);
         out << MAGIC << V1;
-        for (int i = 0; i < 100000; ++i) out << qint32(0) << qint32(1) << k;
-        deep_tree = QString::fromLatin1(bytes.toBase64());
-    }
+        if (lists) out << qint32(1) << k;
+        for (int i = 0; i < 100000; ++i) {
+            if (lists) out << quint32(QMetaType::QVariantList) << qint8(0) << quint32(1);
+            else out << qint32(0) << qint32(1) << k;
+        }
+        return QString::fromLatin1(bytes.toBase64());
+    };
     const std::string refused = "from_qstring, node deserialization failed";
     struct Row {
         const char* name;
@@ -180,7 +275,7 @@ TEST_F(StoreTest, FromQStringRefusesBadText) {
         {"not Base64", "GNOD!?", "from_qstring, base64 decode failed"},
         {"characters outside Latin-1", QStringLiteral("R05PR漢"), "from_qstring, base64 decode failed"},
         {"shorter than the magic", stream_text(qint16(0x474E)), "from_qstring, failed to read magic"},
-        {"wrong magic", stream_text(qint32(0x584E4F44), V1, 0, 0), "from_qstring, wrong magic:0x584e4f44"},
+        {"wrong magic", stream_text(qint32(0x584E4F44), V1, 0, 0), "from_qstring, wrong magic:1481527108"},
         {"magic without version", truncated(valid, 5), "from_qstring, failed to read version"},
         {"version 2", stream_text(MAGIC, qint16(2), 0, 0), "from_qstring, unsupported version:2"},
         {"node truncated", truncated(valid, 40), refused},
@@ -198,7 +293,14 @@ TEST_F(StoreTest, FromQStringRefusesBadText) {
          stream_text(MAGIC, V1, 1, k, quint32(QMetaType::User), qint8(0), QByteArray("kir::store::GType"),
                      quint32(2), quint32(64), QByteArray(8, 'x')),
          refused},
-        {"nesting deep enough to overflow the stack", deep_tree, refused},
+        {"nesting deep enough to overflow the stack", deep(false), refused},
+        {"lists nested deep enough to overflow the stack", deep(true), refused},
+        {"hash claiming 2^32-1 entries",
+         stream_text(MAGIC, V1, 1, k, quint32(QMetaType::QVariantHash), qint8(0), quint32(0xffffffff)), refused},
+        {"bit array claiming 2^64-1 bits",
+         stream_text(MAGIC, V1, 1, k, quint32(QMetaType::QBitArray), qint8(0), quint64(-1)), refused},
+        {"polygon, read by Qt into a list of the claimed size",
+         stream_text(MAGIC, V1, 1, k, quint32(QMetaType::QPolygon), qint8(0), quint32(0xffffffff)), refused},
     };
     for (const Row& row : rows) {
         SCOPED_TRACE(row.name);
@@ -209,47 +311,4 @@ TEST_F(StoreTest, FromQStringRefusesBadText) {
         EXPECT_EQ(capture->count(row.message), 1) << capture->text();
         EXPECT_TRUE(GNode::from_base_64_string(row.text).is_empty());
     }
-}
-
-TEST_F(StoreTest, RandomAndMutatedTextNeverCrashes) {
-    ki::log::remove_log_appender(capture.get());  // 10,000 refusals are not worth keeping
-    const QByteArray valid = QByteArray::fromBase64(GNode::to_qstring(full_tree()).toLatin1());
-    std::mt19937 random(20240611u);
-    auto below = [&random](int n) { return static_cast<int>(random() % static_cast<unsigned>(n)); };
-    int accepted = 0;
-    for (int i = 0; i < 10000; ++i) {
-        QByteArray bytes;
-        if (i % 2 == 0) {
-            bytes.resize(below(80));
-            for (char& c : bytes) c = static_cast<char>(below(256));
-        } else {
-            bytes = valid;
-            for (int edits = 1 + below(4); edits > 0; --edits) {
-                const int at = below(static_cast<int>(bytes.size()));
-                switch (below(3)) {
-                    case 0:
-                        bytes[at] = static_cast<char>(below(256));
-                        break;
-                    case 1:
-                        bytes.truncate(at);
-                        break;
-                    default:
-                        bytes.insert(at, static_cast<char>(below(256)));
-                        break;
-                }
-                if (bytes.isEmpty()) break;
-            }
-        }
-        // Every tenth text is not even Base64.
-        const QString text = i % 10 == 9 ? QString::fromLatin1(bytes) : QString::fromLatin1(bytes.toBase64());
-        const auto result = GNode::from_qstring(text);
-        if (!result.ok()) continue;
-        ++accepted;
-        // Compared as text: a mutated double may be NaN, which never equals itself.
-        const QString written = GNode::to_qstring(result.get());
-        const auto again = GNode::from_qstring(written);
-        ASSERT_TRUE(again.ok()) << "an accepted node must write a readable text, input " << i;
-        ASSERT_EQ(GNode::to_qstring(again.get()), written) << "input " << i;
-    }
-    RecordProperty("accepted", accepted);
 }

@@ -92,6 +92,8 @@ TEST(SvgPath, CommandsBuildTheExpectedPath) {
         {"cubic absolute then relative", "M0 0 C1 2 3 4 5 6 c1 1 2 2 3 3", "M0,0 C1,2 3,4 5,6 C6,7 7,8 8,9"},
         {"S reflects the previous control", "M0 0 C0 10 10 10 10 0 S20 -10 20 0",
          "M0,0 C0,10 10,10 10,0 C10,-10 20,-10 20,0"},
+        {"S after S reflects the second control of the S before", "M0 0 C0 10 10 10 10 0 S20 -10 20 0 S30 10 30 0",
+         "M0,0 C0,10 10,10 10,0 C10,-10 20,-10 20,0 C20,10 30,10 30,0"},
         {"s relative reflects too", "M0 0 c0 10 10 10 10 0 s10 -10 10 0",
          "M0,0 C0,10 10,10 10,0 C10,-10 20,-10 20,0"},
         {"S after a line starts at the current point", "M0 0 L5 0 S10 5 10 0", "M0,0 L5,0 C5,0 10,5 10,0"},

@@ -47,6 +47,11 @@ public:
     void setup() override {
         setup_node<WindowClazz<"KiDemo">>();
         GMainWindow::setup();
+        ini();
+        restore_state();
+        show();
+        post_ini();
+        gApp->add_window(this);
     }
 
     void ini() override {
@@ -148,7 +153,6 @@ int main(int argc, char** argv) {
     DemoWindow win;
     win.resize(960, 640);
     win.setup();
-    win.show();
     const QString folder = GApp::get_argv().value_string(QStringLiteral("screenshot"));
     if (!folder.isEmpty()) {
         QTimer::singleShot(300, &win, [&win, folder]() {

@@ -86,6 +86,10 @@ std::string Window::listener_key() const {
 void Window::setup() {
     setup_node<ki::qt::WindowClazz<"WinHanzi">>();
     GMainWindow::setup();
+    ini();
+    restore_state();
+    post_ini();
+    if (ki::qt::gApp != nullptr) ki::qt::gApp->add_window(this);
 }
 
 long long Window::get_selected_index() const {

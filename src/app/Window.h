@@ -52,7 +52,9 @@ public:
     explicit Window(AppData& data);
     ~Window() override;
 
-    /// Binds the settings section "WinHanzi", then the framework's set-up.
+    /// Binds the settings section "WinHanzi", runs the framework's set-up, builds the window,
+    /// restores its state, finishes with post_ini and registers with the application. The
+    /// caller shows the window.
     void setup() override;
     void ini() override;
     void post_ini() override;

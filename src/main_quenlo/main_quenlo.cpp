@@ -1,9 +1,7 @@
 // The program's entry: brings the program up in a fixed order and tears it down in reverse.
-#include <ki/log/LogConfig.h>
 #include <ki/qt/GApp.h>
 #include <ki/qt/guitools/GGui.h>
 #include <ki/qt/themes.h>
-#include <ki/store/GType.h>
 #include <ki/tools/os.h>
 
 #include <QTimer>
@@ -18,9 +16,6 @@
 #include "app/worksheet/WorksheetCli.h"
 
 namespace {
-
-// Before qMain: the settings read at start-up may already hold a log configuration record.
-[[maybe_unused]] const bool logConfigRegistered = ki::store::register_gtype<ki::log::LogConfig>();
 
 constexpr unsigned int CONFIG_VERSION = 114;
 // Touch friendly: a tap on a list row that wobbles a few pixels is still a click.

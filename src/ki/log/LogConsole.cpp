@@ -1,16 +1,15 @@
 #include <ki/log/LogConsole.h>
 
-#include <cstdio>
-
 namespace ki::log {
 
 void LogConsole::log_string(unsigned int line_number, LOG_LEVEL level, const char* text) {
     std::string line = trailler(line_number, level, get_trailler_bits());
     line += text ? text : "nullptr";
     line += '\n';
-    std::fwrite(line.data(), 1, line.size(), stdout);
-    // Errors and warnings must not sit in a buffer when the program goes down right after.
-    if (level <= LOG_WARN) std::fflush(stdout);
+    // One write per line, flushed at once: a file or pipe is block-buffered, and a line left
+    // in the buffer is lost or cut off when the program ends abruptly.
+    std::fwrite(line.data(), 1, line.size(), sink);
+    std::fflush(sink);
 }
 
 }  // namespace ki::log

@@ -118,18 +118,17 @@ Path Path::prefix_to_length(float l) const {
     Path prefix;
     if (!(l > 0.0f)) return prefix;
     if (l >= length) return *this;
-    for (const Contour& contour : contours) {
-        if (l <= 0.0f) break;
-        Contour& part = prefix.contours.emplace_back();
-        part.start = contour.start;
-        for (size_t i = 0; i < contour.elements.size() && l > 0.0f; ++i) {
-            const float li = contour.lengths[i];
-            prefix.push(part,
-                        li <= l ? contour.elements[i] : element_split_at_length(contour.elements[i], l));
-            l -= li;
+    const Contour* source = nullptr;
+    walk_prefix(l, [&](const Contour& contour, size_t i, float part) {
+        if (&contour != source) {
+            source = &contour;
+            prefix.contours.emplace_back().start = contour.start;
         }
-        part.closed = contour.closed && l >= 0.0f && part.elements.size() == contour.elements.size();
-    }
+        Contour& target = prefix.contours.back();
+        const bool whole = part >= contour.lengths[i];
+        prefix.push(target, whole ? contour.elements[i] : element_split_at_length(contour.elements[i], part));
+        if (whole && i + 1 == contour.elements.size()) target.closed = contour.closed;
+    });
     return prefix;
 }
 

@@ -68,13 +68,15 @@ GApp::GApp(int& argc, char** argv_in, ki::GArgv* args) : QApplication(argc, argv
         if (liDarkMode.has_listener()) liDarkMode.fire_event(dark);
     });
 #endif
-    pp("GApp::GApp, flag_OS_theme_dark:$", is_os_theme_dark_mode());
+    pp("GApp::GApp, flag_OS_theme_dark:$", flag_OS_theme_dark);
     liDarkMode.append("GApp", [this](const bool& dark) { on_dark_mode(dark); });
 }
 
 GApp::~GApp() {
     removeEventFilter(&eventFilter);
     for (GMainWindow* win : windows) win->liClosed.remove("GApp");
+    // Windows and themes may still ask for the application object after this one is gone.
+    gApp = nullptr;
 }
 
 void GApp::prepare_settings(const QString& organisation, unsigned int version, bool flag,

@@ -60,6 +60,7 @@ GMainWindow::GMainWindow(QWidget* parent, Qt::WindowFlags flags)
     setObjectName(rnd::next_QString(8, true));
     percentIconSizeWin = unsigned(GApp::get_icon_size_percent_default());
     grabGesture(Qt::PinchGesture);
+    shared_font_record() = {font().family(), font().pointSize()};
 }
 
 GMainWindow::~GMainWindow() {
@@ -69,11 +70,7 @@ GMainWindow::~GMainWindow() {
 
 void GMainWindow::setup() {
     setup_node<WindowClazz<"CMainWindow">>();
-    ini();
-    restore_state();
     ini_standards();
-    post_ini();
-    if (gApp != nullptr) gApp->add_window(this);
 }
 
 QString GMainWindow::get_object_name() const {
@@ -113,7 +110,12 @@ void GMainWindow::restore_state() {
     pp_trace("GMainWindow::restore_state");
     const unsigned int percent =
         read_or<unsigned int>(nWin, "percentIconSizeWin", unsigned(GApp::get_icon_size_percent_default()));
+    // Clamped like set_icon_size_percent: a damaged value must not leave buttons invisible
+    // or larger than the screen.
     percentIconSizeWin = std::clamp(percent, ICON_PERCENT_MIN, ICON_PERCENT_MAX);
+    if (percentIconSizeWin != percent)
+        pp_warn("GMainWindow::restore_state, percentIconSizeWin:$ outside $..$", percent, ICON_PERCENT_MIN,
+                ICON_PERCENT_MAX);
     adapt_icons_to_theme();
 }
 
@@ -321,7 +323,7 @@ void GMainWindow::adapt_margins_spacings() {
 }
 
 void GMainWindow::mouse_move(QMouseEvent* ev) {
-    pp_trace("GMainWindow::mouse_move, ev:$", ev->position());
+    pp_trace("GMainWindow::mouse_move, ev:$", ev);
 }
 
 GPanel* GMainWindow::gen_main_panel(GLAYOUT layout) {

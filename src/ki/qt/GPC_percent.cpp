@@ -79,19 +79,12 @@ void GPC::draw_path(unsigned int flags, const math::Path& path, const QPen& pen,
         draw_path(flags, path, pen, brush);
         return;
     }
-    float remaining = percent / 100.0f * path.get_length();
-    for (const math::Contour& contour : path.get_contours()) {
-        for (size_t i = 0; i < contour.elements.size(); ++i) {
-            if (remaining <= 0.0f) return;
-            const float length = contour.lengths[i];
-            if (remaining < length) {
-                draw_geometry_percent(contour.elements[i], pen, brush, remaining / length * 100.0f);
-                return;
-            }
-            draw_geometry_percent(contour.elements[i], pen, brush, 100.0f);
-            remaining -= length;
-        }
-    }
+    path.walk_prefix(percent / 100.0f * path.get_length(),
+                     [&](const math::Contour& contour, size_t i, float part) {
+                         const float length = contour.lengths[i];
+                         draw_geometry_percent(contour.elements[i], pen, brush,
+                                               part >= length ? 100.0f : part / length * 100.0f);
+                     });
 }
 
 }  // namespace ki::qt

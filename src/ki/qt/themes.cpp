@@ -9,6 +9,7 @@
 #include <QScopedValueRollback>
 #include <QStyle>
 #include <QWidget>
+#include <cstdio>
 #include <optional>
 
 namespace ki::qt::themes {
@@ -88,9 +89,6 @@ QPalette build_dark() {
     pal.setColor(QPalette::Disabled, QPalette::Highlight, QColor(80, 80, 80));
     pal.setColor(QPalette::Disabled, QPalette::HighlightedText, QColor(160, 160, 160));
     pal.setColor(QPalette::Disabled, QPalette::PlaceholderText, QColor(120, 120, 120));
-    // The style's links are dark blue, unreadable on this background.
-    set_all(pal, QPalette::Link, QColor(110, 180, 255));
-    set_all(pal, QPalette::LinkVisited, QColor(180, 150, 255));
     return pal;
 }
 
@@ -111,10 +109,6 @@ QPalette build_green() {
     set_all(pal, QPalette::Mid, QColor(75, 75, 75));
     set_all(pal, QPalette::Dark, QColor(45, 45, 45));
     set_all(pal, QPalette::Shadow, QColor(20, 20, 20));
-    set_all(pal, QPalette::ToolTipBase, QColor(40, 70, 40));
-    set_all(pal, QPalette::ToolTipText, QColor(220, 255, 220));
-    set_all(pal, QPalette::Link, QColor(150, 230, 150));
-    set_all(pal, QPalette::LinkVisited, QColor(190, 220, 150));
     return pal;
 }
 
@@ -309,7 +303,9 @@ QFont get_mono_font() {
     const QStringList families = id < 0 ? QStringList() : QFontDatabase::applicationFontFamilies(id);
     QFont font;
     if (families.isEmpty()) {
-        pp("PROBLEM READING FONT\n");
+        // Written out, not logged: it must show even when the log level hides debug lines.
+        std::fputs("PROBLEM READING FONT\n", stdout);
+        std::fflush(stdout);
         font = QFont(QStringLiteral("Monospace"));
     } else {
         font = QFont(families.first());

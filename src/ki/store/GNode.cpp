@@ -102,10 +102,7 @@ GSysResult<GNode> GNode::from_qstring(const QString& text) {
     qint32 magic = 0;
     in >> magic;
     if (in.status() != QDataStream::Ok) return refuse("from_qstring, failed to read magic");
-    if (magic != MAGIC) {
-        return refuse(str::xprintF(0, "from_qstring, wrong magic:0x$",
-                                   QString::number(static_cast<quint32>(magic), 16)));
-    }
+    if (magic != MAGIC) return refuse(str::xprintF(0, "from_qstring, wrong magic:$", magic));
     qint16 version = 0;
     in >> version;
     if (in.status() != QDataStream::Ok) return refuse("from_qstring, failed to read version");

@@ -1,5 +1,6 @@
 #include <ki/log/GLog.h>
 #include <ki/log/LogConfig.h>
+#include <ki/store/BuiltinTypes.h>
 #include <ki/store/GType.h>
 
 #include <cstddef>
@@ -67,5 +68,11 @@ void register_gtype_meta_type() {
     qRegisterMetaType<GType>();
     qRegisterMetaType<GType>("kir::store::GType");
 }
+
+namespace {
+// At static initialisation, so that a node shown or read before any settings are used
+// already knows the framework's records.
+[[maybe_unused]] const bool builtinTypesRegistered = (register_builtin_types(), true);
+}  // namespace
 
 }  // namespace ki::store

@@ -10,6 +10,7 @@
 #include <QFileInfo>
 #include <QSplitter>
 #include <iostream>
+#include <memory>
 
 namespace ki::qt {
 
@@ -17,6 +18,12 @@ namespace {
 
 QString splitter_key(const QSplitter* splitter) {
     return QStringLiteral("splitter/") + splitter->objectName();
+}
+
+// The one store; a pointer so that tests can open it afresh.
+std::unique_ptr<GSettings>& store() {
+    static std::unique_ptr<GSettings> settings;
+    return settings;
 }
 
 QString window_key(const QString& name) {
@@ -36,8 +43,16 @@ GSettings& GSettings::instance() {
     static const bool fileKept = set_aside_damaged_file(QSettings().fileName());
     (void)fileKept;
 #endif
-    static GSettings settings;
-    return settings;
+    std::unique_ptr<GSettings>& settings = store();
+    if (!settings) settings.reset(new GSettings);
+    return *settings;
+}
+
+void GSettings::reopen_for_tests() {
+    std::unique_ptr<GSettings>& settings = store();
+    if (!settings) return;
+    settings->sync();
+    settings.reset();
 }
 
 bool GSettings::set_aside_damaged_file(const QString& fileName) {

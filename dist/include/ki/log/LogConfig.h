@@ -15,6 +15,9 @@ struct LogConfig {
     /// Font size of the log panel.
     unsigned int fontSize = 10;
     bool autoScrollHorz = false;
+    /// Spelled out and zero: the record is stored byte by byte, and equal configurations must
+    /// give equal bytes (and MD5s), which compiler padding would not.
+    unsigned char reserved[3] = {};
 
     /// The desktop defaults (on Android with the larger panel font).
     void ini();
@@ -29,11 +32,16 @@ struct LogConfig {
     void write_to_settings() const {}
     void read_from_settings() {}
 
-    bool operator==(const LogConfig&) const = default;
+    /// The options only; `reserved` is no option.
+    bool operator==(const LogConfig& other) const {
+        return digits == other.digits && logLevel == other.logLevel && logControl == other.logControl &&
+               fontSize == other.fontSize && autoScrollHorz == other.autoScrollHorz;
+    }
 };
 
 static_assert(std::is_trivially_copyable_v<LogConfig>);
+static_assert(sizeof(LogConfig) == 4 * sizeof(unsigned int) + 4, "LogConfig must have no padding");
 
-// Registered as a store record type by ki::store::register_builtin_types().
+// Registered as a store record type at static initialisation (ki::store::register_builtin_types).
 
 }  // namespace ki::log

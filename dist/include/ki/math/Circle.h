@@ -11,6 +11,8 @@ struct Circle {
     float radius = 0.0f;
 
     /// True when `point` lies inside or on the circle, allowing `tolerance` beyond the radius.
+    /// A point on the rim counts as inside at every angle, although float coordinates put it
+    /// a rounding step off the rim.
     bool contains(glm::vec2 point, float tolerance) const;
 
     /// "center:$, radius:$"

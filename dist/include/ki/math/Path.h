@@ -72,6 +72,21 @@ public:
     /// The path up to `length`, spanning contours; the last element reached is cut to fit.
     /// A length of 0 or less gives an empty path.
     Path prefix_to_length(float length) const;
+    /// Calls visit(contour, index, part) for each element that the first `length` of the path
+    /// covers, in order; `part` is the element's whole length except for a cut last one. What
+    /// is left after a whole element within rounding error of the path's length ends the walk:
+    /// no sliver of the next element is visited.
+    template <typename Visit>
+    void walk_prefix(float l, Visit&& visit) const {
+        const float slack = length * 1e-5f;
+        for (const Contour& contour : contours) {
+            for (size_t i = 0; i < contour.elements.size(); ++i) {
+                if (!(l > slack)) return;
+                visit(contour, i, l < contour.lengths[i] ? l : contour.lengths[i]);
+                l -= contour.lengths[i];
+            }
+        }
+    }
 
     void clear();
     /// Starts a new contour. A move_to right after another one just moves that contour's start.

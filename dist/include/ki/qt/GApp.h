@@ -3,6 +3,7 @@
 // application-wide event filter, the open main windows and the listeners through which the
 // program hears of application-level events, and keeps the process-wide settings node.
 
+#include <ki/GAtomic.h>
 #include <ki/Listener.h>
 #include <ki/qt/GOrientationDetector.h>
 #include <ki/qt/GTimer.h>
@@ -127,14 +128,14 @@ private:
     GOrientationDetector orientationDetector;
     std::set<GMainWindow*> windows;
     unsigned int theme = 0;
-    std::atomic<bool> flag_OS_theme_dark{false};
+    GAtomic<bool> flag_OS_theme_dark{false};
     GTimer timer;
     // What the system's palette said before any theme of ours was applied (Qt < 6.5).
     bool systemPaletteDark = false;
     bool readingSystemPalette = false;
 };
 
-/// The one application object; null before it is built.
+/// The one application object; null before it is built and after it is destroyed.
 inline GApp* gApp = nullptr;
 
 }  // namespace ki::qt

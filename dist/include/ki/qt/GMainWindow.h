@@ -3,8 +3,10 @@
 // name, a theme, a font size and an icon size that persist, the standard hotkeys, the options
 // menu, the log panel, drag and drop of files, and listeners for its state changes.
 //
-// Set-up order: construct, then `setup()` (a subclass that wants its own settings section
-// calls `setup_node<WindowClazz<"Name">>()` first), then `show()`.
+// Set-up order: construct, then the subclass's set-up calls `setup()` (a subclass that wants
+// its own settings section calls `setup_node<WindowClazz<"Name">>()` first), builds its
+// contents, calls `restore_state()`, `show()` and `post_ini()`, and registers the window with
+// `GApp::add_window`.
 
 #include <ki/Listener.h>
 #include <ki/qt/LayoutEvent.h>
@@ -64,8 +66,8 @@ public:
         nWin = GSettings::instance().get_window_node(get_object_name());
     }
 
-    /// Binds the settings ("CMainWindow" unless bound before), builds the contents (`ini`),
-    /// restores the saved state, finishes the standard set-up and calls `post_ini`.
+    /// Binds the settings ("CMainWindow" unless bound before) and runs `ini_standards`; the
+    /// rest of the set-up is the subclass's (see the order above).
     virtual void setup();
     /// "<class>_<number>" once set up, else the Qt object name.
     virtual QString get_object_name() const;
@@ -107,7 +109,7 @@ public:
     virtual void adapt_margins_spacings();
     virtual void mouse_move(QMouseEvent* ev);
 
-    /// Builds the window's contents; called once by `setup`.
+    /// Builds the window's contents; the subclass's set-up calls it before `restore_state`.
     virtual void ini() {}
 
     /// QWidget::show, then the "__bounds x,y,w,h" geometry from the command line if given.

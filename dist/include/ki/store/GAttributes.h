@@ -69,8 +69,8 @@ public:
     /// Equal keys with values of the same type that compare equal (1 and 1u differ).
     bool operator==(const GAttributes& other) const;
 
-    /// int32 count, then key and value of each entry in key order. Fails (and logs) for a
-    /// value type that could not be read back safely, and on a stream error.
+    /// int32 count, then key and value of each entry in key order. A value of a type that
+    /// could not be read back safely (images, brushes, fonts, ...) is skipped with an error.
     bool to_stream(QDataStream& out) const;
     /// Reads into a temporary and replaces the content only on success.
     bool from_stream(QDataStream& in);

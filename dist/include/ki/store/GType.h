@@ -2,9 +2,9 @@
 // The stored form of a plain-old-data record (a log configuration, a matrix): a type id, the
 // record's size and its bytes, so that records can live as attributes of a settings node.
 //
-// Layout: the record's bytes exactly as they are in memory (native byte order, padding
-// included, so two equal records may differ in their padding bytes). A record whose size
-// changed between builds is refused on reading, not misread.
+// Layout: the record's bytes exactly as they are in memory (native byte order). A record
+// spells out its padding as zeroed fields, so that equal records give equal bytes. A record
+// whose size changed between builds is refused on reading, not misread.
 
 #include <ki/GError.h>
 #include <ki/log/GLog.h>

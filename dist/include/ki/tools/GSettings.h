@@ -23,6 +23,10 @@ public:
     /// Created on first use, destroyed at process exit. A damaged settings file is first moved
     /// aside (see set_aside_damaged_file), so that the program starts on its defaults.
     static GSettings& instance();
+    /// For tests only: writes the store and drops it, so that the next instance() reads the
+    /// file afresh. QSettings keeps its first write error for good, and so would every later
+    /// test in the same process.
+    static void reopen_for_tests();
     static void init() {}
     /// instance().dump_it(indent).
     static void dump(unsigned int indent = 0);

@@ -6,8 +6,48 @@
 #include <QMouseEvent>
 #include <QPinchGesture>
 #include <QWheelEvent>
+#include <utility>
 
 namespace ki::qt::event {
+
+namespace {
+
+const char* mouse_event_kind(QEvent::Type type) {
+    switch (type) {
+        case QEvent::MouseButtonPress:
+            return "Press";
+        case QEvent::MouseButtonRelease:
+            return "Release";
+        case QEvent::MouseButtonDblClick:
+            return "DoubleClick";
+        case QEvent::MouseMove:
+            return "Move";
+        default:
+            return "Mouse";
+    }
+}
+
+std::string button_names(Qt::MouseButtons buttons) {
+    static const std::pair<Qt::MouseButton, const char*> names[] = {{Qt::LeftButton, "Left"},
+                                                                    {Qt::RightButton, "Right"},
+                                                                    {Qt::MiddleButton, "Middle"},
+                                                                    {Qt::BackButton, "Back"},
+                                                                    {Qt::ForwardButton, "Forward"}};
+    std::string text;
+    for (const auto& [button, name] : names) {
+        if (!buttons.testFlag(button)) continue;
+        if (!text.empty()) text += '|';
+        text += name;
+    }
+    return text.empty() ? "None" : text;
+}
+
+}  // namespace
+
+std::string mouse_event_to_string(const QMouseEvent& ev) {
+    return str::xprintF(0, "$ $ at $ (global $), buttons:$", mouse_event_kind(ev.type()), button_names(ev.button()),
+                        ev.position().toPoint(), ev.globalPosition().toPoint(), button_names(ev.buttons()));
+}
 
 EventFilter::EventFilter(QObject* parent) : QObject(parent) {}
 
@@ -47,6 +87,18 @@ void EventFilter::dispatch_mouse(QMouseEvent* ev) {
     }
 }
 
+void EventFilter::dispatch_key(QObject* watched, QEvent* ev) {
+    // A key press that a widget ignores is offered to its parent, the same event object again:
+    // a receiver that is the parent of the last one continues that press.
+    auto* key = static_cast<QKeyEvent*>(ev);
+    const bool same = key == lastKeyEvent && key->timestamp() == lastKeyTimestamp &&
+                      lastKeyReceiver != nullptr && watched == lastKeyReceiver->parent();
+    lastKeyEvent = key;
+    lastKeyTimestamp = key->timestamp();
+    lastKeyReceiver = watched;
+    if (!same && liKeyPress.has_listener()) liKeyPress.fire_event(key->key());
+}
+
 bool EventFilter::eventFilter(QObject* watched, QEvent* ev) {
     const QEvent::Type type = ev->type();
     if (watched != nullptr &&
@@ -67,8 +119,7 @@ bool EventFilter::eventFilter(QObject* watched, QEvent* ev) {
                 liWheel.fire_event(static_cast<QWheelEvent*>(ev)->angleDelta().y() / 8.0f);
             break;
         case QEvent::KeyPress:
-            if (watched != nullptr && watched->isWidgetType() && liKeyPress.has_listener())
-                liKeyPress.fire_event(static_cast<QKeyEvent*>(ev)->key());
+            if (watched != nullptr && watched->isWidgetType()) dispatch_key(watched, ev);
             break;
         case QEvent::Gesture: {
             auto* gesture = static_cast<QGestureEvent*>(ev);

@@ -46,6 +46,11 @@ void set_res_prefix(const QString& prefix) {
     while (resPrefix.endsWith(QLatin1Char('/'))) resPrefix.chop(1);
 }
 
+FontRecord& shared_font_record() {
+    static FontRecord record;
+    return record;
+}
+
 QString get_res_prefix() {
     return resPrefix;
 }

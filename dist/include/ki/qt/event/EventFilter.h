@@ -4,6 +4,7 @@
 // Watched names, objects and event types are logged as a debugging aid.
 
 #include <ki/Listener.h>
+#include <ki/str/xprintF.h>
 
 #include <QEvent>
 #include <QObject>
@@ -11,6 +12,7 @@
 #include <QPointer>
 #include <QSet>
 #include <QString>
+#include <string>
 
 class QMouseEvent;
 
@@ -44,6 +46,7 @@ public:
 private:
     bool is_watched(QObject* watched, QEvent::Type type) const;
     void dispatch_mouse(QMouseEvent* ev);
+    void dispatch_key(QObject* watched, QEvent* ev);
 
     QSet<QString> watchedNames;
     QSet<QObject*> watchedObjects;
@@ -54,6 +57,19 @@ private:
     int lastType = 0;
     quint64 lastTimestamp = 0;
     QPointF lastGlobal;
+    // The same for a key press as it propagates from a widget to its parents.
+    const QEvent* lastKeyEvent = nullptr;
+    quint64 lastKeyTimestamp = 0;
+    QPointer<QObject> lastKeyReceiver;
 };
 
+/// How `$` prints a mouse event: kind, button, position in the receiver and on the screen,
+/// buttons held, for example "Press Left at 12,5 (global 112,105), buttons:Left".
+std::string mouse_event_to_string(const QMouseEvent& ev);
+
 }  // namespace ki::qt::event
+
+template <>
+inline void ki::obj_to_stream<QMouseEvent>(std::ostringstream& os, const QMouseEvent& ev) {
+    os << ki::qt::event::mouse_event_to_string(ev);
+}

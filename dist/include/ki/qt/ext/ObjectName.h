@@ -1,6 +1,8 @@
 #pragma once
 // Gives a Qt object a readable name by default, so logs and style sheets can address it.
 
+#include <ki/GError.h>
+
 #include <QObject>
 #include <QString>
 
@@ -18,7 +20,8 @@ public:
     void set_name(const QString& name) { self->setObjectName(name); }
 
 protected:
-    ObjectName(T* object, const char* type_name) : self(object) {
+    ObjectName(T* obj, const char* type_name) : self(obj) {
+        KI_CHECK_NULL(obj, "dist/include/ki/qt/ext/ObjectName");
         static int counter = 0;
         self->setObjectName(QString::fromLatin1(type_name) + QLatin1Char('#') + QString::number(counter++));
     }

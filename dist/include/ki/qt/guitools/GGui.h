@@ -34,6 +34,14 @@ void adapt_icons(QWidget* root, unsigned int theme);
 /// Gives every button below `root` that has PROPERTY_ICON the icon size `size`.
 void adapt_icon_sizes(QWidget* root, const QSize& size);
 
+/// The font of the most recently built main window, kept for framework parts that size
+/// themselves before or outside a window.
+struct FontRecord {
+    QString family;
+    int pointSize = 0;
+};
+FontRecord& shared_font_record();
+
 inline constexpr int FONT_SIZE_MIN = 8;
 inline constexpr int FONT_SIZE_MAX = 20;
 int clamp_font_size(int size);

@@ -158,9 +158,11 @@ void GDataScroller::rebuild() {
             break;
         }
         if (row->parentWidget() != viewport) row->setParent(viewport);
+        // At least a pixel: rows of no height would never fill the viewport, and every row of
+        // the model would be built.
         const int row_height =
-            std::max(model->get_row_height(int(std::min<long long>(i, INT_MAX))),
-                     row->hasHeightForWidth() ? row->heightForWidth(width) : row->sizeHint().height());
+            std::max({1, model->get_row_height(int(std::min<long long>(i, INT_MAX))),
+                      row->hasHeightForWidth() ? row->heightForWidth(width) : row->sizeHint().height()});
         row->setGeometry(0, y, width, row_height);
         row->liMouseClick.set(listener_key(this), [this, i](QMouseEvent* const&) { on_row_click(i); });
         row->show();
