@@ -1,11 +1,16 @@
 // The tracing judge as a table over its verdicts, and learn mode driven through the real widget
-// with mouse events, judged by the stroke-learned events it fires.
+// with mouse, pen and touch events, judged by the listener events it fires and the pixels it
+// paints.
 #include <gtest/gtest.h>
 #include <ki/log/GLog.h>
 
 #include <QCoreApplication>
 #include <QDir>
+#include <QImage>
 #include <QMouseEvent>
+#include <QPainter>
+#include <QTabletEvent>
+#include <QTest>
 #include <random>
 
 #include "app/stroke/CanvasHanzi.h"
@@ -38,6 +43,74 @@ void send(CanvasHanzi& canvas, QEvent::Type type, QPointF pos, Qt::MouseButton b
     QMouseEvent ev(type, pos, canvas.mapToGlobal(pos), type == QEvent::MouseMove ? Qt::NoButton : button, held,
                    Qt::NoModifier);
     QCoreApplication::sendEvent(&canvas, &ev);
+}
+
+// A finger on a touch screen, delivered through Qt's own touch handling, and a pen.
+QPointingDevice* touch_screen() {
+    static QPointingDevice* const device = QTest::createTouchDevice();
+    return device;
+}
+
+const QPointingDevice& pen() {
+    static const QPointingDevice device("pen", 7001, QInputDevice::DeviceType::Stylus,
+                                        QPointingDevice::PointerType::Pen, QInputDevice::Capability::Position, 1, 2);
+    return device;
+}
+
+enum class Input { MOUSE, PEN, FINGER, MOUSE_FROM_TOUCH, MOUSE_FROM_PEN };
+enum class Phase { PRESS, MOVE, RELEASE, SECOND_FINGER, CANCEL };
+struct Step {
+    Input input;
+    Phase phase;
+    glm::vec2 at;  // character units
+};
+
+// Press at the first point, move through the middle ones, release at the last.
+std::vector<Step> stroke(Input input, const std::vector<glm::vec2>& points) {
+    std::vector<Step> steps;
+    for (size_t i = 0; i < points.size(); ++i)
+        steps.push_back({input, i == 0 ? Phase::PRESS : i + 1 == points.size() ? Phase::RELEASE : Phase::MOVE,
+                         points[i]});
+    return steps;
+}
+
+// Sends one step; false when the canvas ignored a pen event, so Qt would make a mouse event of it.
+bool send_step(CanvasHanzi& canvas, const Step& step, QPoint px) {
+    const bool press = step.phase == Phase::PRESS;
+    const bool release = step.phase == Phase::RELEASE;
+    if (step.input == Input::FINGER) {
+        static bool secondDown = false;
+        auto touch = QTest::touchEvent(&canvas, touch_screen(), false);
+        if (step.phase == Phase::CANCEL) {
+            QTouchEvent cancel(QEvent::TouchCancel, touch_screen());
+            QCoreApplication::sendEvent(&canvas, &cancel);
+        }
+        if (press) touch.press(0, px);
+        if (step.phase == Phase::MOVE) touch.move(0, px);
+        if (step.phase == Phase::SECOND_FINGER) touch.stationary(0).press(1, px);
+        // Every finger comes off at the end, so the next row starts on a clear screen.
+        if (release || step.phase == Phase::CANCEL) touch.release(0, px);
+        if ((release || step.phase == Phase::CANCEL) && secondDown) touch.release(1, px);
+        secondDown = (secondDown || step.phase == Phase::SECOND_FINGER) && !release && step.phase != Phase::CANCEL;
+        touch.commit();
+        return true;
+    }
+    const Qt::MouseButton button = press || release ? Qt::LeftButton : Qt::NoButton;
+    const Qt::MouseButtons held = release ? Qt::NoButton : Qt::LeftButton;
+    if (step.input == Input::PEN) {
+        const QEvent::Type type = press ? QEvent::TabletPress : release ? QEvent::TabletRelease : QEvent::TabletMove;
+        QTabletEvent ev(type, &pen(), px, canvas.mapToGlobal(px), 0.5, 0, 0, 0, 0, 0, Qt::NoModifier, button, held);
+        QCoreApplication::sendEvent(&canvas, &ev);
+        return ev.isAccepted();
+    }
+    const QEvent::Type type = press ? QEvent::MouseButtonPress : release ? QEvent::MouseButtonRelease : QEvent::MouseMove;
+    const bool fromTouch = step.input == Input::MOUSE_FROM_TOUCH;
+    // Qt marks mouse events it makes of touch as such; those made of a pen carry the pen.
+    QMouseEvent ev(type, px, px, canvas.mapToGlobal(px), button, held, Qt::NoModifier,
+                   fromTouch ? Qt::MouseEventSynthesizedByQt : Qt::MouseEventNotSynthesized,
+                   fromTouch ? touch_screen() : step.input == Input::MOUSE_FROM_PEN ? &pen() : QPointingDevice::primaryPointingDevice());
+    QCoreApplication::sendEvent(&canvas, &ev);
+    return true;
 }
 
 // The canvas's own lesson state, at the first stroke of its character.
@@ -231,5 +304,113 @@ TEST(Tracing, MousePointsMapExactlyIntoTheCharacterFrame) {
             EXPECT_NEAR(canvas.get_path_mouse().point_start().y, expected.y, 0.5f);
             send(canvas, QEvent::MouseButtonRelease, QPointF(px));
         }
+    }
+}
+
+TEST(Tracing, PenAndFingerTraceLikeTheMouse) {
+    const Anim line = line_anim();
+    const std::vector<glm::vec2> perfect = {{100, 500}, {400, 500}, {700, 500}};
+    const std::vector<glm::vec2> shifted = {{100, 590}, {400, 590}, {700, 590}};
+    const auto join = [](std::vector<Step> a, const std::vector<Step>& b) {
+        a.insert(a.end(), b.begin(), b.end());
+        return a;
+    };
+    auto cut = [&](Phase phase) {
+        std::vector<Step> steps = stroke(Input::FINGER, {{100, 500}, {400, 500}});
+        steps.back().phase = Phase::MOVE;
+        steps.push_back({Input::FINGER, phase, {400, 300}});
+        steps.push_back({Input::FINGER, Phase::RELEASE, {700, 500}});
+        return steps;
+    };
+    struct Row {
+        const char* name;
+        std::vector<Step> steps;
+        int learned;
+        int rejected;
+        bool learn = true;
+    };
+    const Row rows[] = {
+        {"pen stroke accepted", stroke(Input::PEN, perfect), 1, 0},
+        {"pen stroke off the centre line rejected", stroke(Input::PEN, shifted), 0, 1},
+        {"finger stroke accepted", stroke(Input::FINGER, perfect), 1, 0},
+        {"finger stroke off the centre line rejected", stroke(Input::FINGER, shifted), 0, 1},
+        {"second finger cancels without a verdict", cut(Phase::SECOND_FINGER), 0, 0},
+        {"cancelled touch ends without a verdict", cut(Phase::CANCEL), 0, 0},
+        {"finger stroke then Qt's mouse copy judged once",
+         join(stroke(Input::FINGER, perfect), stroke(Input::MOUSE_FROM_TOUCH, perfect)), 1, 0},
+        {"pen stroke then its mouse copy judged once",
+         join(stroke(Input::PEN, perfect), stroke(Input::MOUSE_FROM_PEN, perfect)), 1, 0},
+        {"a real mouse stroke after a finger stroke counts again",
+         join(stroke(Input::FINGER, perfect), stroke(Input::MOUSE, perfect)), 2, 0},
+        {"watch mode leaves pen and finger alone",
+         join(stroke(Input::PEN, perfect), stroke(Input::FINGER, perfect)), 0, 0, false},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.name);
+        CanvasHanzi canvas;
+        canvas.resize(500, 400);
+        canvas.set_r_circle(60);
+        canvas.set_anim(line);
+        start_lesson(canvas, row.learn);
+        canvas.show();
+        ASSERT_TRUE(QTest::qWaitForWindowExposed(&canvas));
+        int learned = 0;
+        int rejected = 0;
+        canvas.listenerStrokeLearned += [&] { ++learned; };
+        canvas.listenerStrokeRejected += [&] { ++rejected; };
+        const Fit fit(line.viewBox, canvas.size());
+        for (const Step& step : row.steps) {
+            const bool accepted = send_step(canvas, step, fit.to_pixel(step.at).toPoint());
+            if (step.input == Input::PEN) {
+                EXPECT_EQ(accepted, row.learn) << "a pen event Qt would turn into a mouse event";
+            }
+        }
+        EXPECT_EQ(learned, row.learned);
+        EXPECT_EQ(rejected, row.rejected);
+        EXPECT_EQ(canvas.get_path_mouse().is_empty(), row.learned + row.rejected == 0);
+    }
+}
+
+// Rendered at each device pixel ratio, the trace lies under the pointer positions that made it
+// and the grid's first line lies 50 widget pixels down.
+TEST(Tracing, TraceAndGridLieUnderThePointerAtEveryPixelRatio) {
+    const Anim line = line_anim();
+    const QSize size(500, 400);
+    const morvel::CanvasColors colors = morvel::CanvasColors::normal();
+    const auto is_trace = [](QRgb c) { return qBlue(c) - qRed(c) > 100; };
+    for (qreal ratio : {1.0, 1.5, 2.0}) {
+        SCOPED_TRACE(testing::Message() << "ratio " << ratio);
+        CanvasHanzi canvas;
+        canvas.resize(size);
+        canvas.set_anim(line);
+        start_lesson(canvas, true);
+        const Fit fit(line.viewBox, size);
+        for (const Step& step : stroke(Input::PEN, {{100, 500}, {400, 500}, {690, 500}, {700, 500}}))
+            send_step(canvas, step, fit.to_pixel(step.at).toPoint());
+        const glm::vec2 start = canvas.get_path_mouse().point_start();
+        EXPECT_NEAR(start.x, 100.0f, 1.0f);
+        EXPECT_NEAR(start.y, 500.0f, 1.0f);
+        QImage image(size * ratio, QImage::Format_ARGB32_Premultiplied);
+        image.setDevicePixelRatio(ratio);
+        {
+            QPainter painter(&image);
+            canvas.paint_to(painter, {static_cast<float>(size.width()), static_cast<float>(size.height())});
+        }
+        const auto at = [&](QPointF p) { return image.pixel((p * ratio).toPoint()); };
+        // The trace is 60 pixels wide here (150 units at 0.4 pixels per unit).
+        for (glm::vec2 along : {glm::vec2(100, 500), glm::vec2(400, 500), glm::vec2(690, 500)}) {
+            const QPointF p = fit.to_pixel(along);
+            EXPECT_TRUE(is_trace(at(p))) << "on the trace at " << p.x();
+            EXPECT_TRUE(is_trace(at(p + QPointF(0, 26))) && is_trace(at(p - QPointF(0, 26))));
+            EXPECT_FALSE(is_trace(at(p + QPointF(0, 36))) || is_trace(at(p - QPointF(0, 36))));
+        }
+        EXPECT_FALSE(is_trace(at(fit.to_pixel({100, 500}) - QPointF(36, 0))));
+        std::vector<int> gridRows;
+        const int x = static_cast<int>(20 * ratio);
+        for (int y = static_cast<int>(40 * ratio); y <= static_cast<int>(60 * ratio); ++y)
+            if (image.pixel(x, y) == colors.colorGrid.rgb()) gridRows.push_back(y);
+        ASSERT_FALSE(gridRows.empty());
+        EXPECT_LE(std::abs(gridRows.front() - 50 * ratio), 1.0);
+        EXPECT_LE(std::abs(gridRows.back() - 50 * ratio), 1.0);
     }
 }
