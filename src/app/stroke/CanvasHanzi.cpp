@@ -394,7 +394,6 @@ void CanvasHanzi::touch_event(QTouchEvent* ev) {
         return;
     }
     if (touchId < 0) return;
-    // A second finger or a cancelled sequence ends the attempt without a verdict.
     if (ev->type() == QEvent::TouchCancel || points.size() != 1) {
         ki::pp("CanvasHanzi::touch_event, attempt cancelled, points:$", points.size());
         touchId = -1;

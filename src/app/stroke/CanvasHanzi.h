@@ -1,8 +1,8 @@
 #pragma once
 // The widget on which the current character is painted: background, practice grid and the
 // strokes, either filling up along their centre lines (watch mode) or traced by the user with
-// the left mouse button, a pen or one finger (learn mode). Everything is drawn and judged in the character's own
-// frame (the viewBox), which one transform fits centred into the widget.
+// the left mouse button, a pen or one finger (learn mode). Everything is drawn and judged in
+// the character's own frame (the viewBox), which one transform fits centred into the widget.
 
 #include <ki/Listener.h>
 #include <ki/qt/GCanvas.h>
@@ -128,7 +128,7 @@ protected:
     void mouseMoveEvent(QMouseEvent* ev) override;
     void mouseReleaseEvent(QMouseEvent* ev) override;
     void tabletEvent(QTabletEvent* ev) override;
-    /// Touch events, which QWidget has no handler of their own for.
+    /// Touch events, for which QWidget has no handler of its own.
     bool event(QEvent* ev) override;
 
 private:
@@ -137,6 +137,8 @@ private:
     bool trace_press(QPoint pixel);
     bool trace_move(QPoint pixel);
     bool trace_release(QPoint pixel);
+    /// One finger traces; a second finger or a cancelled sequence ends the attempt without a
+    /// verdict.
     void touch_event(QTouchEvent* ev);
     /// The fit of the character's frame into `view` (pixels).
     glm::mat3 anim_matrix(const ki::math::Rect& view) const;
