@@ -1,11 +1,16 @@
 // The tracing judge as a table over its verdicts, and learn mode driven through the real widget
-// with mouse events, judged by the stroke-learned events it fires.
+// with mouse, pen and touch events, judged by the listener events it fires and the pixels it
+// paints.
 #include <gtest/gtest.h>
 #include <ki/log/GLog.h>
 
 #include <QCoreApplication>
 #include <QDir>
+#include <QImage>
 #include <QMouseEvent>
+#include <QPainter>
+#include <QTabletEvent>
+#include <QTest>
 #include <random>
 
 #include "app/stroke/CanvasHanzi.h"
@@ -32,12 +37,79 @@ struct Fit {
     glm::vec2 to_anim(QPoint p) const { return (glm::vec2(p.x(), p.y()) - offset) / scale; }
 };
 
-void send(CanvasHanzi& canvas, QEvent::Type type, QPointF pos, Qt::MouseButton button = Qt::LeftButton,
-          Qt::MouseButtons held = Qt::LeftButton) {
-    if (type == QEvent::MouseButtonRelease && button == Qt::LeftButton) held = Qt::NoButton;
-    QMouseEvent ev(type, pos, canvas.mapToGlobal(pos), type == QEvent::MouseMove ? Qt::NoButton : button, held,
-                   Qt::NoModifier);
-    QCoreApplication::sendEvent(&canvas, &ev);
+// A finger on a touch screen, delivered through Qt's own touch handling, and a pen; made once
+// the application runs.
+QPointingDevice* touch_screen() {
+    static QPointingDevice* const device = QTest::createTouchDevice();
+    return device;
+}
+
+const QPointingDevice* pen() {
+    static const QPointingDevice device("pen", 7001, QInputDevice::DeviceType::Stylus,
+                                        QPointingDevice::PointerType::Pen, QInputDevice::Capability::Position, 1, 2);
+    return &device;
+}
+
+enum class Input { MOUSE, PEN, FINGER, MOUSE_FROM_TOUCH, MOUSE_FROM_PEN };
+// RIGHT_RELEASE: the right button comes up while the left is held; SECOND_FINGER: another
+// finger taps while the first is down.
+enum class Phase { PRESS, MOVE, RELEASE, RIGHT_RELEASE, SECOND_FINGER, CANCEL };
+struct Step {
+    Input input;
+    Phase phase;
+    glm::vec2 at;  // character units
+};
+
+// Press at the first point, move through the middle ones, release at the last.
+std::vector<Step> gesture(Input input, const std::vector<glm::vec2>& points) {
+    std::vector<Step> steps;
+    for (size_t i = 0; i < points.size(); ++i)
+        steps.push_back({input, i == 0 ? Phase::PRESS : i + 1 == points.size() ? Phase::RELEASE : Phase::MOVE,
+                         points[i]});
+    return steps;
+}
+
+// Sends the steps at the pixels `fit` gives their points; false when the canvas left a pen
+// event to Qt to turn into mouse events.
+bool trace(CanvasHanzi& canvas, const Fit& fit, const std::vector<Step>& steps) {
+    bool taken = true;
+    for (const Step& step : steps) {
+        const QPoint px = fit.to_pixel(step.at).toPoint();
+        const bool press = step.phase == Phase::PRESS;
+        const bool release = step.phase == Phase::RELEASE || step.phase == Phase::RIGHT_RELEASE;
+        if (step.input == Input::FINGER) {
+            QTouchEvent cancel(QEvent::TouchCancel, touch_screen());
+            if (step.phase == Phase::CANCEL) QCoreApplication::sendEvent(&canvas, &cancel);
+            auto touch = QTest::touchEvent(&canvas, touch_screen(), false);
+            if (step.phase == Phase::SECOND_FINGER) touch.stationary(0).press(1, px).commit();
+            if (step.phase == Phase::SECOND_FINGER) touch.stationary(0).release(1, px);
+            if (press) touch.press(0, px);
+            if (step.phase == Phase::MOVE) touch.move(0, px);
+            if (release || step.phase == Phase::CANCEL) touch.release(0, px);
+            touch.commit();
+            continue;
+        }
+        const Qt::MouseButton button =
+            step.phase == Phase::RIGHT_RELEASE ? Qt::RightButton : press || release ? Qt::LeftButton : Qt::NoButton;
+        const Qt::MouseButtons held = step.phase == Phase::RELEASE ? Qt::NoButton : Qt::LeftButton;
+        if (step.input == Input::PEN) {
+            QTabletEvent ev(press ? QEvent::TabletPress : release ? QEvent::TabletRelease : QEvent::TabletMove, pen(), px,
+                            canvas.mapToGlobal(px), 0.5, 0, 0, 0, 0, 0, Qt::NoModifier, button, held);
+            QCoreApplication::sendEvent(&canvas, &ev);
+            taken = taken && ev.isAccepted();
+            continue;
+        }
+        // Qt marks the mouse events it makes of touch; those it makes of a pen carry the pen.
+        const bool fromTouch = step.input == Input::MOUSE_FROM_TOUCH;
+        QMouseEvent ev(press ? QEvent::MouseButtonPress : release ? QEvent::MouseButtonRelease : QEvent::MouseMove, px,
+                       px, canvas.mapToGlobal(px), button, held, Qt::NoModifier,
+                       fromTouch ? Qt::MouseEventSynthesizedByQt : Qt::MouseEventNotSynthesized,
+                       fromTouch                                ? touch_screen()
+                       : step.input == Input::MOUSE_FROM_PEN ? pen()
+                                                             : QPointingDevice::primaryPointingDevice());
+        QCoreApplication::sendEvent(&canvas, &ev);
+    }
+    return taken;
 }
 
 // The canvas's own lesson state, at the first stroke of its character.
@@ -45,13 +117,6 @@ void start_lesson(CanvasHanzi& canvas, bool learn, int learned = 0) {
     canvas.own_lesson().set_mode_flags(learn ? morvel::prog2::MODE_LEARN : 0u);
     canvas.own_lesson().select(static_cast<int>(canvas.get_anim().strokes.size()));
     canvas.own_lesson().set_strokes_learned(learned);
-}
-
-// Press at the first point, move through the middle ones, release at the last.
-void trace(CanvasHanzi& canvas, const Fit& fit, const std::vector<glm::vec2>& points) {
-    send(canvas, QEvent::MouseButtonPress, fit.to_pixel(points.front()));
-    for (size_t i = 1; i + 1 < points.size(); ++i) send(canvas, QEvent::MouseMove, fit.to_pixel(points[i]));
-    send(canvas, QEvent::MouseButtonRelease, fit.to_pixel(points.back()));
 }
 
 // Plays the window's part: every accepted stroke moves the canvas on to the next one.
@@ -115,7 +180,7 @@ TEST(Tracing, JitteredCentreLinesOfEveryLevelCharacterAreAccepted) {
                                  glm::vec2(jitter(random), jitter(random)));
             points.push_back(stroke.pathAnim.point_end() + glm::vec2(jitter(random), jitter(random)));
             const int before = learner.learned;
-            trace(canvas, fit, points);
+            trace(canvas, fit, gesture(Input::MOUSE, points));
             ASSERT_EQ(learner.learned, before + 1)
                 << "stroke " << before << " errors " << canvas.get_errors();
         }
@@ -161,75 +226,105 @@ TEST(StrokeJudge, VerdictOnOneStroke) {
     }
 }
 
-TEST(Tracing, NothingIsJudgedOutsideAnAttempt) {
+TEST(Tracing, EveryInputIsJudgedOnceLikeTheMouse) {
     const Anim line = line_anim();
     const std::vector<glm::vec2> perfect = {{100, 500}, {400, 500}, {700, 500}};
+    const std::vector<glm::vec2> shifted = {{100, 590}, {400, 590}, {700, 590}};
+    const auto join = [](std::vector<Step> a, const std::vector<Step>& b, const std::vector<Step>& c = {}) {
+        a.insert(a.end(), b.begin(), b.end());
+        a.insert(a.end(), c.begin(), c.end());
+        return a;
+    };
+    const auto interrupted = [&](Input input, Phase phase, std::vector<Step> after) {
+        return join({{input, Phase::PRESS, {100, 500}}, {input, Phase::MOVE, {400, 500}}, {input, phase, {400, 500}}},
+                    {{input, Phase::MOVE, {690, 500}}}, after);
+    };
     struct Row {
         const char* name;
-        bool learnMode;
+        std::vector<Step> steps;
         int learned;
+        int rejected;
+        bool learn = true;
+        int done = 0;  // strokes traced before
     };
     const Row rows[] = {
-        {"watch mode ignores the mouse", false, 0},
-        {"finished character: press does nothing", true, 1},
+        {"pen stroke accepted", gesture(Input::PEN, perfect), 1, 0},
+        {"pen stroke off the centre line rejected", gesture(Input::PEN, shifted), 0, 1},
+        {"finger stroke accepted", gesture(Input::FINGER, perfect), 1, 0},
+        {"finger stroke off the centre line rejected", gesture(Input::FINGER, shifted), 0, 1},
+        {"second finger cancels without a verdict",
+         interrupted(Input::FINGER, Phase::SECOND_FINGER, {{Input::FINGER, Phase::RELEASE, {700, 500}}}), 0, 0},
+        {"cancelled touch ends without a verdict", interrupted(Input::FINGER, Phase::CANCEL, {}), 0, 0},
+        {"a right-button release ends no mouse attempt",
+         interrupted(Input::MOUSE, Phase::RIGHT_RELEASE, {{Input::MOUSE, Phase::RELEASE, {700, 500}}}), 1, 0},
+        {"finger stroke then Qt's mouse copy judged once",
+         join(gesture(Input::FINGER, perfect), gesture(Input::MOUSE_FROM_TOUCH, perfect)), 1, 0},
+        {"pen stroke then its mouse copy judged once",
+         join(gesture(Input::PEN, perfect), gesture(Input::MOUSE_FROM_PEN, perfect)), 1, 0},
+        {"a real mouse stroke after a finger stroke counts again",
+         join(gesture(Input::FINGER, perfect), gesture(Input::MOUSE, perfect)), 2, 0},
+        {"watch mode leaves every input alone",
+         join(gesture(Input::MOUSE, perfect), gesture(Input::PEN, perfect), gesture(Input::FINGER, perfect)), 0, 0, false},
+        {"finished character: no press, and a lone release judges nothing",
+         join(gesture(Input::MOUSE, perfect), gesture(Input::FINGER, perfect), {{Input::MOUSE, Phase::RELEASE, {700, 500}}}),
+         0, 0, true, 1},
     };
     for (const Row& row : rows) {
         SCOPED_TRACE(row.name);
         CanvasHanzi canvas;
-        canvas.resize(1000, 1000);
+        canvas.resize(500, 400);
+        canvas.set_r_circle(60);
         canvas.set_anim(line);
-        start_lesson(canvas, row.learnMode, row.learned);
-        int fired = 0;
-        canvas.listenerStrokeLearned += [&] { ++fired; };
-        trace(canvas, Fit(line.viewBox, canvas.size()), perfect);
-        // A lone release at the end point, as after a press outside the widget.
-        send(canvas, QEvent::MouseButtonRelease, QPointF(700, 500));
-        EXPECT_EQ(fired, 0);
-        EXPECT_TRUE(canvas.get_path_mouse().is_empty());
+        start_lesson(canvas, row.learn, row.done);
+        canvas.show();
+        ASSERT_TRUE(QTest::qWaitForWindowExposed(&canvas));
+        int learned = 0;
+        int rejected = 0;
+        canvas.listenerStrokeLearned += [&] { ++learned; };
+        canvas.listenerStrokeRejected += [&] { ++rejected; };
+        EXPECT_EQ(trace(canvas, Fit(line.viewBox, canvas.size()), row.steps), row.learn) << "pen events taken";
+        EXPECT_EQ(learned, row.learned);
+        EXPECT_EQ(rejected, row.rejected);
+        EXPECT_EQ(canvas.get_path_mouse().is_empty(), row.learned + row.rejected == 0);
     }
 }
 
-// A right-button release while the left button is still held once ended the attempt.
-TEST(Tracing, OnlyTheLeftButtonEndsAnAttempt) {
+// Pointer positions map into the character frame at any widget size, and rendered at any device
+// pixel ratio the trace lies under the pointer that made it and the first grid line 50 pixels down.
+TEST(Tracing, PointsMapAndPaintUnderThePointer) {
     const Anim line = line_anim();
-    CanvasHanzi canvas;
-    canvas.resize(1000, 1000);
-    canvas.set_r_circle(60);
-    canvas.set_anim(line);
-    start_lesson(canvas, true);
-    int fired = 0;
-    canvas.listenerStrokeLearned += [&] { ++fired; };
-    send(canvas, QEvent::MouseButtonPress, QPointF(100, 500));
-    send(canvas, QEvent::MouseMove, QPointF(400, 500));
-    send(canvas, QEvent::MouseButtonRelease, QPointF(400, 500), Qt::RightButton, Qt::LeftButton);
-    EXPECT_EQ(fired, 0);
-    send(canvas, QEvent::MouseMove, QPointF(690, 500));
-    send(canvas, QEvent::MouseButtonRelease, QPointF(700, 500));
-    EXPECT_EQ(fired, 1);
-}
-
-TEST(Tracing, MousePointsMapExactlyIntoTheCharacterFrame) {
-    const Anim anim = Anim::build_from_file(":/wb/shared-res/zh/1/20013.svg").value;
-    const QSize sizes[] = {{1024, 750}, {1024, 1024}, {300, 900}, {517, 333}};
-    for (QSize size : sizes) {
-        SCOPED_TRACE(testing::Message() << size.width() << "x" << size.height());
+    const auto is_trace = [](QRgb c) { return qBlue(c) - qRed(c) > 100; };
+    const QRgb grid = morvel::CanvasColors::normal().colorGrid.rgb();
+    const std::pair<QSize, qreal> rows[] = {{{500, 400}, 1.0}, {{517, 333}, 1.5}, {{300, 900}, 2.0}, {{1024, 750}, 1.5}};
+    for (const auto& [size, ratio] : rows) {
+        SCOPED_TRACE(testing::Message() << size.width() << "x" << size.height() << " at ratio " << ratio);
         CanvasHanzi canvas;
-        canvas.set_anim(anim);
-        start_lesson(canvas, true);
         canvas.resize(size);
-        const Fit fit(anim.viewBox, size);
-        const QPoint pixels[] = {
-            {0, 0}, {size.width() - 1, size.height() - 1}, {size.width() / 2, size.height() / 3}, {7, 200}};
-        for (QPoint px : pixels) {
-            const glm::vec2 expected = fit.to_anim(px);
-            const glm::vec2 mapped = canvas.map_mouse_point_to_anim(px);
-            EXPECT_NEAR(mapped.x, expected.x, 0.5f);
-            EXPECT_NEAR(mapped.y, expected.y, 0.5f);
-            // The press handler starts the trace at the same mapped point.
-            send(canvas, QEvent::MouseButtonPress, QPointF(px));
-            EXPECT_NEAR(canvas.get_path_mouse().point_start().x, expected.x, 0.5f);
-            EXPECT_NEAR(canvas.get_path_mouse().point_start().y, expected.y, 0.5f);
-            send(canvas, QEvent::MouseButtonRelease, QPointF(px));
+        canvas.set_anim(line);
+        start_lesson(canvas, true);
+        const Fit fit(line.viewBox, size);
+        for (QPoint px : {QPoint(0, 0), QPoint(size.width() - 1, size.height() - 1), QPoint(7, size.height() / 3)})
+            EXPECT_LT(glm::distance(canvas.map_mouse_point_to_anim(px), fit.to_anim(px)), 0.5f);
+        trace(canvas, fit, gesture(Input::PEN, {{100, 500}, {400, 500}, {690, 500}, {700, 500}}));
+        QImage image(size * ratio, QImage::Format_ARGB32_Premultiplied);
+        image.setDevicePixelRatio(ratio);
+        QPainter painter(&image);
+        canvas.paint_to(painter, {static_cast<float>(size.width()), static_cast<float>(size.height())});
+        painter.end();
+        const auto at = [&](glm::vec2 p, qreal dx, qreal dy) {
+            return image.pixel(((fit.to_pixel(p) + QPointF(dx, dy)) * ratio).toPoint());
+        };
+        const qreal half = CanvasHanzi::WIDTH_INK / 2 * fit.scale;  // of the trace, in pixels
+        for (glm::vec2 p : {glm::vec2(100, 500), glm::vec2(400, 500), glm::vec2(690, 500)}) {
+            EXPECT_TRUE(is_trace(at(p, 0, 0)) && is_trace(at(p, 0, 0.8 * half)) && is_trace(at(p, 0, -0.8 * half)));
+            EXPECT_FALSE(is_trace(at(p, 0, 1.2 * half)) || is_trace(at(p, 0, -1.2 * half))) << p.x;
         }
+        EXPECT_FALSE(is_trace(at({100, 500}, -1.2 * half, 0)));
+        // Rows of grid colour near y = 50, in a column clear of the vertical lines.
+        for (int y = static_cast<int>(40 * ratio); y <= static_cast<int>(60 * ratio); ++y) {
+            if (image.pixel(static_cast<int>(20 * ratio), y) != grid) continue;
+            EXPECT_LE(std::abs(y - 50 * ratio), 1.0) << y;
+        }
+        EXPECT_EQ(image.pixel(static_cast<int>(20 * ratio), static_cast<int>(50 * ratio)), grid);
     }
 }

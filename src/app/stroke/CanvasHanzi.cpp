@@ -6,7 +6,9 @@
 
 #include <QMouseEvent>
 #include <QPainter>
+#include <QTabletEvent>
 #include <QTimer>
+#include <QTouchEvent>
 #include <QVariant>
 #include <algorithm>
 #include <cmath>
@@ -28,6 +30,17 @@ QPen round_pen(const QColor& color, float width) {
     return QPen(QBrush(color), width, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin);
 }
 
+// Qt makes mouse events of touch and pen input the canvas did not take; the canvas judged
+// those strokes already, or left them to the window on purpose.
+bool is_synthesised(const QMouseEvent* ev) {
+    if (ev->source() != Qt::MouseEventNotSynthesized) return true;
+    const QPointingDevice* device = ev->pointingDevice();
+    if (device == nullptr) return false;
+    using Type = QInputDevice::DeviceType;
+    const Type type = device->type();
+    return type == Type::TouchScreen || type == Type::Stylus || type == Type::Airbrush || type == Type::Puck;
+}
+
 std::string mouse_event_to_string(const QMouseEvent* ev) {
     return ki::str::xprintF(0, "type:$, pos:$, button:$, buttons:$", static_cast<int>(ev->type()),
                             ev->position().toPoint(), static_cast<int>(ev->button()), ev->buttons().toInt());
@@ -38,6 +51,7 @@ std::string mouse_event_to_string(const QMouseEvent* ev) {
 CanvasHanzi::CanvasHanzi(QWidget* parent) : GCanvas(parent) {
     set_name("CanvasHanzi");
     setAttribute(Qt::WA_OpaquePaintEvent);
+    setAttribute(Qt::WA_AcceptTouchEvents);
     ownLesson.set_mode_flags(0);
     ownLesson.set_progress(0.0f);
 }
@@ -299,39 +313,115 @@ void CanvasHanzi::draw_learning(ki::qt::GPC& gpc) const {
 
 void CanvasHanzi::mousePressEvent(QMouseEvent* ev) {
     GCanvas::mousePressEvent(ev);
-    if (!is_learn_mode() || ev->button() != Qt::LeftButton || get_strokes_learned() < 0) return;
-    const AnimStroke* stroke = current_stroke();
-    if (stroke == nullptr) {
-        ki::pp("CanvasHanzi::mousePressEvent, no stroke left, indexStroke:$, strokes:$", get_strokes_learned(),
-               anim.strokes.size());
-        return;
-    }
-    judge.press(map_mouse_point_to_anim(ev->position().toPoint()), *stroke, rCircle);
-    rejection = {};
-    markerShown = false;
+    if (!is_learn_mode() || ev->button() != Qt::LeftButton || is_synthesised(ev)) return;
     // A trace belongs to the canvas; it must not reach the window's swipe handling too.
-    ev->accept();
-    update();
+    if (trace_press(ev->position().toPoint())) ev->accept();
 }
 
 void CanvasHanzi::mouseMoveEvent(QMouseEvent* ev) {
     GCanvas::mouseMoveEvent(ev);
-    if (!is_learn_mode() || (ev->buttons() & Qt::LeftButton) == 0) return;
-    const AnimStroke* stroke = current_stroke();
-    if (stroke == nullptr) return;
-    judge.move(map_mouse_point_to_anim(ev->position().toPoint()), *stroke, rCircle);
-    ev->accept();
-    update();
+    if (!is_learn_mode() || (ev->buttons() & Qt::LeftButton) == 0 || is_synthesised(ev)) return;
+    if (trace_move(ev->position().toPoint())) ev->accept();
 }
 
 void CanvasHanzi::mouseReleaseEvent(QMouseEvent* ev) {
     GCanvas::mouseReleaseEvent(ev);
     if (!is_learn_mode()) return;
     ki::pp("CanvasHanzi::mouseReleaseEvent, ev:$", mouse_event_to_string(ev));
-    if (ev->button() != Qt::LeftButton) return;
+    if (ev->button() != Qt::LeftButton || is_synthesised(ev)) return;
+    if (trace_release(ev->position().toPoint())) ev->accept();
+}
+
+void CanvasHanzi::tabletEvent(QTabletEvent* ev) {
+    // Ignored, Qt turns the pen into mouse events, which watch mode leaves to the window.
+    if (!is_learn_mode()) {
+        ev->ignore();
+        return;
+    }
+    const QPoint pixel = ev->position().toPoint();
+    if (ev->type() == QEvent::TabletPress && ev->button() == Qt::LeftButton)
+        trace_press(pixel);
+    else if (ev->type() == QEvent::TabletMove && (ev->buttons() & Qt::LeftButton) != 0)
+        trace_move(pixel);
+    else if (ev->type() == QEvent::TabletRelease && ev->button() == Qt::LeftButton)
+        trace_release(pixel);
+    // Accepted, so no mouse event is made from it; hovering moves included.
+    ev->accept();
+}
+
+bool CanvasHanzi::event(QEvent* ev) {
+    switch (ev->type()) {
+        case QEvent::TouchBegin:
+        case QEvent::TouchUpdate:
+        case QEvent::TouchEnd:
+        case QEvent::TouchCancel:
+            touch_event(static_cast<QTouchEvent*>(ev));
+            return true;
+        default:
+            return GCanvas::event(ev);
+    }
+}
+
+void CanvasHanzi::touch_event(QTouchEvent* ev) {
+    if (!is_learn_mode()) {
+        touchId = -1;
+        ev->ignore();
+        return;
+    }
+    ev->accept();
+    const QList<QEventPoint>& points = ev->points();
+    if (ev->type() == QEvent::TouchBegin) {
+        touchId = -1;
+        // Two fingers at once never start an attempt.
+        if (points.size() != 1) return;
+        touchId = points.front().id();
+        trace_press(points.front().position().toPoint());
+        return;
+    }
+    if (touchId < 0) return;
+    if (ev->type() == QEvent::TouchCancel || points.size() != 1) {
+        ki::pp("CanvasHanzi::touch_event, attempt cancelled, points:$", points.size());
+        touchId = -1;
+        clear_path_mouse();
+        return;
+    }
+    const QEventPoint& point = points.front();
+    if (point.id() != touchId) return;
+    if (ev->type() == QEvent::TouchEnd || point.state() == QEventPoint::Released) {
+        touchId = -1;
+        trace_release(point.position().toPoint());
+    } else if (point.state() == QEventPoint::Updated) {
+        trace_move(point.position().toPoint());
+    }
+}
+
+bool CanvasHanzi::trace_press(QPoint pixel) {
+    if (get_strokes_learned() < 0) return false;
     const AnimStroke* stroke = current_stroke();
-    if (stroke == nullptr) return;
-    const glm::vec2 point = map_mouse_point_to_anim(ev->position().toPoint());
+    if (stroke == nullptr) {
+        ki::pp("CanvasHanzi::trace_press, no stroke left, indexStroke:$, strokes:$", get_strokes_learned(),
+               anim.strokes.size());
+        return false;
+    }
+    judge.press(map_mouse_point_to_anim(pixel), *stroke, rCircle);
+    rejection = {};
+    markerShown = false;
+    update();
+    return true;
+}
+
+bool CanvasHanzi::trace_move(QPoint pixel) {
+    const AnimStroke* stroke = current_stroke();
+    if (stroke == nullptr) return false;
+    judge.move(map_mouse_point_to_anim(pixel), *stroke, rCircle);
+    update();
+    return true;
+}
+
+bool CanvasHanzi::trace_release(QPoint pixel) {
+    const AnimStroke* stroke = current_stroke();
+    if (stroke == nullptr) return false;
+    const glm::vec2 point = map_mouse_point_to_anim(pixel);
     StrokeJudge::Verdict verdict = judge.release(point, *stroke, rCircle);
     const int index = get_strokes_learned();
     if (verdict == StrokeJudge::Verdict::REJECTED) {
@@ -355,8 +445,8 @@ void CanvasHanzi::mouseReleaseEvent(QMouseEvent* ev) {
         listenerStrokeLearned.fire_event();
     if (verdict == StrokeJudge::Verdict::REJECTED && listenerStrokeRejected.has_listener())
         listenerStrokeRejected.fire_event();
-    ev->accept();
     update();
+    return true;
 }
 
 }  // namespace morvel

@@ -1,8 +1,8 @@
 #pragma once
 // The widget on which the current character is painted: background, practice grid and the
 // strokes, either filling up along their centre lines (watch mode) or traced by the user with
-// the left mouse button (learn mode). Everything is drawn and judged in the character's own
-// frame (the viewBox), which one transform fits centred into the widget.
+// the left mouse button, a pen or one finger (learn mode). Everything is drawn and judged in
+// the character's own frame (the viewBox), which one transform fits centred into the widget.
 
 #include <ki/Listener.h>
 #include <ki/qt/GCanvas.h>
@@ -19,6 +19,8 @@
 #include "app/stroke/CanvasColors.h"
 #include "app/stroke/ControlAnim.h"
 #include "app/stroke/StrokeJudge.h"
+
+class QTouchEvent;
 
 namespace ki::store {
 class GNode;
@@ -123,8 +125,19 @@ protected:
     void mousePressEvent(QMouseEvent* ev) override;
     void mouseMoveEvent(QMouseEvent* ev) override;
     void mouseReleaseEvent(QMouseEvent* ev) override;
+    void tabletEvent(QTabletEvent* ev) override;
+    /// Touch events, for which QWidget has no handler of its own.
+    bool event(QEvent* ev) override;
 
 private:
+    /// The three steps of an attempt at a widget pixel, the same for mouse, pen and finger;
+    /// false when there is no stroke to trace.
+    bool trace_press(QPoint pixel);
+    bool trace_move(QPoint pixel);
+    bool trace_release(QPoint pixel);
+    /// One finger traces; a second finger or a cancelled sequence ends the attempt without a
+    /// verdict.
+    void touch_event(QTouchEvent* ev);
     /// The fit of the character's frame into `view` (pixels).
     glm::mat3 anim_matrix(const ki::math::Rect& view) const;
     /// The stroke to trace now, or nullptr when every stroke is done.
@@ -162,6 +175,8 @@ private:
     // A wrong-stroke marker goes after a while; the count tells a late timer from a current one.
     bool markerShown = false;
     int rejectionCount = 0;
+    // The finger that traces the current attempt; -1 when none does.
+    int touchId = -1;
 
 };
 
