@@ -657,6 +657,11 @@ void Window::on_help() {
     text += tt("Stroke by stroke, every day a little more.", "Strich für Strich, jeden Tag ein wenig mehr.",
                "Черта за чертой, каждый день понемногу.");
     text += QStringLiteral("\n\n");
+    text += tt("Ctrl+R: trace again · Shift+Right/Left: one stroke on/back while watching · Ctrl+P: progress",
+               "Strg+R: noch einmal · Umschalt+Rechts/Links: im Zuschauen einen Strich vor/zurück · "
+               "Strg+P: Fortschritt",
+               "Ctrl+R: ещё раз · Shift+Вправо/Влево: при просмотре на черту вперёд/назад · Ctrl+P: прогресс");
+    text += QStringLiteral("\n\n");
     text += tt("On the Internet at", "Im Internet unter", "В интернете на");
     text += u' ';
     text += QString::fromLatin1(WEB_ADDRESS);
