@@ -143,6 +143,48 @@ TEST(CanvasWatchMode, RealCharacterInkStaysInsideItsOutlines) {
     }
 }
 
+TEST(CanvasLearnMode, HintInksOnlyTheCurrentStroke) {
+    struct Row {
+        const char* name;
+        int learned;
+        QPoint inked;
+        QPoint plain;
+    };
+    const Row rows[] = {
+        {"hint on the first stroke leaves the second alone", 0, {250, 200}, {150, 500}},
+        {"hint on the second stroke leaves the first alone", 1, {150, 500}, {250, 200}},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.name);
+        CanvasHanzi canvas;
+        canvas.set_anim(two_strokes());
+        morvel::prog2::ControlAnim& lesson = canvas.own_lesson();
+        lesson.set_mode_flags(morvel::prog2::MODE_LEARN);
+        lesson.select({300.0f, 100.0f});
+        lesson.set_strokes_learned(row.learned);
+        ASSERT_TRUE(lesson.stroke_rejected(1));
+        while (lesson.state().hint < 100.0f) lesson.tick();
+        const QImage image = render(canvas, 1000, 1000);
+        EXPECT_TRUE(is_ink(image, canvas, row.inked.x(), row.inked.y()));
+        EXPECT_FALSE(is_ink(image, canvas, row.plain.x(), row.plain.y()));
+    }
+}
+
+TEST(CanvasLearnMode, CornerCaptionFollowsTheCounter) {
+    CanvasHanzi canvas;
+    canvas.set_anim(two_strokes());
+    canvas.own_lesson().set_mode_flags(morvel::prog2::MODE_LEARN);
+    canvas.own_lesson().select(2);
+    auto corner = [&canvas]() { return render(canvas, 600, 600).copy(0, 0, 300, 60); };
+    const QImage bare = corner();
+    canvas.set_captions(true);
+    const QImage first = corner();
+    canvas.own_lesson().stroke_accepted();
+    const QImage second = corner();
+    EXPECT_NE(bare, first) << "the counter is painted";
+    EXPECT_NE(first, second) << "and follows the strokes traced";
+}
+
 TEST(CanvasGrid, FiftyPixelLinesFromTheTopLeftCorner) {
     CanvasHanzi canvas;
     const QImage image = render(canvas, 300, 1024);
