@@ -103,9 +103,8 @@ TEST_F(GuiTest, WindowDestroyedAfterTheApplicationObject) {
 }
 
 TEST_F(GuiTest, WindowStateSurvivesIntoTheNextWindowLifetime) {
-    ASSERT_TRUE(GSettings::instance().fileName().startsWith(qEnvironmentVariable("XDG_CONFIG_HOME")))
-        << "settings must live in the test's temporary folder: "
-        << GSettings::instance().fileName().toStdString();
+    const QString store = GSettings::instance().fileName();
+    ASSERT_TRUE(store.startsWith(qEnvironmentVariable("XDG_CONFIG_HOME"))) << store.toStdString();
     GSettings::instance().remove("Window/TestState_0");
     {
         TestWindow<"TestState"> fresh;
