@@ -87,12 +87,11 @@ ki::math::Rect expected_view_box(const QString& text) {
 }  // namespace
 
 TEST(FastPaths, PlainXmlReaderBuildsTheTreeOfQXmlStreamReaderOrDeclines) {
-    struct Row {
+    const struct Row {
         const char* name;
         const char* xml;
         bool plain;  // must take the fast road
-    };
-    const Row rows[] = {
+    } rows[] = {
         {"stroke file shape",
          "<svg xmlns=\"http://www.w3.org/2000/svg\" viewBox=\"0 0 1024 1024\">\n"
          "  <path id=\"s0\" d=\"M 1 2 Q 3 4 5 6 Z\"/>\n  <clipPath id=\"c0\"><use href=\"#s0\"/></clipPath>\n"
@@ -175,11 +174,10 @@ TEST(FastPaths, PathNumbersConvertExactlyAsQStringToDouble) {
 }
 
 TEST(FastPaths, CurveLengthsMatchTheIntegralOfTheirSpeed) {
-    struct Row {
+    const struct Row {
         const char* name;
         std::vector<glm::vec2> controls;  // three for a quadratic, four for a cubic
-    };
-    const Row rows[] = {
+    } rows[] = {
         {"quadratic bend", {{0, 0}, {50, 80}, {100, 0}}},
         {"quadratic control beyond the end: speed touches zero", {{0, 0}, {300, 0}, {100, 0}}},
         {"quadratic collinear with a turn, slanted", {{10, 20}, {310, 420}, {-50, -60}}},

@@ -129,14 +129,13 @@ TEST_F(GuiTest, WindowStateSurvivesIntoTheNextWindowLifetime) {
 }
 
 TEST_F(GuiTest, FontSizeIsClampedAndAnUnchangedSizeDoesNotRelayout) {
-    struct Row {
+    const struct Row {
         const char* name;
         int start;
         int asked;
         int expected;
         int layouts;
-    };
-    const Row rows[] = {
+    } rows[] = {
         {"below the minimum gives 8", 11, 5, 8, 1},
         {"above the maximum gives 20", 11, 25, 20, 1},
         {"the current size does nothing", 11, 11, 11, 0},
@@ -160,13 +159,12 @@ TEST_F(GuiTest, FontSizeIsClampedAndAnUnchangedSizeDoesNotRelayout) {
 }
 
 TEST_F(GuiTest, ThemeRotationFromEveryStartValue) {
-    struct Row {
+    const struct Row {
         const char* name;
         unsigned int start;
         unsigned int module;
         unsigned int expected;
-    };
-    const Row rows[] = {
+    } rows[] = {
         {"normal goes to dark", th::THEME_NORMAL, th::THEME_NORMAL, th::THEME_DARK},
         {"dark goes to green", th::THEME_DARK, th::THEME_NORMAL, th::THEME_GREEN},
         {"auto is left for normal", th::THEME_AUTO, th::THEME_DARK, th::THEME_NORMAL},
@@ -186,13 +184,12 @@ TEST_F(GuiTest, ThemeRotationFromEveryStartValue) {
 }
 
 TEST_F(GuiTest, ThemeNamesPathsAndPalettes) {
-    struct Row {
+    const struct Row {
         const char* name;
         QString path;
         QString theme;
         QString expected;
-    };
-    const Row rows[] = {
+    } rows[] = {
         {"dark variant beside the file", "^icons/wheel.svg", "dark", ":/wb/shared-res/icons/dark/wheel.svg"},
         {"normal keeps the plain path", "^icons/wheel.svg", "normal", ":/wb/shared-res/icons/wheel.svg"},
         {"too short a path stays as it is", "icons/a.svg", "dark", "icons/a.svg"},
@@ -237,12 +234,11 @@ TEST_F(GuiTest, ApplyingTheSameApplicationThemeTwiceAppliesItOnce) {
 }
 
 TEST_F(GuiTest, StoredLanguageOutOfRangeFallsBackToEnglish) {
-    struct Row {
+    const struct Row {
         const char* name;
         std::optional<QVariant> stored;
         QLocale::Language expected;
-    };
-    const Row rows[] = {
+    } rows[] = {
         {"missing", std::nullopt, QLocale::English},
         {"zero", QVariant(0), QLocale::English},
         {"one past the last language", QVariant(347), QLocale::English},
@@ -269,11 +265,10 @@ TEST_F(GuiTest, OptionsMenuShowsTheCurrentSettingsAndChangesThem) {
     win.set_font_size(12);
     win.set_icon_size_percent(200);
     std::unique_ptr<GMenu> menu(win.gen_menu_options(GMainWindow::OPTIONS_ALL));
-    struct Row {
+    const struct Row {
         const char* text;
         bool checked;
-    };
-    const Row rows[] = {{"Dark", true}, {"Normal", false}, {"Green", false}, {"12", true},
+    } rows[] = {{"Dark", true}, {"Normal", false}, {"Green", false}, {"12", true},
                         {"11", false},  {"200%", true},    {"English", true}};
     for (const Row& row : rows) {
         SCOPED_TRACE(row.text);
@@ -304,13 +299,12 @@ TEST_F(GuiTest, SliderNotifiesOnlyWhenAsked) {
 }
 
 TEST_F(GuiTest, GarbageWindowSettingsAreSurvivedWithDefaults) {
-    struct Row {
+    const struct Row {
         const char* name;
         const char* key;
         QVariant value;
         std::function<void(const GMainWindow&)> check;
-    };
-    const Row rows[] = {
+    } rows[] = {
         {"font size stored as text", "fontSize", QVariant(QStringLiteral("big")),
          [](const GMainWindow& w) { EXPECT_EQ(w.get_font_size(), 11); }},
         {"geometry that is no geometry", "geometry", QVariant(QByteArray("\x01\x02garbage", 9)),
@@ -428,12 +422,11 @@ TEST_F(GuiTest, ButtonIconsFollowTheWindowTheme) {
     TestWindow<"TestIcons"> win;
     GButton* button = win.gen_main_panel(GLAYOUT::HORZ)->gen_button("^icons/wheel.svg", "Options");
     win.setup();
-    struct Row {
+    const struct Row {
         const char* name;
         unsigned int theme;
         std::function<bool(const QColor&)> readable;
-    };
-    const Row rows[] = {
+    } rows[] = {
         {"normal: dark lines", th::THEME_NORMAL, [](const QColor& c) { return c.lightness() < 100; }},
         {"dark: light lines", th::THEME_DARK, [](const QColor& c) { return c.lightness() > 180; }},
         {"green: pale green lines", th::THEME_GREEN,

@@ -65,14 +65,13 @@ TEST_F(HostileInput, StrokeFileRefusedWithAClearMessage) {
     for (int i = 0; i < 100000; ++i) deep += "<g>";
     for (int i = 0; i < 100000; ++i) deep += "</g>";
     deep += "</svg>";
-    struct Row {
+    const struct Row {
         const char* name;
         QByteArray content;
         qint64 size = 0;  // written as a sparse file of this size instead of `content`
         unsigned errorClass;
         QString message;
-    };
-    const std::vector<Row> rows = {
+    } rows[] = {
         {"empty file", "", 0, ki::EC_XML, "XML document has no root element"},
         {"truncated inside a tag", shipped.left(shipped.indexOf("clip-path") + 4), 0, ki::EC_XML,
          "Premature end of document"},
@@ -81,7 +80,7 @@ TEST_F(HostileInput, StrokeFileRefusedWithAClearMessage) {
         {"50 MB", "", 50LL * 1024 * 1024, ki::EC_KIR, "a stroke file may have at most"},
         {"nested 100,000 levels deep", deep, 0, ki::EC_KIR, "no animation strokes found"},
     };
-    for (size_t i = 0; i < rows.size(); ++i) {
+    for (size_t i = 0; i < std::size(rows); ++i) {
         const Row& row = rows[i];
         SCOPED_TRACE(row.name);
         const QString path = dir.filePath(QString::number(i) + ".svg");
@@ -112,13 +111,12 @@ TEST_F(HostileInput, LevelFileLoadsWhatIsValid) {
         manyLines += QByteArray::number(1 + i % 65535) + " = { x | p | e | g | r }\n";
         if (i % 10 == 9) manyLines += "not a row\n";
     }
-    struct Row {
+    const struct Row {
         const char* name;
         QByteArray content;
         size_t rows;
         QString russianOfFirst;
-    };
-    const std::vector<Row> rows = {
+    } rows[] = {
         {"invalid UTF-8 inside a field", "19968 = { 一 | y\xff\xfe | one | eins | один }\n" + seven, 2,
          "один"},
         {"truncated multi-byte sequence before the line end", one + "\xe4\xb8\n" + seven, 2, ""},
@@ -213,13 +211,12 @@ TEST_F(HostileSettings, DamagedFileIsSetAsideAndTheProgramStartsOnDefaults) {
     // Found by fuzz_settings: Qt reserved the claimed four billion list entries and the program
     // ended at its first read of the store.
     const QByteArray hugeList = "[General]\ncolor=@Variant(\\0\\0\\0\\v\\xff\\xff\\xff\\xf0)\n";
-    struct Row {
+    const struct Row {
         const char* name;
         QByteArray content;
         bool kept;
         const char* reason;
-    };
-    const std::vector<Row> rows = {
+    } rows[] = {
         {"file written by the program", good, true, ""},
         {"garbage bytes", garbage(4000, 11), false, "format error"},
         {"section header without its bracket", "[Window\nWinHanzi=x\n", false, "format error"},

@@ -42,14 +42,13 @@ Numbered numbered(const LogCapture& capture) {
 }  // namespace
 
 TEST_F(LogTest, LevelFilterAndLineCounter) {
-    struct Row {
+    const struct Row {
         const char* name;
         bool switch_off;
         int level;
         std::vector<std::pair<LOG_LEVEL, const char*>> messages;
         Numbered expected;
-    };
-    const std::vector<Row> rows = {
+    } rows[] = {
         {"dropped debug does not advance the counter", false, 2, {{LOG_DEBUG, "x"}, {LOG_INFO, "y"}}, {{1, "y"}}},
         {"default level keeps debug, drops trace", false, 3, {{LOG_TRACE, "t"}, {LOG_DEBUG, "d"}}, {{1, "d"}}},
         {"error level keeps errors only", false, 0, {{LOG_WARN, "w"}, {LOG_ERROR, "e"}}, {{1, "e"}}},
@@ -93,14 +92,13 @@ TEST_F(LogTest, FormattedMessagesAndMarkers) {
 }
 
 TEST_F(LogTest, TraillerBits) {
-    struct Row {
+    const struct Row {
         const char* name;
         unsigned bits;
         unsigned digits;
         unsigned level;
         const char* regex;
-    };
-    const std::vector<Row> rows = {
+    } rows[] = {
         {"line number only", 0, 6, 2, R"(\[000042\] )"},
         {"level tag", 0x80, 6, 2, R"(\[000042\] \[INF\] )"},
         {"unknown level gives an empty tag", 0x80, 6, 9, R"(\[000042\] \[\] )"},
@@ -136,14 +134,13 @@ TEST_F(LogTest, ConsoleLineReachesAFileAtOnce) {
 }
 
 TEST_F(LogTest, OutputBeforeConfigureIsRaw) {
-    struct Row {
+    const struct Row {
         const char* name;
         LOG_LEVEL level;
         const char* text;
         const char* expected_err;
         const char* expected_out;
-    };
-    const std::vector<Row> rows = {
+    } rows[] = {
         {"warning to standard error", LOG_WARN, "w", "w\n", ""},
         {"trace, not filtered yet, to standard output", LOG_TRACE, "t", "", "t\n"},
         {"null error text to standard error", LOG_ERROR, nullptr, "nullptr\n", ""},
@@ -160,11 +157,10 @@ TEST_F(LogTest, OutputBeforeConfigureIsRaw) {
 }
 
 TEST_F(LogTest, ParseLogLevel) {
-    struct Row {
+    const struct Row {
         const char* text;
         unsigned expected;
-    };
-    const std::vector<Row> rows = {{"0", 0},   {"3", 3},   {"7", 4},       {"-1", 2},     {"Error", 0},
+    } rows[] = {{"0", 0},   {"3", 3},   {"7", 4},       {"-1", 2},     {"Error", 0},
                                    {"wrn", 1}, {"WARNING", 1}, {"in", 2}, {"Debug", 3}, {"tra", 4},
                                    {"NOP", 5}, {"verbose", 2}, {"", 2},   {"debugx", 2}};
     for (const Row& row : rows)
@@ -172,13 +168,12 @@ TEST_F(LogTest, ParseLogLevel) {
 }
 
 TEST_F(LogTest, LevelRefusals) {
-    struct Row {
+    const struct Row {
         const char* name;
         std::vector<const char*> argv;
         int set_level;  // -2: none
         unsigned expected_level;
-    };
-    const std::vector<Row> rows = {
+    } rows[] = {
         {"set_log_level refuses 5", {"quenlo"}, 5, 3},
         {"set_log_level refuses negative", {"quenlo"}, -1, 3},
         {"command line cannot switch off", {"quenlo", "-__log_level", "no"}, -2, 3},

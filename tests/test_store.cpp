@@ -85,12 +85,11 @@ QString truncated(const QString& text, int keep_bytes) {
 }  // namespace
 
 TEST_F(StoreTest, AttributeGetReturnsTheDefaultForWhatIsNoInt) {
-    struct Row {
+    const struct Row {
         const char* name;
         std::optional<QVariant> stored;
         int expected;
-    };
-    const std::vector<Row> rows = {
+    } rows[] = {
         {"stored int is returned", QVariant(42), 42},
         {"missing key", std::nullopt, 5},
         {"unsigned is not an int, though it converts", QVariant(42u), 5},
@@ -173,12 +172,11 @@ TEST_F(StoreTest, EveryStreamableTypeSurvivesTextForm) {
     QBitArray bits(13);
     bits.setBit(0);
     bits.setBit(12);
-    struct Row {
+    const struct Row {
         const char* name;
         QVariant value;
         bool stored;
-    };
-    const std::vector<Row> rows = {
+    } rows[] = {
         {"date and time with an offset", QDateTime(QDate(2024, 2, 29), QTime(23, 59, 58, 7), Qt::OffsetFromUTC, 3600), true},
         {"nested list and map", QVariantList{map, QStringList{"a", "b"}, QVariant()}, true},
         {"hash, whatever order it was filled in", small, true},
@@ -235,12 +233,11 @@ TEST_F(StoreTest, FromQStringRefusesBadText) {
         return QString::fromLatin1(bytes.toBase64());
     };
     const std::string refused = "from_qstring, node deserialization failed";
-    struct Row {
+    const struct Row {
         const char* name;
         QString text;
         std::string message;
-    };
-    const std::vector<Row> rows = {
+    } rows[] = {
         {"empty text", "", "from_qstring, empty string"},
         {"not Base64", "GNOD!?", "from_qstring, base64 decode failed"},
         {"characters outside Latin-1", QStringLiteral("R05PR漢"), "from_qstring, base64 decode failed"},
