@@ -10,7 +10,6 @@
 #include <ki/xml/XNodeText.h>
 
 #include <QDir>
-#include <QFile>
 #include <QRegularExpression>
 #include <QStringList>
 #include <QTemporaryDir>
@@ -21,6 +20,7 @@
 #include <random>
 #include <vector>
 
+#include "LoggedTest.h"
 #include "app/stroke/Anim.h"
 #include "ki/xml/XStrictReader.h"
 
@@ -135,9 +135,7 @@ TEST(FastPaths, PlainXmlReaderBuildsTheTreeOfQXmlStreamReaderOrDeclines) {
     ASSERT_EQ(files.size(), 87);
     for (const QString& name : files) {
         SCOPED_TRACE(name.toStdString());
-        QFile file(dir + '/' + name);
-        ASSERT_TRUE(file.open(QIODevice::ReadOnly));
-        EXPECT_TRUE(fast_read_matches_qt(file.readAll()));
+        EXPECT_TRUE(fast_read_matches_qt(read_file(dir + '/' + name)));
     }
 }
 
@@ -221,44 +219,34 @@ TEST(FastPaths, CurveLengthsMatchTheIntegralOfTheirSpeed) {
     }
 }
 
-// Each text goes through a hand-built tree (white space other than blanks never survives the XML
+// Each text goes into a read tree by hand (white space other than blanks never survives the XML
 // reader) and, where the XML reader keeps it as written, through a stroke file on disk.
 TEST(FastPaths, ViewBoxReadsAsTheRegularExpressionSplitAndQStringToFloat) {
     const QStringList texts = {"0 0 1024 1024", "0\v0\f1024\r1024", "0\u00a00 1024 1024", "0\u20030 1024 1024",
                                " 0,0 , 1024\t1024 ", "0 0 1024", "0\x1c" "0 1024 1024", "-0 -12.25 0.125 3",
                                "01024 007 1e3 2.5E-1", "+1 .5 10. 7", "0 0 99999999999999999 5", "0 0 inf 5",
                                "0 0 5 1e39", "0 0 1234567890123456 1"};
+    const auto svg = [](const QString& viewBox) {
+        return "<svg xmlns='http://www.w3.org/2000/svg' viewBox='" + viewBox.toLatin1() +
+               "'><path id='o' d='M0 0 L9 0 L9 9 Z'/><clipPath id='c'><use href='#o'/></clipPath>"
+               "<path clip-path='url(#c)' d='M1 1 L8 8'/></svg>";
+    };
     if (!ki::log::is_configured()) ki::log::configure();
     QTemporaryDir dir;
     const QString path = dir.filePath(QStringLiteral("view.svg"));
     for (const QString& text : texts) {
         SCOPED_TRACE(text.toStdString());
         const ki::math::Rect expected = expected_view_box(text);
-        XNode root(QStringLiteral("svg"));
-        root.attributes.insert(QStringLiteral("viewBox"), text);
-        const auto element = [&root](const char* name,
-                                     std::initializer_list<std::pair<const char*, const char*>> attributes) {
-            auto node = std::make_unique<XNode>(QString::fromLatin1(name));
-            for (const auto& [key, value] : attributes) node->attributes.insert(key, value);
-            return root.append_child(std::move(node));
-        };
-        element("path", {{"id", "o"}, {"d", "M0 0 L9 0 L9 9 Z"}});
-        element("clipPath", {{"id", "c"}})
-            ->append_child(std::make_unique<XNode>(QStringLiteral("use")))
-            ->attributes.insert(QStringLiteral("href"), QStringLiteral("#o"));
-        element("path", {{"clip-path", "url(#c)"}, {"d", "M1 1 L8 8"}});
-        const auto built = morvel::Anim::build_from_svg(&root);
+        const std::unique_ptr<XNode> root = ki::xml::XStrictReader::read(svg(QStringLiteral("0 0 1 1")));
+        ASSERT_NE(root, nullptr);
+        *root->attributes.find(QStringLiteral("viewBox")) = text;
+        const auto built = morvel::Anim::build_from_svg(root.get());
         ASSERT_TRUE(built.ok());
         EXPECT_EQ(built.value.viewBox, expected) << built.value.viewBox.to_string();
 
         static const QRegularExpression asWritten(QStringLiteral("^[\\x20-\\x7e]*$"));
         if (!asWritten.match(text).hasMatch()) continue;
-        QFile file(path);
-        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-        file.write("<svg xmlns='http://www.w3.org/2000/svg' viewBox='" + text.toLatin1() +
-                   "'><path id='o' d='M0 0 L9 0 L9 9 Z'/><clipPath id='c'><use href='#o'/></clipPath>"
-                   "<path clip-path='url(#c)' d='M1 1 L8 8'/></svg>");
-        file.close();
+        write_file(path, svg(text));
         morvel::Anim::clear_cache();
         const auto read = morvel::Anim::build_from_file(path);
         ASSERT_TRUE(read.ok()) << read.to_string();
