@@ -17,10 +17,7 @@
 #include <QJsonArray>
 #include <QJsonObject>
 #include <QKeySequence>
-#include <QLocale>
 #include <QRegularExpression>
-#include <QUrl>
-#include <QUuid>
 #include <cstring>
 #include <functional>
 #include <memory>
@@ -87,35 +84,22 @@ QString truncated(const QString& text, int keep_bytes) {
 
 }  // namespace
 
-TEST_F(StoreTest, AttributeGetReturnsDefaultAndSaysWhy) {
-    using ki::log::LOG_ERROR;
-    struct Row {
+TEST_F(StoreTest, AttributeGetReturnsTheDefaultForWhatIsNoInt) {
+    const struct Row {
         const char* name;
         std::optional<QVariant> stored;
         int expected;
-        std::string message;  // empty: nothing logged
-        ki::log::LOG_LEVEL level;
-    };
-    const std::vector<Row> rows = {
-        {"stored int is returned", QVariant(42), 42, "", LOG_ERROR},
-        {"missing key", std::nullopt, 5, "GAttributes::get, 'k' not found", ki::log::LOG_WARN},
-        {"unsigned is not an int, though it converts", QVariant(42u), 5,
-         "GAttributes::get, incompatible type, key:'k', stored:'uint', requested:'int'", LOG_ERROR},
-        {"invalid value", QVariant(), 5, "GAttributes::get, invalid or null value, key:'k'", LOG_ERROR},
-        {"null value", QVariant(QMetaType::fromType<int>()), 5,
-         "GAttributes::get, invalid or null value, key:'k'", LOG_ERROR},
+    } rows[] = {
+        {"stored int is returned", QVariant(42), 42},
+        {"missing key", std::nullopt, 5},
+        {"unsigned is not an int, though it converts", QVariant(42u), 5},
+        {"invalid value", QVariant(), 5},
+        {"null value", QVariant(QMetaType::fromType<int>()), 5},
     };
     for (const Row& row : rows) {
-        SCOPED_TRACE(row.name);
-        capture->clear();
         GAttributes attributes;
         if (row.stored) attributes.set("k", *row.stored);
-        EXPECT_EQ(attributes.get<int>("k", 5), row.expected);
-        const auto lines = capture->lines();
-        ASSERT_EQ(lines.size(), row.message.empty() ? 0u : 1u) << capture->text();
-        if (lines.empty()) continue;
-        EXPECT_EQ(lines[0].text, row.message);
-        EXPECT_EQ(lines[0].level, row.level);
+        EXPECT_EQ(attributes.get<int>("k", 5), row.expected) << row.name;
     }
 }
 
@@ -127,20 +111,14 @@ TEST_F(StoreTest, RecordAttributes) {
     EXPECT_EQ(attributes.get_pod("m", Matrix4{}), matrix);
     EXPECT_EQ(attributes.get_pod("m", sample_log_config()), sample_log_config())
         << "a matrix read as a LogConfig";
-    EXPECT_TRUE(capture->contains("GAttributes::get_pod, key:'m', ERR_KIR, err:1")) << capture->text();
     EXPECT_EQ(attributes.get_pod("missing", matrix), matrix);
-    EXPECT_TRUE(capture->contains("GAttributes::get_pod, <<<missing>>> not found !"));
     struct Unregistered {
         int a = 1;
     };
     EXPECT_FALSE(attributes.set_pod("u", Unregistered{}));
-    EXPECT_TRUE(capture->contains("GAttributes::set_pod, id == 0"));
-
-    const GType stored = attributes.value("m").value<GType>();
-    EXPECT_EQ(stored.create().value<Matrix4>(), matrix);
-    EXPECT_EQ(stored.to_string().rfind("GType{id:2, size:64}, Matrix4{", 0), 0u) << stored.to_string();
-    EXPECT_EQ(GType({99, 0, {}}).to_string(), "GType{id:99, size:0}");
-    EXPECT_TRUE(capture->contains("GType::to_string - formatter id:99 not found"));
+    EXPECT_FALSE(attributes.contains("u"));
+    EXPECT_EQ(attributes.value("m").value<GType>().create().value<Matrix4>(), matrix);
+    EXPECT_EQ(GType({99, 0, {}}).to_string(), "GType{id:99, size:0}") << "a type nobody registered";
 
     // Qt's own QVariant reader must find the type by name, as settings of other tools would.
     EXPECT_EQ(QMetaType::fromName("kir::store::GType"), QMetaType::fromType<GType>());
@@ -194,24 +172,18 @@ TEST_F(StoreTest, EveryStreamableTypeSurvivesTextForm) {
     QBitArray bits(13);
     bits.setBit(0);
     bits.setBit(12);
-    struct Row {
+    const struct Row {
         const char* name;
         QVariant value;
         bool stored;
-    };
-    const std::vector<Row> rows = {
+    } rows[] = {
         {"date and time with an offset", QDateTime(QDate(2024, 2, 29), QTime(23, 59, 58, 7), Qt::OffsetFromUTC, 3600), true},
-        {"date", QDate(1999, 12, 31), true},
-        {"URL", QUrl("https://example.org/a?b=c#d"), true},
         {"nested list and map", QVariantList{map, QStringList{"a", "b"}, QVariant()}, true},
-        {"map", map, true},
         {"hash, whatever order it was filled in", small, true},
         {"pair", QVariant::fromValue(QVariantPair(1, QString("x"))), true},
         {"byte array list", QVariant::fromValue(QByteArrayList{"a", QByteArray(3, '\0')}), true},
         {"bit array", bits, true},
         {"character", QChar(0x6F22), true},
-        {"UUID", QUuid("{67c8770b-44f1-410a-ab9a-f9b5446f13ee}"), true},
-        {"locale", QLocale(QLocale::Chinese, QLocale::China), true},
         {"regular expression", QRegularExpression("^a+$", QRegularExpression::CaseInsensitiveOption), true},
         {"JSON object", QJsonObject{{"a", 1}, {"b", QJsonArray{true, "x"}}}, true},
         {"colour", QColor(30, 50, 30), true},
@@ -223,18 +195,14 @@ TEST_F(StoreTest, EveryStreamableTypeSurvivesTextForm) {
     };
     for (const Row& row : rows) {
         SCOPED_TRACE(row.name);
-        capture->clear();
         GNode node;
         node.set("v", row.value);
         node.set("w", 7);
         const auto read = GNode::from_qstring(GNode::to_qstring(node));
         ASSERT_TRUE(read.ok()) << read.message;
         EXPECT_EQ(read.get().get<int>("w", 0), 7) << "the other values stay";
-        if (!row.stored) {
-            EXPECT_FALSE(read.get().attributes.contains("v"));
-            EXPECT_TRUE(capture->contains("cannot be stored, skipped")) << capture->text();
-            continue;
-        }
+        EXPECT_EQ(read.get().attributes.contains("v"), row.stored);
+        if (!row.stored) continue;
         EXPECT_EQ(read.get(), node);
         EXPECT_EQ(read.get().attributes.value("v").metaType(), row.value.metaType());
         EXPECT_EQ(read.get().get_md5(), node.get_md5());
@@ -265,12 +233,11 @@ TEST_F(StoreTest, FromQStringRefusesBadText) {
         return QString::fromLatin1(bytes.toBase64());
     };
     const std::string refused = "from_qstring, node deserialization failed";
-    struct Row {
+    const struct Row {
         const char* name;
         QString text;
         std::string message;
-    };
-    const std::vector<Row> rows = {
+    } rows[] = {
         {"empty text", "", "from_qstring, empty string"},
         {"not Base64", "GNOD!?", "from_qstring, base64 decode failed"},
         {"characters outside Latin-1", QStringLiteral("R05PR漢"), "from_qstring, base64 decode failed"},
@@ -304,11 +271,9 @@ TEST_F(StoreTest, FromQStringRefusesBadText) {
     };
     for (const Row& row : rows) {
         SCOPED_TRACE(row.name);
-        capture->clear();
         const auto result = GNode::from_qstring(row.text);
         EXPECT_FALSE(result.ok());
         EXPECT_EQ(result.message, row.message);
-        EXPECT_EQ(capture->count(row.message), 1) << capture->text();
         EXPECT_TRUE(GNode::from_base_64_string(row.text).is_empty());
     }
 }
