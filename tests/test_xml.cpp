@@ -154,7 +154,7 @@ TEST(XmlVisitor, WalkOrderDepthLimitAndStop) {
     for (const auto& row : rows) {
         SCOPED_TRACE(row.name);
         QStringList seen;
-        auto run = [&](auto& visitor) {
+        const auto run = [&](auto&& visitor) {
             visitor.set_max_depth(row.maxDepth);
             visitor.set_callback([&](const XNode* node) {
                 const auto* text = dynamic_cast<const XNodeText*>(node);
@@ -164,13 +164,10 @@ TEST(XmlVisitor, WalkOrderDepthLimitAndStop) {
             visitor.walk_dfs(doc.value.get());
             EXPECT_EQ(visitor.depth(), 0);
         };
-        if (row.order == ki::algo::tree::PRE_ORDER) {
-            ki::algo::tree::Visitor<ChildAccess, const XNode*, ki::algo::tree::PRE_ORDER> visitor;
-            run(visitor);
-        } else {
-            ki::algo::tree::Visitor<ChildAccess, const XNode*, ki::algo::tree::POST_ORDER> visitor;
-            run(visitor);
-        }
+        if (row.order == ki::algo::tree::PRE_ORDER)
+            run(ki::algo::tree::Visitor<ChildAccess, const XNode*, ki::algo::tree::PRE_ORDER>());
+        else
+            run(ki::algo::tree::Visitor<ChildAccess, const XNode*, ki::algo::tree::POST_ORDER>());
         EXPECT_EQ(seen.join(" "), row.expected);
     }
 }
