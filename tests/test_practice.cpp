@@ -98,8 +98,7 @@ TEST(PracticeClassifier, ReasonsOfRejectedTracesAndTheirMarkers) {
     const P start(121, 507), end(920, 499), behind(-84, -112), ahead(84, -112), up(0, -1);
     const std::vector<P> line = along(yi, 0);
     const size_t last = line.size() - 1;
-    std::vector<P> strayTwice = with(with(line, 3, line[3] + P(0, -200)), 5, line[5] + P(0, -300)),
-                   strayToEnd = line;
+    std::vector<P> strayToEnd = line;
     for (size_t i = 10; i < strayToEnd.size(); ++i) strayToEnd[i] += P(0, -200);
     // The first 30 % of 大's falling stroke, then released at its end: the judge sees only the
     // samples, strict judging also the straight jump, 106 units off the curve.
@@ -123,13 +122,12 @@ TEST(PracticeClassifier, ReasonsOfRejectedTracesAndTheirMarkers) {
         {"move exactly at tolerance stays clean", yi, 0, with(line, 1, start + behind), Reason::NONE},
         {"move just past tolerance strays", yi, 0, with(line, 1, start + behind + up), Reason::STRAYED, 1},
         {"release exactly on the end circle", yi, 0, with(line, last, end + ahead), Reason::NONE},
-        {"release just outside the end circle", yi, 0, with(line, last, end + ahead + up), Reason::END,
-         int(last)},
+        {"release outside the end circle", yi, 0, with(line, last, end + ahead + up), Reason::END, int(last)},
         {"move at tolerance, bad release", yi, 0, with(with(line, 1, start + behind), last, end + ahead + up),
          Reason::END, int(last)},
-        {"first sample outside the corridor reported", yi, 0, strayTwice, Reason::STRAYED, 3},
-        {"later stroke (also a bad start) is the wrong stroke", san, 0, along(san, 2), Reason::WRONG_STROKE,
-         -1, 2},
+        {"first sample outside the corridor reported", yi, 0,
+         with(with(line, 3, line[3] + P(0, -200)), 5, line[5] + P(0, -300)), Reason::STRAYED, 3},
+        {"a later stroke is the wrong stroke", san, 0, along(san, 2), Reason::WRONG_STROKE, -1, 2},
         {"stroke already traced is a bad start", san, 1, along(san, 0), Reason::START, 0},
         {"reversed (also a bad start) is backwards", shi, 0, along(shi, 0, 1, 0), Reason::BACKWARDS},
         {"bad start wins over straying", shi, 1, along(shi, 1, 0, 1, P(200, 0)), Reason::START, 0},
