@@ -220,12 +220,11 @@ TEST(Math, CircleContainsWithTolerance) {
         int failures = 0;
         for (int step = 0; step < 3600; ++step) {
             const double angle = step * std::numbers::pi / 1800;
-            const double dx = std::cos(angle), dy = std::sin(angle);
-            const glm::vec2 rim(float(circle.center.x + circle.radius * dx),
-                                float(circle.center.y + circle.radius * dy));
-            const glm::vec2 out(float(circle.center.x + (circle.radius + 0.01) * dx),
-                                float(circle.center.y + (circle.radius + 0.01) * dy));
-            failures += !circle.contains(rim, 0) + circle.contains(out, 0);
+            const auto at = [&](double r) {
+                return glm::vec2(float(circle.center.x + r * std::cos(angle)),
+                                 float(circle.center.y + r * std::sin(angle)));
+            };
+            failures += !circle.contains(at(circle.radius), 0) + circle.contains(at(circle.radius + 0.01), 0);
         }
         EXPECT_EQ(failures, 0);
     }
