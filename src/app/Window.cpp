@@ -256,12 +256,6 @@ void Window::post_ini() {
     deferAutoPlay = false;
     scroller->ensure_visible(selected);
     GMainWindow::post_ini();
-    // Checking the history file takes longer than a frame: it waits until the window is seen.
-    QTimer::singleShot(0, this, [this]() {
-        const QString notice = recorder->open();
-        if (!notice.isEmpty()) ki::qt::GMessageBox::show_info(this, tt("Progress", "Fortschritt", "Прогресс"), notice);
-        update_progress_view();
-    });
 }
 
 void Window::on_index(int index) {
@@ -303,6 +297,16 @@ void Window::on_index(int index) {
 
 void Window::paintEvent(QPaintEvent* ev) {
     GMainWindow::paintEvent(ev);
+    if (!historyPending) {
+        historyPending = true;
+        // Checking the history file takes longer than a frame: it waits until the window is seen.
+        QTimer::singleShot(0, this, [this]() {
+            const QString notice = recorder->open();
+            if (!notice.isEmpty())
+                ki::qt::GMessageBox::show_info(this, tt("Progress", "Fortschritt", "Прогресс"), notice);
+            update_progress_view();
+        });
+    }
     if (!autoPlayPending) return;
     autoPlayPending = false;
     // Queued: the frame being painted reaches the screen first.

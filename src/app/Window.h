@@ -156,6 +156,8 @@ private:
     // The start-up selection's recording is played after the first frame (see post_ini).
     bool deferAutoPlay = false;
     bool autoPlayPending = false;
+    // The practice history is opened once, after the first frame.
+    bool historyPending = false;
     QTimer timer;
 };
 
