@@ -7,8 +7,11 @@
 #include <ki/log/LogCapture.h>
 #include <ki/tools/GSettings.h>
 
+#include <QColor>
 #include <QDir>
 #include <QFile>
+#include <algorithm>
+#include <cmath>
 #include <memory>
 #include <utility>
 #include <vector>
@@ -66,4 +69,13 @@ inline void write_file(const QString& path, const QByteArray& content) {
 inline QByteArray read_file(const QString& path) {
     QFile file(path);
     return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
+// WCAG contrast ratio of two colours (1 to 21).
+inline double contrast_ratio(const QColor& a, const QColor& b) {
+    const auto luminance = [](const QColor& c) {
+        const auto linear = [](double v) { return v <= 0.04045 ? v / 12.92 : std::pow((v + 0.055) / 1.055, 2.4); };
+        return 0.2126 * linear(c.redF()) + 0.7152 * linear(c.greenF()) + 0.0722 * linear(c.blueF()) + 0.05;
+    };
+    return std::max(luminance(a), luminance(b)) / std::min(luminance(a), luminance(b));
 }

@@ -15,6 +15,7 @@
 #include "app/practice/PracticeTexts.h"
 #include "app/practice/TraceClassifier.h"
 #include "app/stroke/StrokeJudge.h"
+#include "LoggedTest.h"
 
 using namespace morvel::practice;
 using morvel::Anim;
@@ -211,25 +212,17 @@ TEST(PracticeClassifier, AgreesWithTheJudgeOnEveryLevelStroke) {
 }
 
 TEST(PracticeMarkers, ColoursKeepOutlineAndCirclesReadable) {
-    const auto lum = [](QColor c) {
-        const auto lin = [](double v) {
-            return v <= 0.04045 ? v / 12.92 : std::pow((v + 0.055) / 1.055, 2.4);
-        };
-        return 0.2126 * lin(c.redF()) + 0.7152 * lin(c.greenF()) + 0.0722 * lin(c.blueF()) + 0.05;
-    };
-    const auto contrast = [&](QColor a, QColor b) {
-        return std::max(lum(a), lum(b)) / std::min(lum(a), lum(b));
-    };
+
     for (unsigned int theme :
          {CanvasColors::THEME_NORMAL, CanvasColors::THEME_DARK, CanvasColors::THEME_GREEN}) {
         SCOPED_TRACE(theme);
         const CanvasColors c = CanvasColors::for_theme(theme, false);
         for (const QColor& background : c.colorBackground) {
-            EXPECT_GE(contrast(c.colorOutline, background), 2.0);
+            EXPECT_GE(contrast_ratio(c.colorOutline, background), 2.0);
             for (const QColor& circle : {c.colorCircleStart, c.colorCircleEnd}) {
-                EXPECT_GE(contrast(circle, background), 3.0);
+                EXPECT_GE(contrast_ratio(circle, background), 3.0);
                 // Over a traced stroke the circle itself or its halo in the background stands out.
-                EXPECT_GE(std::max(contrast(circle, c.colorDone), contrast(background, c.colorDone)), 3.0);
+                EXPECT_GE(std::max(contrast_ratio(circle, c.colorDone), contrast_ratio(background, c.colorDone)), 3.0);
             }
         }
     }

@@ -369,15 +369,7 @@ TEST(ProgressMarkTest, StatesDrawnLegiblyInEveryTheme) {
         {"due learning in the accent", Mastery::LEARNING, true, false, true},
         {"due known in the accent", Mastery::KNOWN, true, true, true},
     };
-    const auto lum = [](QColor c) {
-        const auto lin = [](double v) {
-            return v <= 0.04045 ? v / 12.92 : std::pow((v + 0.055) / 1.055, 2.4);
-        };
-        return 0.2126 * lin(c.redF()) + 0.7152 * lin(c.greenF()) + 0.0722 * lin(c.blueF()) + 0.05;
-    };
-    const auto contrast = [&](QColor a, QColor b) {
-        return std::max(lum(a), lum(b)) / std::min(lum(a), lum(b));
-    };
+
     for (unsigned theme :
          {ki::qt::themes::THEME_NORMAL, ki::qt::themes::THEME_DARK, ki::qt::themes::THEME_GREEN}) {
         const QPalette palette = ki::qt::themes::get_palette(theme);
@@ -394,7 +386,7 @@ TEST(ProgressMarkTest, StatesDrawnLegiblyInEveryTheme) {
             EXPECT_EQ(image.pixelColor(11, 20) == expected, row.ring);  // on the left edge of the dot
             EXPECT_EQ(image.pixelColor(2, 2), background) << "stays inside its rectangle";
             if (row.ring) {
-                EXPECT_GE(contrast(expected, background), 3.0);
+                EXPECT_GE(contrast_ratio(expected, background), 3.0);
             }
         }
     }

@@ -112,12 +112,7 @@ QString derive_summaries(QSqlDatabase& db) {
                        " clean_completions, misses, box, last_completion_day, due_day, last_clean_day, known)"
                        " VALUES(?,?,?,?,?,?,?,?,?,?,?,?)"));
     for (const auto& [codePoint, s] : summaries) {
-        for (const QVariant& value :
-             {QVariant(s.codePoint), QVariant(s.level), QVariant(s.firstSeenMs), QVariant(s.lastPractisedMs),
-              QVariant(s.completions), QVariant(s.cleanCompletions), QVariant(s.misses), QVariant(s.box),
-              QVariant(s.lastCompletionDay), QVariant(s.dueDay), QVariant(s.lastCleanDay),
-              QVariant(s.known ? 1 : 0)})
-            insert.addBindValue(value);
+        ProgressSchema::bind_summary(insert, s);
         if (!insert.exec()) return insert.lastError().text();
     }
     insert.prepare(
@@ -184,6 +179,14 @@ QString ProgressSchema::migrate(QSqlDatabase& db, int target) {
             return QStringLiteral("step to version %1: %2").arg(version + 1).arg(error);
         }
     }
+}
+
+void ProgressSchema::bind_summary(QSqlQuery& query, const CharSummary& s) {
+    for (const QVariant& value :
+         {QVariant(s.codePoint), QVariant(s.level), QVariant(s.firstSeenMs), QVariant(s.lastPractisedMs),
+          QVariant(s.completions), QVariant(s.cleanCompletions), QVariant(s.misses), QVariant(s.box),
+          QVariant(s.lastCompletionDay), QVariant(s.dueDay), QVariant(s.lastCleanDay), QVariant(s.known ? 1 : 0)})
+        query.addBindValue(value);
 }
 
 }  // namespace morvel::progress

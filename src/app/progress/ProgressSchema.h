@@ -5,8 +5,11 @@
 #include <QString>
 
 class QSqlDatabase;
+class QSqlQuery;
 
 namespace morvel::progress {
+
+struct CharSummary;
 
 class ProgressSchema {
 public:
@@ -21,6 +24,9 @@ public:
     /// failed step leaves the file at the version before it. Returns an empty text on success,
     /// else what failed.
     static QString migrate(QSqlDatabase& db, int target = VERSION);
+
+    /// Binds the twelve columns of a summary row, in the table's column order.
+    static void bind_summary(QSqlQuery& query, const CharSummary& summary);
 };
 
 }  // namespace morvel::progress

@@ -295,12 +295,7 @@ void ProgressStore::load_summaries() {
 
 QSqlQuery* ProgressStore::write_summary(const CharSummary& s) {
     QSqlQuery& q = db->upsertSummary;
-    for (const QVariant& value :
-         {QVariant(s.codePoint), QVariant(s.level), QVariant(s.firstSeenMs), QVariant(s.lastPractisedMs),
-          QVariant(s.completions), QVariant(s.cleanCompletions), QVariant(s.misses), QVariant(s.box),
-          QVariant(s.lastCompletionDay), QVariant(s.dueDay), QVariant(s.lastCleanDay),
-          QVariant(s.known ? 1 : 0)})
-        q.addBindValue(value);
+    ProgressSchema::bind_summary(q, s);
     return q.exec() ? nullptr : &q;
 }
 
