@@ -356,6 +356,8 @@ TEST(ControlAnimModes, OperationsMoveOneLessonState) {
         EXPECT_EQ(control.state().is_done(), row.learned == 4);
         EXPECT_EQ(control.state().round, row.round);
         EXPECT_EQ(control.state().hint >= 0.0f, row.hinting);
-        if (row.hinting) EXPECT_EQ(control.state().misses, 0);
+        if (row.hinting) {
+            EXPECT_EQ(control.state().misses, 0);
+        }
     }
 }
