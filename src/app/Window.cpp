@@ -222,10 +222,16 @@ void Window::update_fonts() {
     if (larger.pointSizeF() > 0) larger.setPointSizeF(larger.pointSizeF() * 1.3);
     labelTranslation->setFont(larger);
     labelPinyin->setFont(larger);
+    // Measuring every pinyin of a large level costs milliseconds at start-up; the widest is
+    // among the longest, so only those are measured.
+    std::vector<QString> pinyins;
+    for (unsigned int i = 0; i < data.size(); ++i) pinyins.push_back(data.appObject_at(i).chinChar.pinyin);
+    const size_t measured = std::min<size_t>(pinyins.size(), 12);
+    std::partial_sort(pinyins.begin(), pinyins.begin() + static_cast<std::ptrdiff_t>(measured), pinyins.end(),
+                      [](const QString& a, const QString& b) { return a.size() > b.size(); });
     int widest = 0;
     const QFontMetrics metrics(larger);
-    for (unsigned int i = 0; i < data.size(); ++i)
-        widest = std::max(widest, metrics.horizontalAdvance(data.appObject_at(i).chinChar.pinyin));
+    for (size_t i = 0; i < measured; ++i) widest = std::max(widest, metrics.horizontalAdvance(pinyins[i]));
     labelPinyin->setFixedWidth(widest + metrics.averageCharWidth());
     update_list_width();
 }
