@@ -115,5 +115,5 @@ TEST_F(SoundTest, EffectsRefuseMissingFilesAndReportTheirEnd) {
     EXPECT_EQ(finished, 0) << "nothing played, nothing ended";
     effect.play_sound_with_listener(QStringLiteral(":/wb/shared-res/sounds/quiet.wav"));
     EXPECT_EQ(finished, 1);
-    EXPECT_EQ(effect.source().toString(), QStringLiteral("qrc:/wb/shared-res/sounds/quiet.wav"));
+    EXPECT_TRUE(effect.source().isEmpty()) << "a silent run loads no sample";
 }

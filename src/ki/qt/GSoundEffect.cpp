@@ -41,14 +41,17 @@ bool GSoundEffect::start(const QString& path, int loops) {
         pp_warn("GSoundEffect::play_sound, does not exist '$'", path);
         return false;
     }
+    // Shares the players' switch, so automated runs stay quiet with either kind. A silent run
+    // loads no sample either: Qt loads it on its own thread, and a process that ends while that
+    // load is in flight leaves the loader's buffers behind.
+    if (GSound::is_silent()) return true;
     setSource(GSound::to_source_url(path));
     setLoopCount(loops);
     if (isPlaying()) {
         pp_trace("GSoundEffect::play_sound, STOP");
         stop();
     }
-    // Shares the players' switch, so automated runs stay quiet with either kind.
-    if (!GSound::is_silent()) play();
+    play();
     return true;
 }
 
