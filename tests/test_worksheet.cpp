@@ -57,19 +57,18 @@ int ink(const QImage& page, const ki::math::Rect& box, float share, int below) {
 }  // namespace
 
 TEST(Worksheet, PrintedPagesCarryInkWhereTheLayoutPutsIt) {
-    struct Row {
+    const struct {
         const char* name;
         QString chars;  ///< "" for the whole level 1
         Paper paper;
         int rows;
         QSize pagePixels;
-    };
-    const Row rows[] = {
+    } rows[] = {
         {"three characters on A4", QStringLiteral("中大我"), Paper::A4, 2, {331, 468}},
         {"three characters on Letter with one row", QStringLiteral("中大我"), Paper::LETTER, 1, {340, 440}},
         {"the whole level on A4", QString(), Paper::A4, 2, {331, 468}},
     };
-    for (const Row& row : rows) {
+    for (const auto& row : rows) {
         SCOPED_TRACE(row.name);
         const WorksheetSource source =
             row.chars.isEmpty() ? WorksheetSource::from_level(1) : WorksheetSource::from_text(row.chars);
@@ -120,19 +119,17 @@ TEST(Worksheet, PrintedPagesCarryInkWhereTheLayoutPutsIt) {
 }
 
 TEST(Worksheet, GuideGridDrawsTheLinesOfItsKind) {
-    struct Row {
+    const struct {
         const char* name;
         GuideGrid grid;
-        bool cross;
-        bool diagonals;
-    };
-    const Row rows[] = {
+        bool cross, diagonals;
+    } rows[] = {
         {"none frames the square only", GuideGrid::NONE, false, false},
         {"tian adds the cross", GuideGrid::TIAN, true, false},
         {"mi adds cross and diagonals", GuideGrid::MI, true, true},
     };
     const GuideGridStyle style{Qt::black, 2.0f, 2.0f, Qt::SolidLine};
-    for (const Row& row : rows) {
+    for (const auto& row : rows) {
         SCOPED_TRACE(row.name);
         QImage image(120, 120, QImage::Format_RGB32);
         image.fill(Qt::white);
@@ -152,84 +149,39 @@ TEST(Worksheet, GuideGridDrawsTheLinesOfItsKind) {
 TEST(WorksheetCli, ExitCodesAndMessages) {
     QTemporaryDir dir;
     const QString out = dir.filePath(QStringLiteral("out.pdf"));
-    struct Row {
+    // Arguments after --worksheet, split at blanks; @out is the output file, @dir its folder.
+    const auto fill = [&](QString text) { return text.replace("@out", out).replace("@dir", dir.path()); };
+    using enum WorksheetCli::EXIT_CODE;
+    const struct {
         const char* name;
-        QStringList arguments;
+        const char* arguments;
         int exitCode;
-        QString mentioned;
+        const char* mentioned;
         bool written;
+    } rows[] = {
+        {"characters written", "中大我 --out @out --grid mi --paper letter --rows 3", EXIT_OK, "@out", true},
+        {"a level written", "level:1 --out @out --rows 1", EXIT_OK, "87", true},
+        {"no stroke file: listed, the rest written", "中x大 --out @out", EXIT_CHARS_MISSING, "'x'", true},
+        {"only unknown characters write nothing", "xy --out @out", EXIT_CHARS_MISSING, "'y'", false},
+        {"unwritable path", "中 --out @dir/no/such/a.pdf", EXIT_WRITE_FAILED, "@dir/no/such/a.pdf", false},
+        {"folder as output", "中 --out @dir", EXIT_WRITE_FAILED, "@dir", false},
+        {"no output named", "中", EXIT_BAD_ARGUMENTS, "--out", false},
+        {"no characters named", "--out @out", EXIT_BAD_ARGUMENTS, "level:N", false},
+        {"unknown grid", "中 --out @out --grid hex", EXIT_BAD_ARGUMENTS, "'hex'", false},
+        {"unknown paper", "中 --out @out --paper a5", EXIT_BAD_ARGUMENTS, "'a5'", false},
+        {"rows below range", "中 --out @out --rows 0", EXIT_BAD_ARGUMENTS, "'0'", false},
+        {"rows not a number", "中 --out @out --rows many", EXIT_BAD_ARGUMENTS, "'many'", false},
+        {"level that does not exist", "level:99 --out @out", EXIT_BAD_ARGUMENTS, "'99'", false},
     };
-    const QString unwritable = dir.filePath(QStringLiteral("no/such/folder/a.pdf"));
-    const Row rows[] = {
-        {"characters written",
-         {"--worksheet", "中大我", "--out", out, "--grid", "mi", "--paper", "letter", "--rows", "3"},
-         WorksheetCli::EXIT_OK,
-         out,
-         true},
-        {"a level written",
-         {"--worksheet", "level:1", "--out", out, "--rows", "1"},
-         WorksheetCli::EXIT_OK,
-         "87",
-         true},
-        {"characters without stroke file listed, the rest written",
-         {"--worksheet", "中x大", "--out", out},
-         WorksheetCli::EXIT_CHARS_MISSING,
-         "'x'",
-         true},
-        {"only unknown characters write nothing",
-         {"--worksheet", "xy", "--out", out},
-         WorksheetCli::EXIT_CHARS_MISSING,
-         "'y'",
-         false},
-        {"unwritable path",
-         {"--worksheet", "中", "--out", unwritable},
-         WorksheetCli::EXIT_WRITE_FAILED,
-         unwritable,
-         false},
-        {"folder as output",
-         {"--worksheet", "中", "--out", dir.path()},
-         WorksheetCli::EXIT_WRITE_FAILED,
-         dir.path(),
-         false},
-        {"no output named", {"--worksheet", "中"}, WorksheetCli::EXIT_BAD_ARGUMENTS, "--out", false},
-        {"no characters named",
-         {"--worksheet", "--out", out},
-         WorksheetCli::EXIT_BAD_ARGUMENTS,
-         "level:N",
-         false},
-        {"unknown grid",
-         {"--worksheet", "中", "--out", out, "--grid", "hex"},
-         WorksheetCli::EXIT_BAD_ARGUMENTS,
-         "'hex'",
-         false},
-        {"unknown paper",
-         {"--worksheet", "中", "--out", out, "--paper", "a5"},
-         WorksheetCli::EXIT_BAD_ARGUMENTS,
-         "'a5'",
-         false},
-        {"rows below range",
-         {"--worksheet", "中", "--out", out, "--rows", "0"},
-         WorksheetCli::EXIT_BAD_ARGUMENTS,
-         "'0'",
-         false},
-        {"rows not a number",
-         {"--worksheet", "中", "--out", out, "--rows", "many"},
-         WorksheetCli::EXIT_BAD_ARGUMENTS,
-         "'many'",
-         false},
-        {"level that does not exist",
-         {"--worksheet", "level:99", "--out", out},
-         WorksheetCli::EXIT_BAD_ARGUMENTS,
-         "'99'",
-         false},
-    };
-    for (const Row& row : rows) {
+    for (const auto& row : rows) {
         SCOPED_TRACE(row.name);
         QFile::remove(out);
-        const WorksheetCliResult result =
-            WorksheetCli::run(QStringList{QStringLiteral("quenlo")} + row.arguments, QLocale::English);
+        QStringList arguments{QStringLiteral("quenlo"), QStringLiteral("--worksheet")};
+        for (const QString& argument : QString::fromUtf8(row.arguments).split(' '))
+            arguments << fill(argument);
+        const WorksheetCliResult result = WorksheetCli::run(arguments, QLocale::English);
         EXPECT_EQ(result.exitCode, row.exitCode) << result.message.toStdString();
-        EXPECT_TRUE(result.message.contains(row.mentioned)) << result.message.toStdString();
+        EXPECT_TRUE(result.message.contains(fill(row.mentioned))) << result.message.toStdString();
         EXPECT_EQ(QFile::exists(out), row.written);
     }
 }
