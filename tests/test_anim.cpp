@@ -36,8 +36,9 @@ QString svg(const QString& body, const QString& rootAttributes = R"~(viewBox="0 
 
 }  // namespace
 
-TEST(AnimBuild, EveryStructuralFaultFailsTheWholeCharacter) {
-    const QString badOutline = "M 0 0 L 10", badCentre = "M 1 1 Q 9";
+// Every structural fault fails the whole character; a bad viewBox only leaves the box zero.
+TEST(AnimBuild, StructuralFaultsFailTheWholeCharacterAViewBoxNever) {
+    const QString badOutline = "M 0 0 L 10", badCentre = "M 1 1 Q 9", good = OUTLINE + CLIP + CENTRE;
     const auto clip = [](const QString& inner) {
         return OUTLINE + "<clipPath id='c'>" + inner + "</clipPath>" + CENTRE;
     };
@@ -47,7 +48,9 @@ TEST(AnimBuild, EveryStructuralFaultFailsTheWholeCharacter) {
     const struct {
         const char* name;
         QString body;
-        QString message;
+        QString message;  ///< empty when the document builds
+        QString rootAttributes = R"~(viewBox="0 0 1024 1024")~";
+        ki::math::Rect viewBox = {};
     } rows[] = {
         {"duplicate outline id", OUTLINE + OUTLINE + CLIP + CENTRE, "duplicate outline id 'a'"},
         {"centre line reuses an outline id", centre(R"~(id="a" clip-path="url(#c)" d="M 1 1 L 2 2")~"),
@@ -81,38 +84,25 @@ TEST(AnimBuild, EveryStructuralFaultFailsTheWholeCharacter) {
          "invalid clip-path 'bad'"},
         {"reference faults are found before stroke faults",
          centre(R"~(clip-path="bad" d="M 1 1 L 2 2")~") + CLIP, "duplicate clipPath id 'c'"},
+        {"viewBox with commas", good, "", R"~(viewBox="0,0,1024,1024")~", {0, 0, 1024, 1024}},
+        {"viewBox of negative height", good, "", R"~(viewBox="0 0 1024 -5")~"},
+        {"viewBox with a word", good, "", R"~(viewBox="0 0 wide 1024")~"},
+        {"no viewBox", good, "", ""},
     };
     for (const auto& row : rows) {
         SCOPED_TRACE(row.name);
-        const ki::GSysResult<Anim> result = build_text(svg(row.body));
+        const ki::GSysResult<Anim> result = build_text(svg(row.body, row.rootAttributes));
+        EXPECT_EQ(result.get_message(), row.message);
+        ASSERT_EQ(result.ok(), row.message.isEmpty());
+        if (result.ok()) {
+            EXPECT_EQ(result.value.viewBox, row.viewBox) << result.value.viewBox.to_string();
+            continue;
+        }
         EXPECT_EQ(result.error_class, ki::EC_KIR);
         EXPECT_EQ(result.error, 30);
-        EXPECT_EQ(result.get_message(), row.message);
         EXPECT_TRUE(result.value.strokes.empty());
     }
     EXPECT_EQ(Anim::build_from_svg(nullptr).error, 20);
-}
-
-TEST(AnimBuild, ViewBoxIsReadOrLeftZero) {
-    const struct {
-        const char* name;
-        QString rootAttributes;
-        ki::math::Rect expected;
-    } rows[] = {
-        {"blank separated", R"~(viewBox="0 0 1024 1024")~", {0, 0, 1024, 1024}},
-        {"comma separated", R"~(viewBox="0,0,1024,1024")~", {0, 0, 1024, 1024}},
-        {"padding, tabs and negative origin", "viewBox=' -10, -20.5  300\t400 '", {-10, -20.5f, 300, 400}},
-        {"three numbers", R"~(viewBox="0 0 1024")~", {}},
-        {"negative height", R"~(viewBox="0 0 1024 -5")~", {}},
-        {"not a number", R"~(viewBox="0 0 wide 1024")~", {}},
-        {"no viewBox", "", {}},
-    };
-    for (const auto& row : rows) {
-        SCOPED_TRACE(row.name);
-        const ki::GSysResult<Anim> result = build_text(svg(OUTLINE + CLIP + CENTRE, row.rootAttributes));
-        ASSERT_TRUE(result.ok()) << result.to_string();
-        EXPECT_EQ(result.value.viewBox, row.expected) << result.value.viewBox.to_string();
-    }
 }
 
 TEST(AnimBuild, RichDocumentYieldsStrokesInCentreLineOrder) {
@@ -138,7 +128,6 @@ TEST(AnimBuild, RichDocumentYieldsStrokesInCentreLineOrder) {
     const ki::GSysResult<Anim> result = build_text(rich);
     ASSERT_TRUE(result.ok()) << result.to_string();
     const Anim& anim = result.value;
-    ASSERT_EQ(anim.strokes.size(), 3u);
     EXPECT_EQ(anim.viewBox, ki::math::Rect(0, 0, 1024, 1024));
     std::vector<glm::vec2> starts;  // centre line, then outline, per stroke
     for (const morvel::AnimStroke& stroke : anim.strokes)
@@ -151,37 +140,27 @@ TEST(AnimBuild, RichDocumentYieldsStrokesInCentreLineOrder) {
 TEST(AnimCache, LoadsAreServedByNameAndFailuresReportedOnce) {
     Anim::clear_cache();
     QTemporaryDir dir;
-    const QString good = dir.filePath("good.svg");
-    const QString noStrokes = dir.filePath("nostrokes.svg");
-    const QString missing = dir.filePath("missing.svg");
-    const QString commentOnly = dir.filePath("comment.svg");
-    const QString huge = dir.filePath("huge.svg");
+    const QString good = dir.filePath("good.svg"), noStrokes = dir.filePath("nostrokes.svg"),
+                  missing = dir.filePath("missing.svg"), huge = dir.filePath("huge.svg");
     write_file(good, svg(OUTLINE + CLIP + CENTRE + CENTRE).toUtf8());
     write_file(noStrokes, svg(OUTLINE + CLIP).toUtf8());
-    write_file(commentOnly, "<!-- nothing here -->");
     write_file(huge, "<svg>" + QByteArray(Anim::MAX_FILE_BYTES, ' ') + "</svg>");
 
     const ki::GSysResult<Anim> first = Anim::build_from_file(good);
-    ASSERT_TRUE(first.ok()) << first.to_string();
-    EXPECT_EQ(first.value.strokes.size(), 2u);
+    ASSERT_EQ(first.value.strokes.size(), 2u) << first.to_string();
     write_file(good, "not xml at all");
     const ki::GSysResult<Anim> again = Anim::build_from_file(good);
-    EXPECT_TRUE(again.ok()) << "a cached name is not read again";
-    EXPECT_EQ(again.value, first.value);
+    EXPECT_TRUE(again.ok() && again.value == first.value) << "a cached name is not read again";
 
     EXPECT_EQ(Anim::build_from_file(noStrokes).error, 30);
     const ki::GSysResult<Anim> secondLoad = Anim::build_from_file(noStrokes);
-    EXPECT_TRUE(secondLoad.ok());
-    EXPECT_TRUE(secondLoad.value.strokes.empty());
+    EXPECT_TRUE(secondLoad.ok() && secondLoad.value.strokes.empty()) << "a failed build is reported once";
 
     EXPECT_EQ(Anim::build_from_file(missing).error_class, ki::EC_IO);
     write_file(missing, svg(OUTLINE + CLIP + CENTRE).toUtf8());
     EXPECT_EQ(Anim::build_from_file(missing).value.strokes.size(), 1u) << "an unreadable file is not cached";
 
-    EXPECT_FALSE(Anim::build_from_file(commentOnly).ok());
-    const ki::GSysResult<Anim> refused = Anim::build_from_file(huge);
-    EXPECT_FALSE(refused.ok());
-    EXPECT_TRUE(refused.get_message().contains(huge)) << refused.message;
+    EXPECT_TRUE(Anim::build_from_file(huge).get_message().contains(huge)) << "refused, naming the file";
 
     // A resource reads like the same bytes on disk; a resource folder fails like a folder.
     const QString resource = ":/wb/shared-res/zh/1/19968.svg", copy = dir.filePath("19968.svg");
@@ -190,7 +169,6 @@ TEST(AnimCache, LoadsAreServedByNameAndFailuresReportedOnce) {
     EXPECT_EQ(Anim::build_from_file(resource).value, Anim::build_from_file(copy).value);
     const ki::GSysResult<Anim> folder = Anim::build_from_file(":/wb/shared-res/zh/1");
     const ki::xml::XNodeResult asDocument = ki::xml::XNode::parse_file(":/wb/shared-res/zh/1");
-    EXPECT_FALSE(folder.ok());
     EXPECT_EQ(std::pair(folder.error_class, folder.message),
               std::pair(asDocument.error_class, asDocument.message));
 
@@ -200,27 +178,25 @@ TEST(AnimCache, LoadsAreServedByNameAndFailuresReportedOnce) {
 }
 
 TEST(AnimShipped, EveryStrokeFileBuildsWithCentreLinesInsideTheirOutlines) {
-    QStringList files;
     for (const auto& [level, count] : {std::pair{1, 87}, {2, 95}, {3, 167}, {4, 269}}) {
         const QDir folder(morvel::prog2::Level::shipped(level).directory);
         const QStringList names = folder.entryList({"*.svg"}, QDir::Files);
         EXPECT_EQ(names.size(), count) << "level " << level;
-        for (const QString& name : names) files << folder.filePath(name);
-    }
-    for (const QString& file : files) {
-        SCOPED_TRACE(file.toStdString());
-        const ki::GSysResult<Anim> result = Anim::build_from_file(file);
-        ASSERT_TRUE(result.ok()) << result.to_string();
-        EXPECT_EQ(result.value.viewBox, ki::math::Rect(0, 0, 1024, 1024));
-        ASSERT_FALSE(result.value.strokes.empty());
-        for (size_t i = 0; i < result.value.strokes.size(); ++i) {
-            const morvel::AnimStroke& stroke = result.value.strokes[i];
-            SCOPED_TRACE(i);
-            ASSERT_TRUE(stroke.is_valid());
-            QPainterPath outline = ki::qt::GPC::math_path_to_painter_path(stroke.pathOutline);  // as drawn
-            outline.setFillRule(Qt::WindingFill);
-            for (const glm::vec2 p : {stroke.pathAnim.point_start(), stroke.pathAnim.point_end()})
-                EXPECT_TRUE(outline.contains(QPointF(p.x, p.y))) << p.x << "," << p.y;
+        for (const QString& name : names) {
+            SCOPED_TRACE(folder.filePath(name).toStdString());
+            const ki::GSysResult<Anim> result = Anim::build_from_file(folder.filePath(name));
+            ASSERT_TRUE(result.ok()) << result.to_string();
+            EXPECT_EQ(result.value.viewBox, ki::math::Rect(0, 0, 1024, 1024));
+            for (size_t i = 0; i < result.value.strokes.size(); ++i) {
+                const morvel::AnimStroke& stroke = result.value.strokes[i];
+                SCOPED_TRACE(i);
+                ASSERT_TRUE(stroke.is_valid());
+                // Filled as the canvas draws it.
+                QPainterPath outline = ki::qt::GPC::math_path_to_painter_path(stroke.pathOutline);
+                outline.setFillRule(Qt::WindingFill);
+                for (const glm::vec2 p : {stroke.pathAnim.point_start(), stroke.pathAnim.point_end()})
+                    EXPECT_TRUE(outline.contains(QPointF(p.x, p.y))) << p.x << "," << p.y;
+            }
         }
     }
 }
