@@ -19,7 +19,6 @@
 #include <QTest>
 #include <csignal>
 #include <functional>
-#include <variant>
 
 #include "LoggedTest.h"
 #include "app/progress/ProgressMark.h"
@@ -42,35 +41,27 @@ struct Session {
     int day;
     Kind kind;
 };
-using Record = std::variant<TraceRecord, CompletionRecord>;
 
-/// A practice session per entry: two strokes and a completion, spoiled as the kind says.
-std::vector<Record> history(const std::vector<Session>& sessions, int cp = CP) {
-    std::vector<Record> out;
+/// Practises `cp` in `target`, a session per entry: two strokes and a completion, spoiled as the
+/// kind says. Returns whether every record was written.
+bool practise(ProgressStore& target, const std::vector<Session>& sessions, int cp = CP) {
+    bool all = true;
     qint64 minute = 0;
     for (const auto [day, kind] : sessions) {
         const auto at = [&, day = day] { return BASE_MS + day * DAY_MS + 60'000 * ++minute; };
         const unsigned aids = AID_CIRCLES | (kind == OUTLINE ? AID_OUTLINE : 0u);
         if (kind == MISS || kind == TRACE_ONLY)
-            out.push_back(TraceRecord{at(), 1, cp, 0, false, reason::STRAYED, 80, aids, false});
+            all &= target.record_trace(TraceRecord{at(), 1, cp, 0, false, reason::STRAYED, 80, aids, false});
         if (kind == TRACE_ONLY) continue;
         for (int stroke : {0, 1})
-            out.push_back(TraceRecord{at(), 1, cp, stroke, true, {}, 80, aids, kind == HINT});
-        out.push_back(CompletionRecord{at(), 1, cp, 12.5, kind == MISS ? 1 : 0, 1});
+            all &= target.record_trace(TraceRecord{at(), 1, cp, stroke, true, {}, 80, aids, kind == HINT});
+        all &= target.record_completion(CompletionRecord{at(), 1, cp, 12.5, kind == MISS ? 1 : 0, 1});
     }
-    return out;
+    return all;
 }
 
 class ProgressTest : public LoggedTest {
 protected:
-    bool record(ProgressStore& target, const std::vector<Record>& records) {
-        bool all = true;
-        for (const Record& r : records)
-            all &= std::visit([&](const auto& rec) { return record_one(target, rec); }, r);
-        return all;
-    }
-    static bool record_one(ProgressStore& s, const TraceRecord& r) { return s.record_trace(r); }
-    static bool record_one(ProgressStore& s, const CompletionRecord& r) { return s.record_completion(r); }
     void set_day(int day) { nowMs = BASE_MS + day * DAY_MS + 12 * 3'600'000; }
     QString file() const { return dir.filePath(ProgressStore::FILE_NAME); }
 
@@ -108,7 +99,7 @@ TEST_F(ProgressTest, MasteryAndReviewBoxes) {
         QTemporaryDir rowDir;
         ProgressStore live([this] { return nowMs; });
         ASSERT_EQ(live.open(rowDir.path()), ProgressStore::Status::WRITABLE);
-        EXPECT_TRUE(record(live, history(row.sessions)));
+        EXPECT_TRUE(practise(live, row.sessions));
         set_day(row.checkDay);
         EXPECT_EQ(live.mastery(CP), row.mastery);
         EXPECT_EQ(live.summary(CP).box, row.box);
@@ -123,9 +114,9 @@ TEST_F(ProgressTest, MasteryAndReviewBoxes) {
 TEST_F(ProgressTest, ReviewNavigationSkipsCharactersNotDue) {
     const std::vector<int> level{0x4E00, CP, CP2, 0x5927};
     ASSERT_EQ(store.open(dir.path()), ProgressStore::Status::WRITABLE);
-    record(store, history({{0, CLEAN}}, CP));
-    record(store, history({{0, CLEAN}}, 0x5927));
-    record(store, history({{1, CLEAN}}, CP2));
+    practise(store, {{0, CLEAN}}, CP);
+    practise(store, {{0, CLEAN}}, 0x5927);
+    practise(store, {{1, CLEAN}}, CP2);
     const struct {
         const char* name;
         int day, from, step, expected;
@@ -143,17 +134,14 @@ TEST_F(ProgressTest, ReviewNavigationSkipsCharactersNotDue) {
 }
 
 TEST_F(ProgressTest, OlderFilesMigrateToTheSameSummaries) {
-    const std::vector<Record> records = [] {
-        auto all = history({{0, CLEAN}, {1, HINT}, {2, CLEAN}, {3, CLEAN}, {5, MISS}, {6, OUTLINE}});
-        const auto other = history({{4, TRACE_ONLY}, {4, MISS}}, CP2);
-        all.insert(all.end(), other.begin(), other.end());
-        return all;
-    }();
     set_day(8);
-    ProgressStore live([this] { return nowMs; });
-    QTemporaryDir liveDir;
-    live.open(liveDir.path());
-    record(live, records);
+    ASSERT_EQ(store.open(dir.path()), ProgressStore::Status::WRITABLE);
+    ASSERT_TRUE(practise(store, {{0, CLEAN}, {1, HINT}, {2, CLEAN}, {3, CLEAN}, {5, MISS}, {6, OUTLINE}}));
+    ASSERT_TRUE(practise(store, {{4, TRACE_ONLY}, {4, MISS}}, CP2));
+    // The history as every layout has kept it.
+    const QString traces =
+                      "time_ms, level, code_point, stroke_index, accepted, reason, tolerance, aids, hint",
+                  completions = "time_ms, level, code_point, seconds, misses, round";
     for (int version = 1; version < ProgressSchema::VERSION; ++version) {
         SCOPED_TRACE(version);
         QTemporaryDir oldDir;
@@ -163,26 +151,17 @@ TEST_F(ProgressTest, OlderFilesMigrateToTheSameSummaries) {
             ASSERT_TRUE(db.open());
             ASSERT_EQ(ProgressSchema::migrate(db, version), QString());
             QSqlQuery q(db);
-            for (const Record& r : records) {
-                if (const auto* t = std::get_if<TraceRecord>(&r))
-                    q.exec(QString::asprintf(
-                        "INSERT INTO traces(time_ms, level, code_point, stroke_index, accepted,"
-                        " reason, tolerance, aids, hint) VALUES(%lld, 1, %d, %d, %d, '%s', 80, %u, %d)",
-                        qint64(t->timeMs), t->codePoint, t->strokeIndex, int(t->accepted),
-                        qPrintable(t->reason), t->aids, int(t->hintShown)));
-                else if (const auto* c = std::get_if<CompletionRecord>(&r))
-                    q.exec(QString::asprintf(
-                        "INSERT INTO completions(time_ms, level, code_point, seconds, misses, round)"
-                        " VALUES(%lld, 1, %d, 12.5, %d, 1)",
-                        qint64(c->timeMs), c->codePoint, c->misses));
-                ASSERT_FALSE(q.lastError().isValid()) << q.lastError().text().toStdString();
-            }
+            for (const QString& sql :
+                 {"ATTACH DATABASE '" + file() + "' AS live",
+                  QString("INSERT INTO traces(%1) SELECT %1 FROM live.traces").arg(traces),
+                  QString("INSERT INTO completions(%1) SELECT %1 FROM live.completions").arg(completions)})
+                ASSERT_TRUE(q.exec(sql)) << q.lastError().text().toStdString();
         }
         QSqlDatabase::removeDatabase(QStringLiteral("old"));
-        ASSERT_EQ(store.open(oldDir.path()), ProgressStore::Status::WRITABLE);
-        EXPECT_EQ(store.summary(CP), live.summary(CP));
-        EXPECT_EQ(store.summary(CP2), live.summary(CP2));
-        EXPECT_EQ(store.last_days(10), live.last_days(10));
+        ProgressStore migrated([this] { return nowMs; });
+        ASSERT_EQ(migrated.open(oldDir.path()), ProgressStore::Status::WRITABLE);
+        for (int cp : {CP, CP2}) EXPECT_EQ(migrated.summary(cp), store.summary(cp));
+        EXPECT_EQ(migrated.last_days(10), store.last_days(10));
     }
 }
 
@@ -229,7 +208,7 @@ TEST_F(ProgressTest, FaultsLeaveANoticeAndPracticeGoesOn) {
                 filler.open(dir.path());
                 std::vector<Session> many;
                 for (int day = 0; day < 200; ++day) many.push_back({day, day % 3 ? CLEAN : MISS});
-                record(filler, history(many));
+                practise(filler, many);
             }
             QByteArray bytes = read_file(file());
             spoil(bytes);
@@ -330,8 +309,8 @@ TEST_F(ProgressTest, CsvExportRoundTrip) {
 
 TEST_F(ProgressTest, PanelClicksSelectTheCharacterShown) {
     ASSERT_EQ(store.open(dir.path()), ProgressStore::Status::WRITABLE);
-    record(store, history({{0, MISS}}, CP2));
-    record(store, history({{0, MISS}, {1, MISS}}, CP));
+    practise(store, {{0, MISS}}, CP2);
+    practise(store, {{0, MISS}, {1, MISS}}, CP);
     ProgressPanel panel(store, morvel::create_basic_table());
     panel.show();
     std::vector<int> selected;
