@@ -18,7 +18,6 @@
 #include <QTemporaryDir>
 #include <QTest>
 #include <csignal>
-#include <functional>
 
 #include "LoggedTest.h"
 #include "app/progress/ProgressMark.h"
@@ -201,65 +200,53 @@ TEST_F(ProgressTest, JudgedTracesSurviveAKillAndASecondInstance) {
 }
 
 TEST_F(ProgressTest, FaultsLeaveANoticeAndPracticeGoesOn) {
-    const auto filledFile = [this](const std::function<void(QByteArray&)>& spoil) {
-        return [this, spoil](QString&) {
-            {
-                ProgressStore filler;
-                filler.open(dir.path());
-                std::vector<Session> many;
-                for (int day = 0; day < 200; ++day) many.push_back({day, day % 3 ? CLEAN : MISS});
-                practise(filler, many);
-            }
-            QByteArray bytes = read_file(file());
-            spoil(bytes);
-            write_file(file(), bytes);
-        };
-    };
+    // The files to spoil: 200 days of practice, and one of a newer layout.
+    {
+        ProgressStore filler;
+        filler.open(dir.path());
+        std::vector<Session> many;
+        for (int day = 0; day < 200; ++day) many.push_back({day, day % 3 ? CLEAN : MISS});
+        practise(filler, many);
+    }
+    const QByteArray filled = read_file(file());
+    {
+        QSqlDatabase db = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), QStringLiteral("newer"));
+        db.setDatabaseName(dir.filePath("newer"));
+        db.open();
+        QSqlQuery(QStringLiteral("PRAGMA user_version = 99"), db);
+        QSqlQuery(QStringLiteral("CREATE TABLE future(x)"), db);
+    }
+    QSqlDatabase::removeDatabase(QStringLiteral("newer"));
+    const QByteArray newer = read_file(dir.filePath("newer"));
     using S = ProgressStore::Status;
     using N = ProgressStore::Notice;
     const struct {
         const char* name;
-        std::function<void(QString& folder)> prepare;
+        QByteArray content;
         S status;
         N notice;
         bool movedAside;
     } rows[] = {
-        {"not a database",
-         [this](QString&) { write_file(file(), QByteArray("no tables here\n").repeated(300)); }, S::WRITABLE,
+        {"not a database", QByteArray("no tables here\n").repeated(300), S::WRITABLE, N::DAMAGED_MOVED_ASIDE,
+         true},
+        {"truncated", filled.left(filled.size() / 2), S::WRITABLE, N::DAMAGED_MOVED_ASIDE, true},
+        {"pages overwritten", QByteArray(filled).replace(4096 * 3, 8192, QByteArray(8192, 'Z')), S::WRITABLE,
          N::DAMAGED_MOVED_ASIDE, true},
-        {"truncated", filledFile([](QByteArray& b) { b.truncate(b.size() / 2); }), S::WRITABLE,
-         N::DAMAGED_MOVED_ASIDE, true},
-        {"pages overwritten",
-         filledFile([](QByteArray& b) { b.replace(4096 * 3, 8192, QByteArray(8192, 'Z')); }), S::WRITABLE,
-         N::DAMAGED_MOVED_ASIDE, true},
-        {"newer layout is only read",
-         [this](QString&) {
-             QSqlDatabase db = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), QStringLiteral("newer"));
-             db.setDatabaseName(file());
-             db.open();
-             QSqlQuery(QStringLiteral("PRAGMA user_version = 99"), db);
-             QSqlQuery(QStringLiteral("CREATE TABLE future(x)"), db);
-         },
-         S::READ_ONLY, N::NEWER_VERSION, false},
-        {"folder below a file cannot be written",
-         [this](QString& folder) { write_file(file(), "x"), folder = file() + "/sub"; }, S::UNAVAILABLE,
-         N::NOT_WRITABLE, false},
+        {"newer layout is only read", newer, S::READ_ONLY, N::NEWER_VERSION, false},
+        {"folder below a file cannot be written", "x", S::UNAVAILABLE, N::NOT_WRITABLE, false},
     };
     for (const auto& row : rows) {
         SCOPED_TRACE(row.name);
         for (const QString& name : QDir(dir.path()).entryList(QDir::Files)) QFile::remove(dir.filePath(name));
-        QString folder = dir.path();
-        row.prepare(folder);
-        QSqlDatabase::removeDatabase(QStringLiteral("newer"));
-        const QByteArray before = read_file(file());
-        EXPECT_EQ(store.open(folder), row.status);
+        write_file(file(), row.content);
+        EXPECT_EQ(store.open(row.status == S::UNAVAILABLE ? file() + "/sub" : dir.path()), row.status);
         EXPECT_EQ(store.take_notice(), row.notice);
         EXPECT_EQ(store.take_notice(), N::NONE) << "a notice is shown once";
         EXPECT_EQ(store.record_trace(TraceRecord{0, 1, CP, 0, true, {}, 80, 0, false}),
                   row.status == S::WRITABLE);
         EXPECT_EQ(store.moved_aside_path().isEmpty(), !row.movedAside);
-        EXPECT_EQ(read_file(store.moved_aside_path()), row.movedAside ? before : QByteArray());
-        EXPECT_TRUE(row.status == S::WRITABLE || read_file(file()) == before) << "never altered";
+        EXPECT_EQ(read_file(store.moved_aside_path()), row.movedAside ? row.content : QByteArray());
+        EXPECT_TRUE(row.status == S::WRITABLE || read_file(file()) == row.content) << "never altered";
         store.close();
     }
 }
