@@ -74,10 +74,8 @@ TEST(Worksheet, PrintedPagesCarryInkWhereTheLayoutPutsIt) {
             row.chars.isEmpty() ? WorksheetSource::from_level(1) : WorksheetSource::from_text(row.chars);
         ASSERT_TRUE(source.missing.isEmpty());
         ASSERT_EQ(source.entries.size(), row.chars.isEmpty() ? 87u : 3u);
-        WorksheetOptions options;
-        options.grid = GuideGrid::NONE;  // nothing but ink inside the squares
-        options.paper = row.paper;
-        options.rows = row.rows;
+        // No grid: nothing but ink inside the squares.
+        const WorksheetOptions options{GuideGrid::NONE, row.paper, row.rows};
         QTemporaryDir dir;
         const QString pdf = dir.filePath(QStringLiteral("sheet.pdf"));
         const ki::GSysResult<int> written = Worksheet::write_file(pdf, source.entries, options);
