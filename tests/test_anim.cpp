@@ -4,7 +4,6 @@
 
 #include <QBuffer>
 #include <QDir>
-#include <QFile>
 #include <QPainterPath>
 #include <QTemporaryDir>
 #include <utility>
