@@ -126,10 +126,9 @@ TEST(AnimBuild, RichDocumentYieldsStrokesInCentreLineOrder) {
 </svg>)~";
     const ki::GSysResult<Anim> result = build_text(rich);
     ASSERT_TRUE(result.ok()) << result.to_string();
-    const Anim& anim = result.value;
-    EXPECT_EQ(anim.viewBox, ki::math::Rect(0, 0, 1024, 1024));
+    EXPECT_EQ(result.value.viewBox, ki::math::Rect(0, 0, 1024, 1024));
     std::vector<glm::vec2> starts;  // centre line, then outline, per stroke
-    for (const morvel::AnimStroke& stroke : anim.strokes)
+    for (const morvel::AnimStroke& stroke : result.value.strokes)
         starts.insert(starts.end(), {stroke.pathAnim.point_start(), stroke.pathOutline.point_start()});
     const std::vector<glm::vec2> expected = {{100, 100}, {90, 90},   {320, 310},
                                              {300, 300}, {330, 310}, {300, 300}};
