@@ -7,11 +7,7 @@
 
 #include "LoggedTest.h"
 
-namespace {
-
 using ArgvTest = LoggedTest;
-
-}  // namespace
 
 TEST_F(ArgvTest, Parse) {
     const QVariant flag(true);

@@ -1,6 +1,5 @@
 #include <gtest/gtest.h>
 #include <ki/Listener.h>
-#include <ki/log/GLog.h>
 #include <ki/log/LogCapture.h>
 
 #include <QCoreApplication>
