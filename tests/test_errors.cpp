@@ -61,7 +61,7 @@ TEST(GErrorDeathTest, FatalHandlersReportAndExitWithOne) {
         NullNamed() : ObjectName(nullptr, "NullNamed") {}
     };
     const std::vector<Row> rows = {
-        // A null pointer report has no closing line, unlike the other two.
+        // A null pointer report ends before the "program exit !" line.
         {"object name for no object", [] { NullNamed(); },
          line_of("dist/include/ki/qt/ext/ObjectName.h", "KI_CHECK_NULL"),
          "nullptr:dist/include/ki/qt/ext/ObjectName\nobj == NULL\nLINE:@\nprogram will exit in 5 sec\n"},
