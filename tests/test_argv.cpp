@@ -2,17 +2,12 @@
 #include <ki/log/GLog.h>
 #include <ki/log/LogCapture.h>
 #include <ki/tools/GArgv.h>
-#include <ki/tools/Token.h>
 
 #include <vector>
 
 #include "LoggedTest.h"
 
-namespace {
-
 using ArgvTest = LoggedTest;
-
-}  // namespace
 
 TEST_F(ArgvTest, Parse) {
     const QVariant flag(true);
@@ -31,6 +26,7 @@ TEST_F(ArgvTest, Parse) {
          {},
          {{"title", "two  words"}, {"n", "1"}},
          nullptr},
+        {"quote touching its key is the value", "--a\"b c\" --d", {}, {{"a", "b c"}, {"d", flag}}, nullptr},
         {"value-less last key becomes a flag", "--a 1 --last", {}, {{"a", "1"}, {"last", flag}}, nullptr},
         {"value starting with a dash is the next key", "--n -5", {}, {{"n", flag}, {"5", flag}}, nullptr},
         {"no-break space separates", QStringLiteral("--a\u00A0b"), {}, {{"a", "b"}}, nullptr},
@@ -81,21 +77,10 @@ TEST_F(ArgvTest, MissingKeyAndExample) {
     args.set_must_have_keys({"a", "b"});
     args.set_optional_keys({"c"});
     EXPECT_FALSE(args.parse());
-    EXPECT_EQ(args.getFirstMissingKey(), "b");
     EXPECT_EQ(args.build_cmd_line_example(false), "--a arg --b arg");
     EXPECT_EQ(args.build_cmd_line_example(true), "--a arg --b arg [--c arg]");
     capture->clear();
     args.show_example("quenlo");
     EXPECT_TRUE(capture->contains("missing --b"));
     EXPECT_TRUE(capture->contains("--help"));
-}
-
-TEST_F(ArgvTest, Tokens) {
-    using ki::store::Token;
-    using ki::store::TOKEN_TYPE;
-    const auto tokens = Token::token_from_source("a\"b c\" d");
-    ASSERT_TRUE(tokens.ok());
-    const QList<Token> expected = {
-        {TOKEN_TYPE::WORD, "a"}, {TOKEN_TYPE::QUOTE, "b c"}, {TOKEN_TYPE::WORD, "d"}, {TOKEN_TYPE::END, ""}};
-    EXPECT_EQ(tokens.get(), expected) << "a quote splits off the words it touches";
 }

@@ -1,6 +1,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <ki/GError.h>
+#include <ki/log/GLog.h>
 #include <ki/qt/ext/ObjectName.h>
 #include <unistd.h>
 
@@ -8,44 +9,27 @@
 #include <fstream>
 #include <functional>
 #include <string>
-#include <utility>
 #include <vector>
 
 using testing::EndsWith;
 
-TEST(GErrorTest, MessagesAndReset) {
+TEST(GErrorTest, ToString) {
     // The class names come from one switch; its first and last case and the fall-through on
     // either side of a known class are enough to catch a slip.
-    const std::vector<std::pair<unsigned, const char*>> classes = {
-        {0, "NO_CLASS"}, {20, "IO"}, {900, "OTHER"}, {55, "UNKNOWN_CLASS"}, {1000, "UNKNOWN_CLASS"}};
-    for (const auto& [cls, name] : classes) {
-        ki::GError coded;
-        coded.set_error(cls, 2, QString());
-        EXPECT_EQ(coded.to_string(), std::string("ERR_") + name + ", err:2") << cls;
-    }
-
-    ki::GError err;
-    EXPECT_EQ(err.to_string(), "OK");
-    err.set_error(ki::EC_IO, 2, "no such $", "file");
-    EXPECT_EQ(err.to_string(), "ERR_IO, err:2, no such file");
-    EXPECT_TRUE(err.is_class_IO());
-
-    ki::GError copy;
-    copy.copy_error(err);
-    err.reset();
-    EXPECT_FALSE(err.has_message());
-    EXPECT_EQ(err.to_string(), "OK");
-    EXPECT_EQ(copy.to_string(), "ERR_IO, err:2, no such file");
-
-    err.set_message("kept without a code");
-    EXPECT_EQ(err.to_string(), "OK, kept without a code");
-
-    ki::GSysResult<int> failed(copy);
-    EXPECT_FALSE(failed.ok());
-    EXPECT_EQ(ki::str::xprintF(0, "result:$", failed), "result:ERR_IO, err:2, no such file");
-    ki::GSysResult<std::string> good(std::string("value"));
-    EXPECT_TRUE(good.ok());
-    EXPECT_EQ(good.take(), "value");
+    const struct Row {
+        const char* name;
+        ki::GError error;
+        const char* expected;
+    } rows[] = {
+        {"no error", {}, "OK"},
+        {"first class", {2, ki::EC_NO_CLASS, ""}, "ERR_NO_CLASS, err:2"},
+        {"class, code and message", {2, ki::EC_IO, "no such file"}, "ERR_IO, err:2, no such file"},
+        {"last class", {2, ki::EC_OTHER, ""}, "ERR_OTHER, err:2"},
+        {"value between two classes", {2, 55, ""}, "ERR_UNKNOWN_CLASS, err:2"},
+        {"value past the last class", {2, 1000, ""}, "ERR_UNKNOWN_CLASS, err:2"},
+        {"message without a code", {0, ki::EC_NO_CLASS, "kept without a code"}, "OK, kept without a code"},
+    };
+    for (const Row& row : rows) EXPECT_EQ(row.error.to_string(), row.expected) << row.name;
 }
 
 namespace {
@@ -66,7 +50,6 @@ int line_of(const char* path, const char* text) {
 TEST(GErrorDeathTest, FatalHandlersReportAndExitWithOne) {
     GTEST_FLAG_SET(death_test_style, "threadsafe");
     ki::set_fatal_pause_for_tests(0);
-    const char* nothing = nullptr;
     const int one = 1;
     struct Row {
         const char* name;
@@ -78,14 +61,15 @@ TEST(GErrorDeathTest, FatalHandlersReportAndExitWithOne) {
         NullNamed() : ObjectName(nullptr, "NullNamed") {}
     };
     const std::vector<Row> rows = {
-        {"object name for no object", [] { NullNamed(); }, line_of("dist/include/ki/qt/ext/ObjectName.h", "KI_CHECK_NULL"),
+        // A null pointer report ends before the "program exit !" line.
+        {"object name for no object", [] { NullNamed(); },
+         line_of("dist/include/ki/qt/ext/ObjectName.h", "KI_CHECK_NULL"),
          "nullptr:dist/include/ki/qt/ext/ObjectName\nobj == NULL\nLINE:@\nprogram will exit in 5 sec\n"},
-        {"null pointer, no closing line", [&] { KI_CHECK_NULL(nothing, "src/ki/qt/GApp"); }, __LINE__,
-         "nullptr:src/ki/qt/GApp\nnothing == NULL\nLINE:@\nprogram will exit in 5 sec\n"},
         {"false condition", [&] { KI_CHECK_BOOL(one > 2); }, __LINE__,
          "bool expression failure:\none > 2\nLINE:@\nprogram will exit in 5 sec\nprogram exit !\n"},
-        {"direct null pointer report", [] { ki::nullPointerHandling("obj == NULL", 42, "src/ki/log/GLog"); },
-         0, "nullptr:src/ki/log/GLog\nobj == NULL\nLINE:42\nprogram will exit in 5 sec\n"},
+        {"log appender that is no object", [] { ki::log::add_log_appender(nullptr); },
+         line_of("src/ki/log/GLog.cpp", "KI_CHECK_NULL(appender"),
+         "nullptr:src/ki/log/GLog\nappender == NULL\nLINE:@\nprogram will exit in 5 sec\n"},
         {"fatal exit", [] { ki::exit_fatal(QStringLiteral("cannot go on")); }, 0,
          "cannot go on\nprogram will exit in 5 sec\nprogram exit !\n"},
     };

@@ -1,13 +1,10 @@
 #include <gtest/gtest.h>
-#include <ki/log/GLog.h>
 #include <ki/log/LogCapture.h>
 #include <ki/log/LogConfig.h>
 #include <ki/store/GNode.h>
 #include <ki/tools/GSettings.h>
 
 #include <QSettings>
-#include <optional>
-#include <vector>
 
 #include "LoggedTest.h"
 
@@ -16,16 +13,11 @@ using ki::store::GNode;
 
 namespace {
 
+// The store keeps a node as its text form; the value types are GNode's own tests' business.
 GNode window_tree() {
     GNode node;
-    node.set("fontSize", 13);
-    node.set("percentIconSizeWin", 120u);
-    node.set("flagShowUnicode", true);
     node.set("title", QStringLiteral("漢字"));
-    node.set("geometry", QByteArray("\x01\xd9\xd0\xcb\0\x03", 6));
-    ki::log::LogConfig log;
-    log.logLevel = 2;
-    node.attributes.set_pod("log", log);
+    node.attributes.set_pod("log", ki::log::LogConfig{});
     node["DRAW_CONFIG"].set("rCircle", 140);
     return node;
 }
@@ -33,37 +25,31 @@ GNode window_tree() {
 }  // namespace
 
 TEST_F(SettingsTest, CheckUpdateConfig) {
-    struct Row {
+    const struct Row {
         const char* name;
-        std::optional<unsigned> stored;  // nullopt: a fresh store; 0: after check_update_config(3)
+        unsigned stored;  // 0: a fresh store
         bool clear;
         bool expected_result;
         unsigned expected_read;  // get_version() after the call
         unsigned expected_stored;
         bool marker_survives;
-    };
-    const std::vector<Row> rows = {
-        {"fresh store reads 0, clears and stores 3", std::nullopt, true, true, 0, 3, false},
-        {"second call returns false and clears nothing", 0u, true, false, 3, 3, true},
-        {"older stored version is cleared", 2u, true, true, 2, 3, false},
-        {"older stored version without clear keeps the keys", 2u, false, true, 2, 3, true},
-        {"newer stored version is left alone", 5u, true, false, 5, 5, true},
+    } rows[] = {
+        {"fresh store reads 0, clears and stores 3", 0, true, true, 0, 3, false},
+        {"same version, as on the second run, clears nothing", 3, true, false, 3, 3, true},
+        {"older stored version is cleared", 2, true, true, 2, 3, false},
+        {"older stored version without clear keeps the keys", 2, false, true, 2, 3, true},
+        {"newer stored version is left alone", 5, true, false, 5, 5, true},
     };
     GSettings& settings = GSettings::instance();
     for (const Row& row : rows) {
         SCOPED_TRACE(row.name);
         settings.clear_config();
-        if (row.stored == 0u)
-            settings.check_update_config(3, true);
-        else if (row.stored)
-            settings.set_config_version(*row.stored);
+        if (row.stored) settings.set_config_version(row.stored);
         settings.set("marker", 1);
-        capture->clear();
         EXPECT_EQ(settings.check_update_config(3, row.clear), row.expected_result);
         EXPECT_EQ(settings.get_version(), row.expected_read);
         EXPECT_EQ(settings.get_config_version(), row.expected_stored);
         EXPECT_EQ(settings.contains("marker"), row.marker_survives);
-        EXPECT_EQ(capture->contains("GSettings::check_update_config - CLEAR"), !row.marker_survives);
     }
 }
 
