@@ -9,6 +9,7 @@
 #include <ki/store/GNode.h>
 #include <ki/tools/GSettings.h>
 #include <ki/tools/IniFileCheck.h>
+#include <ki/tools/file.h>
 #include <linux/fs.h>
 #include <sys/ioctl.h>
 #include <unistd.h>
@@ -106,6 +107,11 @@ TEST_F(HostileInput, StrokeFileRefusedWithAClearMessage) {
 TEST_F(HostileInput, LevelFileLoadsWhatIsValid) {
     const QByteArray one = "19968 = { 一 | yī | one | eins | один }";
     const QByteArray seven = "19971 = { 七 | qī | seven | sieben | семь }";
+    // A byte-order mark, CRLF line ends and invalid lines among valid ones.
+    const QByteArray mixed =
+        "\xEF\xBB\xBF"
+        "1 = { a | p1 | e1 | g1 | r1 }\r\ngarbage\r\n"
+        "2 = { b | p2 | e2 | g2 | r2 }\n\n3 = { c | p3 | e3 | g3 | r3 }\n";
     QByteArray manyLines;
     for (int i = 0; i < 100000; ++i) {
         manyLines += QByteArray::number(1 + i % 65535) + " = { x | p | e | g | r }\n";
@@ -114,28 +120,35 @@ TEST_F(HostileInput, LevelFileLoadsWhatIsValid) {
     const struct Row {
         const char* name;
         QByteArray content;
+        int limit;  // lines read at most, -1 for all
         size_t rows;
         QString russianOfFirst;
     } rows[] = {
-        {"invalid UTF-8 inside a field", "19968 = { 一 | y\xff\xfe | one | eins | один }\n" + seven, 2,
+        {"byte-order mark and carriage returns are no part of the fields", mixed, -1, 3, "r1"},
+        {"invalid lines count against the limit", mixed, 2, 1, "r1"},
+        {"limit of three lines", mixed, 3, 2, "r1"},
+        {"invalid UTF-8 inside a field", "19968 = { 一 | y\xff\xfe | one | eins | один }\n" + seven, -1, 2,
          "один"},
-        {"truncated multi-byte sequence before the line end", one + "\xe4\xb8\n" + seven, 2, ""},
-        {"zero bytes among the text", one + "\n" + QByteArray("\0\0\0\n", 4) + seven, 2, "один"},
-        {"100,000 lines with every tenth broken", manyLines, 100000, "r"},
-        {"binary garbage", garbage(100000, 3), 0, ""},
+        {"truncated multi-byte sequence before the line end", one + "\xe4\xb8\n" + seven, -1, 2, ""},
+        {"zero bytes among the text", one + "\n" + QByteArray("\0\0\0\n", 4) + seven, -1, 2, "один"},
+        {"100,000 lines with every tenth broken", manyLines, -1, 100000, "r"},
+        {"binary garbage", garbage(100000, 3), -1, 0, ""},
     };
     QTemporaryDir dir;
     const QString path = dir.filePath("level.txt");
     for (const Row& row : rows) {
         SCOPED_TRACE(row.name);
         write_file(path, row.content);
-        const std::vector<morvel::ChinChar> table = morvel::basic_table_from_file(path, -1);
+        const std::vector<morvel::ChinChar> table = morvel::basic_table_from_file(path, row.limit);
         ASSERT_EQ(table.size(), row.rows);
         for (const morvel::ChinChar& c : table) ASSERT_TRUE(c.is_valid());
         if (!row.russianOfFirst.isEmpty()) {
             EXPECT_EQ(table.front().russian, row.russianOfFirst);
         }
     }
+    const QString missing = dir.filePath("missing.txt");
+    EXPECT_TRUE(morvel::basic_table_from_file(missing, -1).empty());
+    EXPECT_NE(ki::io::file::read_lines(missing).to_string().find("missing.txt"), std::string::npos);
 }
 
 TEST_F(HostileInput, DeletedStrokeFileLeavesTheRestOfTheLevel) {

@@ -110,6 +110,9 @@ TEST(SvgPath, CommandsBuildTheExpectedPath) {
         {"close adds the line back", "M0 0 L10 0 L10 10 Z", "M0,0 L10,0 L10,10 L0,0 Z"},
         {"m after z is relative to the contour start", "M10 10 L20 10 z m5 5 l1 0",
          "M10,10 L20,10 L10,10 Z M15,15 L16,15"},
+        {"line after z starts a new contour at the start", "M0 0 L10 0 L10 10 Z l5 0",
+         "M0,0 L10,0 L10,10 L0,0 Z M0,0 L5,0"},
+        {"no zero-length closing line at the start", "M20 20 L30 20 L20 20 z", "M20,20 L30,20 L20,20 Z"},
     };
     for (const Row& row : rows) {
         SCOPED_TRACE(row.name);
@@ -117,24 +120,6 @@ TEST(SvgPath, CommandsBuildTheExpectedPath) {
         ASSERT_TRUE(result.ok()) << result.to_string();
         EXPECT_EQ(absolute_form(result.value), row.absolute);
     }
-}
-
-TEST(SvgPath, CloseReturnsToContourStart) {
-    const auto result = Path::from_svg_path_data("M0 0 L10 0 L10 10 Z l5 0 M20 20 L30 20 L20 20 z");
-    ASSERT_TRUE(result.ok()) << result.to_string();
-    const std::vector<Contour>& contours = result.value.get_contours();
-    ASSERT_EQ(contours.size(), 3u);
-
-    EXPECT_TRUE(contours[0].closed);
-    ASSERT_EQ(contours[0].elements.size(), 3u) << "closing line added back to the start";
-    EXPECT_EQ(std::get<ki::math::Segment>(contours[0].elements[2]), ki::math::Segment({10, 10}, {0, 0}));
-
-    EXPECT_EQ(contours[1].start, glm::vec2(0, 0)) << "the line after Z starts at the contour start";
-    EXPECT_EQ(ki::math::element_end(contours[1].elements.at(0)), glm::vec2(5, 0));
-
-    EXPECT_EQ(contours[2].elements.size(), 2u) << "no zero-length closing line when already at the start";
-    EXPECT_TRUE(contours[2].closed);
-    EXPECT_FLOAT_EQ(result.value.get_length(), 10 + 10 + std::sqrt(200.f) + 5 + 10 + 10);
 }
 
 TEST(SvgPath, Latin1TextReadsAsItsUtf16Form) {
