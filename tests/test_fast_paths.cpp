@@ -169,7 +169,10 @@ TEST(FastPaths, PathNumbersConvertExactlyAsQStringToDouble) {
         SCOPED_TRACE(text.toStdString());
         bool ok = false;
         const double expected = text.toDouble(&ok);
-        const auto path = ki::math::Path::from_svg_path_data("M" + text + " 0");
+        const QString data = "M" + text + " 0";
+        const auto path = ki::math::Path::from_svg_path_data(data);
+        EXPECT_EQ(ki::math::Path::from_svg_path_data(QLatin1String(data.toLatin1())).value, path.value)
+            << "Latin-1 text reads as its UTF-16 form";
         if (!ok || std::abs(expected) > 3.4028234663852886e38) {
             EXPECT_FALSE(path.ok());
             continue;
