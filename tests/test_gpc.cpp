@@ -27,12 +27,6 @@ bool painted(const QImage& image, glm::vec2 p) {
     return image.pixel(int(p.x), int(p.y)) != QColor(Qt::white).rgb();
 }
 
-ki::math::Path parse(const char* data) {
-    auto result = ki::math::Path::from_svg_path_data(QString::fromLatin1(data));
-    EXPECT_TRUE(result.ok()) << result.to_string();
-    return result.value;
-}
-
 // A canvas that paints one logical 10 x 10 square at the origin.
 class SquareCanvas : public ki::qt::GCanvas {
 public:
@@ -66,9 +60,10 @@ TEST(GpcPartialPath, DrawsTheLeadingShareOfTheLength) {
     const QPen pen = GPC::make_pen(Qt::black, 4.0f, Qt::SolidLine, ki::qt::LINE_MODE_COSMETIC);
     for (const auto& row : rows) {
         SCOPED_TRACE(row.name);
-        const ki::math::Path path = parse(row.path);
+        const auto path = ki::math::Path::from_svg_path_data(QString::fromLatin1(row.path));
+        ASSERT_TRUE(path.ok()) << path.to_string();
         const QImage image = paint(200, 200, [&](GPC& gpc) {
-            gpc.draw_path(ki::qt::PATH_PLAIN, path, pen, Qt::NoBrush, row.percent);
+            gpc.draw_path(ki::qt::PATH_PLAIN, path.value, pen, Qt::NoBrush, row.percent);
         });
         EXPECT_EQ(image == paint(200, 200, [](GPC&) {}), row.inked.empty()) << "blank when nothing is inked";
         for (glm::vec2 p : row.inked) EXPECT_TRUE(painted(image, p)) << p.x << "," << p.y;

@@ -8,7 +8,6 @@
 #include <ki/log/LogConfig.h>
 #include <ki/store/GNode.h>
 #include <ki/tools/GSettings.h>
-#include <ki/tools/IniFileCheck.h>
 #include <ki/tools/file.h>
 #include <linux/fs.h>
 #include <sys/ioctl.h>
@@ -153,14 +152,10 @@ TEST_F(HostileInput, LevelFileLoadsWhatIsValid) {
 
 TEST_F(HostileInput, DeletedStrokeFileLeavesTheRestOfTheLevel) {
     QTemporaryDir dir;
-    QDirIterator shipped(QStringLiteral(":/wb/shared-res/zh/1"), QDir::Files);
-    int copied = 0;
-    while (shipped.hasNext()) {
+    for (QDirIterator shipped(QStringLiteral(":/wb/shared-res/zh/1"), QDir::Files); shipped.hasNext();) {
         shipped.next();
         ASSERT_TRUE(QFile::copy(shipped.filePath(), dir.filePath(shipped.fileName())));
-        ++copied;
     }
-    ASSERT_EQ(copied, 87);
     ASSERT_TRUE(QFile::remove(dir.filePath("20013.svg")));
 
     morvel::prog2::AppData data(dir.path());

@@ -4,7 +4,6 @@
 #include <ki/math/Rect.h>
 
 #include <QElapsedTimer>
-#include <cfloat>
 #include <cmath>
 #include <numbers>
 
