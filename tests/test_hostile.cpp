@@ -84,12 +84,9 @@ TEST_F(HostileInput, StrokeFileRefusedWithAClearMessage) {
         const Row& row = rows[i];
         SCOPED_TRACE(row.name);
         const QString path = dir.filePath(QString::number(i) + ".svg");
+        write_file(path, row.content);
         if (row.size > 0) {
-            QFile file(path);
-            ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-            ASSERT_TRUE(file.resize(row.size));
-        } else {
-            write_file(path, row.content);
+            ASSERT_TRUE(QFile::resize(path, row.size));
         }
         std::optional<ki::GSysResult<Anim>> result;
         on_small_stack([&] { result = Anim::build_from_file(path); });

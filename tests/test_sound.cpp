@@ -46,11 +46,7 @@ TEST_F(SoundTest, SourcesAreResourcesOrFilesAndTheLastOneIsKept) {
     };
     const Row rows[] = {
         {"file path used unchanged", {file}, file, 0, 0},
-        {"resource played from qrc, twice sets it once",
-         {RECORDING, RECORDING},
-         QStringLiteral("qrc:/wb/shared-res/zh/fono/20013.mp3"),
-         1,
-         0},
+        {"resource played from qrc, twice sets it once", {RECORDING, RECORDING}, "qrc" + RECORDING, 1, 0},
         {"missing file refused before any source", {MISSING}, QString(), 0, 1},
         {"missing file keeps the source before it", {RECORDING, MISSING}, "qrc" + RECORDING, 0, 1},
     };
