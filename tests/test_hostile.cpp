@@ -305,11 +305,9 @@ TEST_F(HostileInput, RecordCrashInputsOfTheFuzzersStayHarmless) {
     config.ini();
     GNode node;
     node.attributes.set_pod("log", config);
-    QByteArray bytes = node.attributes.get_values().at("log").value<ki::store::GType>().data;
-    // Found by fuzz_gnode: a flag byte of 181 was read as a bool, undefined behaviour.
-    bytes[offsetof(ki::log::LogConfig, autoScrollHorz)] = char(181);
     ki::store::GType broken = node.attributes.get_values().at("log").value<ki::store::GType>();
-    broken.data = bytes;
+    // Found by fuzz_gnode: a flag byte of 181 was read as a bool, undefined behaviour.
+    broken.data[offsetof(ki::log::LogConfig, autoScrollHorz)] = char(181);
     node.attributes.set("log", broken);
 
     const ki::GSysResult<GNode> read = GNode::from_qstring(GNode::to_qstring(node));
@@ -320,8 +318,7 @@ TEST_F(HostileInput, RecordCrashInputsOfTheFuzzersStayHarmless) {
     EXPECT_TRUE(ki::store::GAttributes::value_to_string(read.value.attributes.value("log"))
                     .contains("<invalid record>"));
 
-    bytes[offsetof(ki::log::LogConfig, autoScrollHorz)] = 1;
-    broken.data = bytes;
+    broken.data[offsetof(ki::log::LogConfig, autoScrollHorz)] = 1;
     node.attributes.set("log", broken);
     EXPECT_TRUE(node.attributes.get_pod("log", fallback).autoScrollHorz) << "a valid flag still reads";
 }
