@@ -115,7 +115,7 @@ TEST(GCanvasCoordinates, EachSystemMapsLogicalPointsToItsPixelsAndPaintsThere) {
         {"spans each side, y down", UV, {50, 20}, {2, 2}, {0.25f, 0.25f}, {100, 50}, {0, 0, 400, 200}},
     };
     for (const auto& row : rows) {
-        SCOPED_TRACE(row.name);
+        SCOPED_TRACE(ki::qt::coord_system::to_string(row.type) + ": " + row.name);
         SquareCanvas canvas;
         canvas.resize(400, 200);
         canvas.set_coord_system(row.type);
