@@ -26,19 +26,6 @@ bool painted(const QImage& image, glm::vec2 p) {
     return image.pixel(int(p.x), int(p.y)) != QColor(Qt::white).rgb();
 }
 
-int count_painted(const QImage& image) {
-    int n = 0;
-    for (int y = 0; y < image.height(); ++y)
-        for (int x = 0; x < image.width(); ++x) n += painted(image, {float(x), float(y)}) ? 1 : 0;
-    return n;
-}
-
-ki::math::Path parse(const char* data) {
-    auto result = ki::math::Path::from_svg_path_data(QString::fromLatin1(data));
-    EXPECT_TRUE(result.ok()) << result.to_string();
-    return result.value;
-}
-
 // A canvas that paints one logical 10 x 10 square at the origin.
 class SquareCanvas : public ki::qt::GCanvas {
 public:
@@ -60,31 +47,24 @@ TEST(GpcPartialPath, DrawsTheLeadingShareOfTheLength) {
         {"negative percent draws nothing", corner, -20.0f, {}, {}},
         {"100 percent draws the whole path", corner, 100.0f, {{15, 50}, {105, 50}, {110, 145}}, {}},
         {"above 100 percent draws the whole path", corner, 250.0f, {{110, 145}}, {{110, 160}}},
-        {"50 percent of two equal legs is exactly the first",
-         corner,
-         50.0f,
-         {{15, 50}, {107, 50}},
-         {{110, 60}}},
+        {"50 percent is exactly the first leg", corner, 50.0f, {{15, 50}, {107, 50}}, {{110, 60}}},
         {"25 percent stops halfway along the first leg", corner, 25.0f, {{55, 50}}, {{70, 50}}},
         {"75 percent ends halfway down the second leg", corner, 75.0f, {{110, 95}}, {{110, 110}}},
         {"half a quadratic curve", "M 10 150 Q 100 150 190 150", 50.0f, {{90, 150}}, {{110, 150}}},
         {"half a cubic curve", "M 10 150 C 70 150 130 150 190 150", 50.0f, {{90, 150}}, {{110, 150}}},
         // Semicircle over the top, clockwise on screen: half of it is the left quarter.
         {"half an arc", "M 10 100 A 50 50 0 0 1 110 100", 50.0f, {{25, 65}}, {{95, 65}}},
-        {"second contour reached after the first",
-         "M 10 20 L 60 20 M 10 80 L 60 80",
-         75.0f,
-         {{30, 80}},
-         {{45, 80}}},
+        {"second contour after the first", "M 10 20 L 60 20 M 10 80 L 60 80", 75.0f, {{30, 80}}, {{45, 80}}},
     };
     const QPen pen = GPC::make_pen(Qt::black, 4.0f, Qt::SolidLine, ki::qt::LINE_MODE_COSMETIC);
     for (const auto& row : rows) {
         SCOPED_TRACE(row.name);
-        const ki::math::Path path = parse(row.path);
+        const auto path = ki::math::Path::from_svg_path_data(QString::fromLatin1(row.path));
+        ASSERT_TRUE(path.ok()) << path.to_string();
         const QImage image = paint(200, 200, [&](GPC& gpc) {
-            gpc.draw_path(ki::qt::PATH_PLAIN, path, pen, Qt::NoBrush, row.percent);
+            gpc.draw_path(ki::qt::PATH_PLAIN, path.value, pen, Qt::NoBrush, row.percent);
         });
-        EXPECT_EQ(count_painted(image) == 0, row.inked.empty());
+        EXPECT_EQ(image == paint(200, 200, [](GPC&) {}), row.inked.empty()) << "blank when nothing is inked";
         for (glm::vec2 p : row.inked) EXPECT_TRUE(painted(image, p)) << p.x << "," << p.y;
         for (glm::vec2 p : row.blank) EXPECT_FALSE(painted(image, p)) << p.x << "," << p.y;
     }
@@ -111,72 +91,55 @@ TEST(GpcPen, LineModeDecidesWhetherWidthScales) {
     }
 }
 
-TEST(GCanvasCoordinates, EachSystemMapsLogicalPointsToItsPixels) {
-    // A 400 x 200 widget throughout; CARTESIAN fits a 100 x 100 view: scale 2, origin (200,100).
+TEST(GCanvasCoordinates, EachSystemMapsLogicalPointsToItsPixelsAndPaintsThere) {
+    // A 400 x 200 widget throughout. Only CARTESIAN takes a view size, and only a usable one: a
+    // 100 x 100 view gives scale 2, the default 2 x 2 view scale 100, origin (200,100) for both.
+    // `square` is where the logical square (0..10, 0..10) lands, cut to the widget.
+    using enum ki::qt::coord_system::Type;
+    const float nan = std::nanf("");
     const struct {
         const char* name;
         ki::qt::coord_system::Type type;
+        glm::vec2 view;  // asked for
+        glm::vec2 kept;  // view size afterwards
         glm::vec2 logical;
         glm::vec2 pixel;
+        QRect square;
     } rows[] = {
-        {"SCREEN is pixels", ki::qt::coord_system::SCREEN, {10, 10}, {10, 10}},
-        {"CARTESIAN origin at the centre", ki::qt::coord_system::CARTESIAN, {0, 0}, {200, 100}},
-        {"CARTESIAN scale 2 with y up", ki::qt::coord_system::CARTESIAN, {10, 10}, {220, 80}},
-        {"NDC unit spans half the shorter side", ki::qt::coord_system::NDC, {0.5f, 0.5f}, {250, 50}},
-        {"UV spans each side", ki::qt::coord_system::UV, {0.25f, 0.5f}, {100, 100}},
+        {"pixels", SCREEN, {50, 20}, {2, 2}, {10, 10}, {10, 10}, {0, 0, 10, 10}},
+        {"origin at the centre", CARTESIAN, {100, 100}, {100, 100}, {0, 0}, {200, 100}, {200, 80, 20, 20}},
+        {"scale 2 with y up", CARTESIAN, {100, 100}, {100, 100}, {10, 10}, {220, 80}, {200, 80, 20, 20}},
+        {"zero width refused", CARTESIAN, {0, 10}, {2, 2}, {0.5f, 0.5f}, {250, 50}, {200, 0, 200, 100}},
+        {"NaN refused", CARTESIAN, {nan, 10}, {2, 2}, {0.5f, 0.5f}, {250, 50}, {200, 0, 200, 100}},
+        {"unit is half the shorter side", NDC, {50, 20}, {2, 2}, {0.5f, 0.5f}, {250, 50}, {200, 0, 200, 100}},
+        {"spans each side, y down", UV, {50, 20}, {2, 2}, {0.25f, 0.25f}, {100, 50}, {0, 0, 400, 200}},
     };
     for (const auto& row : rows) {
-        SCOPED_TRACE(row.name);
+        SCOPED_TRACE(ki::qt::coord_system::to_string(row.type) + ": " + row.name);
         SquareCanvas canvas;
         canvas.resize(400, 200);
         canvas.set_coord_system(row.type);
-        if (row.type == ki::qt::coord_system::CARTESIAN) canvas.set_view_size(100.0f, 100.0f);
+        canvas.set_view_size(row.view.x, row.view.y);
+        EXPECT_EQ(canvas.get_view_size(), row.kept);
         const glm::vec2 pixel = canvas.convert_from_coord_system(row.logical);
         EXPECT_NEAR(pixel.x, row.pixel.x, 1e-3);
         EXPECT_NEAR(pixel.y, row.pixel.y, 1e-3);
         const glm::vec2 back = canvas.convert_to_coord_system(row.pixel);
         EXPECT_NEAR(back.x, row.logical.x, 1e-4);
         EXPECT_NEAR(back.y, row.logical.y, 1e-4);
-    }
-}
 
-TEST(GCanvasCoordinates, CartesianPaintsScaledAndUpsideUp) {
-    SquareCanvas canvas;
-    canvas.resize(400, 200);
-    canvas.set_coord_system(ki::qt::coord_system::CARTESIAN);
-    canvas.set_view_size(100.0f, 100.0f);
-    QImage image(400, 200, QImage::Format_RGB32);
-    image.fill(Qt::white);
-    canvas.render(&image);
-    // The logical square (0..10, 0..10) lies right of and above the centre pixel, 20 px wide.
-    int red = 0;
-    QRect box;
-    for (int y = 0; y < image.height(); ++y)
-        for (int x = 0; x < image.width(); ++x)
-            if (image.pixelColor(x, y) == QColor(Qt::red)) {
-                ++red;
-                box |= QRect(x, y, 1, 1);
-            }
-    EXPECT_EQ(box, QRect(200, 80, 20, 20));
-    EXPECT_EQ(red, 400);
-}
-
-TEST(GCanvasCoordinates, SetViewSizeRefusesWhatItCannotUse) {
-    const struct {
-        const char* name;
-        ki::qt::coord_system::Type type;
-        float w, h;
-        glm::vec2 size;
-    } rows[] = {
-        {"only CARTESIAN has a view size", ki::qt::coord_system::NDC, 50, 20, {2, 2}},
-        {"zero width refused", ki::qt::coord_system::CARTESIAN, 0, 10, {2, 2}},
-        {"NaN refused", ki::qt::coord_system::CARTESIAN, std::nanf(""), 10, {2, 2}},
-        {"valid size stored", ki::qt::coord_system::CARTESIAN, 50, 20, {50, 20}},
-    };
-    for (const auto& row : rows) {
-        SquareCanvas canvas;
-        canvas.set_coord_system(row.type);
-        canvas.set_view_size(row.w, row.h);
-        EXPECT_EQ(canvas.get_view_size(), row.size) << row.name;
+        QImage image(400, 200, QImage::Format_RGB32);
+        image.fill(Qt::white);
+        canvas.render(&image);
+        int red = 0;
+        QRect box;
+        for (int y = 0; y < image.height(); ++y)
+            for (int x = 0; x < image.width(); ++x)
+                if (image.pixelColor(x, y) == QColor(Qt::red)) {
+                    ++red;
+                    box |= QRect(x, y, 1, 1);
+                }
+        EXPECT_EQ(box, row.square);
+        EXPECT_EQ(red, row.square.width() * row.square.height()) << "painted solid";
     }
 }

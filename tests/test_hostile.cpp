@@ -8,7 +8,7 @@
 #include <ki/log/LogConfig.h>
 #include <ki/store/GNode.h>
 #include <ki/tools/GSettings.h>
-#include <ki/tools/IniFileCheck.h>
+#include <ki/tools/file.h>
 #include <linux/fs.h>
 #include <sys/ioctl.h>
 #include <unistd.h>
@@ -84,12 +84,9 @@ TEST_F(HostileInput, StrokeFileRefusedWithAClearMessage) {
         const Row& row = rows[i];
         SCOPED_TRACE(row.name);
         const QString path = dir.filePath(QString::number(i) + ".svg");
+        write_file(path, row.content);
         if (row.size > 0) {
-            QFile file(path);
-            ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-            ASSERT_TRUE(file.resize(row.size));
-        } else {
-            write_file(path, row.content);
+            ASSERT_TRUE(QFile::resize(path, row.size));
         }
         std::optional<ki::GSysResult<Anim>> result;
         on_small_stack([&] { result = Anim::build_from_file(path); });
@@ -106,6 +103,11 @@ TEST_F(HostileInput, StrokeFileRefusedWithAClearMessage) {
 TEST_F(HostileInput, LevelFileLoadsWhatIsValid) {
     const QByteArray one = "19968 = { 一 | yī | one | eins | один }";
     const QByteArray seven = "19971 = { 七 | qī | seven | sieben | семь }";
+    // A byte-order mark, CRLF line ends and invalid lines among valid ones.
+    const QByteArray mixed =
+        "\xEF\xBB\xBF"
+        "1 = { a | p1 | e1 | g1 | r1 }\r\ngarbage\r\n"
+        "2 = { b | p2 | e2 | g2 | r2 }\n\n3 = { c | p3 | e3 | g3 | r3 }\n";
     QByteArray manyLines;
     for (int i = 0; i < 100000; ++i) {
         manyLines += QByteArray::number(1 + i % 65535) + " = { x | p | e | g | r }\n";
@@ -114,40 +116,43 @@ TEST_F(HostileInput, LevelFileLoadsWhatIsValid) {
     const struct Row {
         const char* name;
         QByteArray content;
+        int limit;  // lines read at most, -1 for all
         size_t rows;
         QString russianOfFirst;
     } rows[] = {
-        {"invalid UTF-8 inside a field", "19968 = { 一 | y\xff\xfe | one | eins | один }\n" + seven, 2,
+        {"byte-order mark and carriage returns are no part of the fields", mixed, -1, 3, "r1"},
+        {"invalid lines count against the limit", mixed, 2, 1, "r1"},
+        {"limit of three lines", mixed, 3, 2, "r1"},
+        {"invalid UTF-8 inside a field", "19968 = { 一 | y\xff\xfe | one | eins | один }\n" + seven, -1, 2,
          "один"},
-        {"truncated multi-byte sequence before the line end", one + "\xe4\xb8\n" + seven, 2, ""},
-        {"zero bytes among the text", one + "\n" + QByteArray("\0\0\0\n", 4) + seven, 2, "один"},
-        {"100,000 lines with every tenth broken", manyLines, 100000, "r"},
-        {"binary garbage", garbage(100000, 3), 0, ""},
+        {"truncated multi-byte sequence before the line end", one + "\xe4\xb8\n" + seven, -1, 2, ""},
+        {"zero bytes among the text", one + "\n" + QByteArray("\0\0\0\n", 4) + seven, -1, 2, "один"},
+        {"100,000 lines with every tenth broken", manyLines, -1, 100000, "r"},
+        {"binary garbage", garbage(100000, 3), -1, 0, ""},
     };
     QTemporaryDir dir;
     const QString path = dir.filePath("level.txt");
     for (const Row& row : rows) {
         SCOPED_TRACE(row.name);
         write_file(path, row.content);
-        const std::vector<morvel::ChinChar> table = morvel::basic_table_from_file(path, -1);
+        const std::vector<morvel::ChinChar> table = morvel::basic_table_from_file(path, row.limit);
         ASSERT_EQ(table.size(), row.rows);
         for (const morvel::ChinChar& c : table) ASSERT_TRUE(c.is_valid());
         if (!row.russianOfFirst.isEmpty()) {
             EXPECT_EQ(table.front().russian, row.russianOfFirst);
         }
     }
+    const QString missing = dir.filePath("missing.txt");
+    EXPECT_TRUE(morvel::basic_table_from_file(missing, -1).empty());
+    EXPECT_NE(ki::io::file::read_lines(missing).to_string().find("missing.txt"), std::string::npos);
 }
 
 TEST_F(HostileInput, DeletedStrokeFileLeavesTheRestOfTheLevel) {
     QTemporaryDir dir;
-    QDirIterator shipped(QStringLiteral(":/wb/shared-res/zh/1"), QDir::Files);
-    int copied = 0;
-    while (shipped.hasNext()) {
+    for (QDirIterator shipped(QStringLiteral(":/wb/shared-res/zh/1"), QDir::Files); shipped.hasNext();) {
         shipped.next();
         ASSERT_TRUE(QFile::copy(shipped.filePath(), dir.filePath(shipped.fileName())));
-        ++copied;
     }
-    ASSERT_EQ(copied, 87);
     ASSERT_TRUE(QFile::remove(dir.filePath("20013.svg")));
 
     morvel::prog2::AppData data(dir.path());
@@ -300,11 +305,9 @@ TEST_F(HostileInput, RecordCrashInputsOfTheFuzzersStayHarmless) {
     config.ini();
     GNode node;
     node.attributes.set_pod("log", config);
-    QByteArray bytes = node.attributes.get_values().at("log").value<ki::store::GType>().data;
-    // Found by fuzz_gnode: a flag byte of 181 was read as a bool, undefined behaviour.
-    bytes[offsetof(ki::log::LogConfig, autoScrollHorz)] = char(181);
     ki::store::GType broken = node.attributes.get_values().at("log").value<ki::store::GType>();
-    broken.data = bytes;
+    // Found by fuzz_gnode: a flag byte of 181 was read as a bool, undefined behaviour.
+    broken.data[offsetof(ki::log::LogConfig, autoScrollHorz)] = char(181);
     node.attributes.set("log", broken);
 
     const ki::GSysResult<GNode> read = GNode::from_qstring(GNode::to_qstring(node));
@@ -315,8 +318,7 @@ TEST_F(HostileInput, RecordCrashInputsOfTheFuzzersStayHarmless) {
     EXPECT_TRUE(ki::store::GAttributes::value_to_string(read.value.attributes.value("log"))
                     .contains("<invalid record>"));
 
-    bytes[offsetof(ki::log::LogConfig, autoScrollHorz)] = 1;
-    broken.data = bytes;
+    broken.data[offsetof(ki::log::LogConfig, autoScrollHorz)] = 1;
     node.attributes.set("log", broken);
     EXPECT_TRUE(node.attributes.get_pod("log", fallback).autoScrollHorz) << "a valid flag still reads";
 }

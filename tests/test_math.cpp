@@ -4,7 +4,6 @@
 #include <ki/math/Rect.h>
 
 #include <QElapsedTimer>
-#include <cfloat>
 #include <cmath>
 #include <numbers>
 
@@ -25,9 +24,18 @@ const glm::vec2 WIDE_NORMAL = glm::vec2(4 * T_MID, -1) / std::sqrt(1 + 16 * T_MI
 // The upper half circle of radius 10 around (10,0), and a cubic arch from (0,0) to (20,0).
 const EllipticArc HALF_CIRCLE({0, 0}, {10, 10}, 0, false, true, {20, 0});
 const CubicBezier ARCH({0, 0}, {0, -20}, {20, -20}, {20, 0});
+// Radii too small for the chord are scaled up uniformly: (1,2) becomes (10,20) over (0,0)-(20,0).
+const EllipticArc SCALED_ARC({0, 0}, {1, 2}, 0, false, true, {20, 0});
+// Major axis turned upright: the half ellipse from (0,0) to (0,40) bulges by the minor radius.
+const EllipticArc UPRIGHT_ARC({0, 0}, {20, 10}, 90, false, true, {0, 40});
 // Arc length of y = x^2 from 0 to x.
 double parabola_length(double x) {
     return x / 2 * std::sqrt(1 + 4 * x * x) + std::asinh(2 * x) / 4;
+}
+// Half the perimeter of an ellipse with semi-axes 20 and 10 (Ramanujan's second formula).
+double half_ellipse_length() {
+    const double a = 20, b = 10, h = (a - b) * (a - b) / ((a + b) * (a + b));
+    return std::numbers::pi * (a + b) * (1 + 3 * h / (10 + std::sqrt(4 - 3 * h))) / 2;
 }
 
 void expect_near_point(glm::vec2 got, glm::vec2 want, float tolerance) {
@@ -45,15 +53,14 @@ TEST(Math, CurveLengthsMatchClosedForms) {
         Element element;
         double length;
     } rows[] = {
-        {"quarter circle arc", EllipticArc({50, 0}, {50, 50}, 0, false, true, {0, 50}),
-         25 * std::numbers::pi},
-        {"radius too small is scaled up", EllipticArc({0, 0}, {1, 1}, 0, false, false, {20, 0}),
-         10 * std::numbers::pi},
-        {"small arc of a chord of one radius", EllipticArc({0, 0}, {10, 10}, 0, false, true, {10, 0}),
-         10 * std::numbers::pi / 3},
-        {"large arc of a chord of one radius", EllipticArc({0, 0}, {10, 10}, 0, true, true, {10, 0}),
-         50 * std::numbers::pi / 3},
+        {"quarter circle arc", EllipticArc({50, 0}, {50, 50}, 0, false, true, {0, 50}), 25 * PI},
+        {"radius too small is scaled up", EllipticArc({0, 0}, {1, 1}, 0, false, false, {20, 0}), 10 * PI},
+        {"small arc over one radius", EllipticArc({0, 0}, {10, 10}, 0, false, true, {10, 0}), 10 * PI / 3},
+        {"large arc over one radius", EllipticArc({0, 0}, {10, 10}, 0, true, true, {10, 0}), 50 * PI / 3},
         {"zero radius arc is a line", EllipticArc({0, 0}, {0, 10}, 0, true, true, {30, 40}), 50},
+        {"equal ends draw nothing", EllipticArc({3, 3}, {5, 5}, 0, false, true, {3, 3}), 0},
+        {"scaled radii keep their ratio", SCALED_ARC, half_ellipse_length()},
+        {"rotated ellipse", UPRIGHT_ARC, half_ellipse_length()},
         {"straight cubic with stalled ends", STRAIGHT_CUBIC, 50},
         {"parabola as quadratic", PARABOLA, parabola_length(2)},
         {"segment", Segment({1, 1}, {4, 5}), 5},
@@ -62,29 +69,6 @@ TEST(Math, CurveLengthsMatchClosedForms) {
         SCOPED_TRACE(row.name);
         EXPECT_NEAR(element_length(row.element), row.length, row.length * 1e-4);
     }
-}
-
-TEST(Math, ArcConversion) {
-    expect_near_point(HALF_CIRCLE.get_center(), {10, 0}, 1e-4f);
-    // With y down, sweep 1 turns clockwise on screen: from the left end over the top.
-    expect_near_point(HALF_CIRCLE.point_at_length(5 * PI), {10, -10}, 1e-3f);
-    const EllipticArc lower({0, 0}, {10, 10}, 0, false, false, {20, 0});
-    expect_near_point(lower.point_at_length(5 * PI), {10, 10}, 1e-3f);
-
-    const EllipticArc scaled({0, 0}, {1, 2}, 0, false, true, {20, 0});
-    EXPECT_NEAR(scaled.get_radii().x / scaled.get_radii().y, 0.5f, 1e-5f) << "scaled up uniformly";
-    expect_near_point(scaled.get_center(), {10, 0}, 1e-3f);
-
-    // Major axis turned upright: the half ellipse from (0,0) to (0,40) bulges by the minor radius.
-    const EllipticArc upright({0, 0}, {20, 10}, 90, false, true, {0, 40});
-    expect_near_point(upright.get_center(), {0, 20}, 1e-3f);
-    expect_near_point(upright.point_at_length(upright.get_length() / 2), {10, 20}, 1e-3f);
-    const double a = 20, b = 10, h = (a - b) * (a - b) / ((a + b) * (a + b));
-    const double ramanujan = std::numbers::pi * (a + b) * (1 + 3 * h / (10 + std::sqrt(4 - 3 * h)));
-    EXPECT_NEAR(upright.get_length(), ramanujan / 2, ramanujan * 1e-5);
-
-    EXPECT_EQ(EllipticArc({3, 3}, {5, 5}, 0, false, true, {3, 3}).get_length(), 0.0f)
-        << "equal ends draw nothing";
 }
 
 TEST(Math, PointAndSplitAtLength) {
@@ -105,6 +89,10 @@ TEST(Math, PointAndSplitAtLength) {
          2.5f * PI,
          {10 - 10 * std::sqrt(0.5f), -10 * std::sqrt(0.5f)}},
         {"zero radius arc", EllipticArc({0, 0}, {0, 0}, 0, false, false, {0, 8}), 2, {0, 2}},
+        // With y down, sweep 1 turns clockwise on screen: from the left end over the top.
+        {"sweep 0 passes below", EllipticArc({0, 0}, {10, 10}, 0, false, false, {20, 0}), 5 * PI, {10, 10}},
+        {"scaled arc at its middle", SCALED_ARC, SCALED_ARC.get_length() / 2, {10, -20}},
+        {"rotated ellipse at its middle", UPRIGHT_ARC, UPRIGHT_ARC.get_length() / 2, {10, 20}},
     };
     for (const Row& row : rows) {
         SCOPED_TRACE(row.name);
@@ -193,11 +181,7 @@ TEST(Math, FitRectCentresWithoutDistortion) {
     } rows[] = {
         {"square into wide: top left", Rect(0, 0, 1024, 1024), Rect(0, 0, 400, 200), {0, 0}, {100, 0}},
         {"square into tall: centre", Rect(0, 0, 1024, 1024), Rect(0, 0, 200, 400), {512, 512}, {100, 200}},
-        {"offset source into offset target",
-         Rect(-50, 100, 100, 50),
-         Rect(10, 20, 100, 400),
-         {-50, 100},
-         {10, 195}},
+        {"offset source and target", Rect(-50, 100, 100, 50), Rect(10, 20, 100, 400), {-50, 100}, {10, 195}},
         {"source without area maps unchanged", Rect(0, 0, 0, 0), Rect(0, 0, 400, 200), {7, 9}, {7, 9}},
     };
     for (const Row& row : rows) {

@@ -125,18 +125,11 @@ std::string missing_glyphs(const QRawFont& font, const QString& text) {
 }  // namespace
 
 TEST(Resources, RecordingsForExactlyTheToneMarkedReadings) {
-    const auto table = level_table();
-    ASSERT_EQ(table.size(), 87u + 95u + 167u + 269u);
+    // Which readings carry a tone mark is checked with the level data (Catalogue.ShippedLevels).
     std::set<QString> expected;
-    QString neutral;
-    for (const auto& c : table) {
+    for (const auto& c : level_table())
         if (std::any_of(c.pinyin.begin(), c.pinyin.end(), [](QChar q) { return kToneMarked.contains(q); }))
             expected.insert(QString::number(c.unicode) + ".mp3");
-        else
-            neutral += c.character();
-    }
-    EXPECT_EQ(neutral.toStdString(), "么了们吗吧呀呢啊得的着")
-        << "only the particles of level 1 are toneless";
 
     const QDir dir(kRoot + "/zh/fono");
     const QStringList files = dir.entryList(QDir::Files, QDir::Name);

@@ -2,7 +2,6 @@
 // files, and a machine without any audio output.
 #include <gtest/gtest.h>
 #include <ki/log/GLog.h>
-#include <ki/log/LogCapture.h>
 #include <ki/qt/GSound.h>
 #include <ki/qt/GSoundEffect.h>
 
@@ -10,7 +9,8 @@
 #include <QFile>
 #include <QMediaDevices>
 #include <QTemporaryDir>
-#include <memory>
+
+#include "LoggedTest.h"
 
 using ki::qt::GSound;
 using ki::qt::GSoundEffect;
@@ -20,23 +20,15 @@ namespace {
 const QString RECORDING = QStringLiteral(":/wb/shared-res/zh/fono/20013.mp3");
 const QString MISSING = QStringLiteral(":/wb/shared-res/zh/fono/1.mp3");
 
-class SoundTest : public testing::Test {
+class SoundTest : public LoggedTest {
 protected:
     void SetUp() override {
         // As the players do, before this test's own look at the audio devices starts GStreamer.
         GSound::prepare_backend();
-        if (!ki::log::is_configured()) ki::log::configure();
-        levelBefore = ki::log::get_log_level();
+        LoggedTest::SetUp();
         ki::log::set_log_level(ki::log::LOG_TRACE);
         GSound::set_silent(true);
-        capture = std::make_unique<ki::log::LogCapture>();
     }
-    void TearDown() override {
-        capture.reset();
-        ki::log::set_log_level(static_cast<int>(levelBefore));
-    }
-    unsigned int levelBefore = 0;
-    std::unique_ptr<ki::log::LogCapture> capture;
 };
 
 }  // namespace
@@ -54,11 +46,7 @@ TEST_F(SoundTest, SourcesAreResourcesOrFilesAndTheLastOneIsKept) {
     };
     const Row rows[] = {
         {"file path used unchanged", {file}, file, 0, 0},
-        {"resource played from qrc, twice sets it once",
-         {RECORDING, RECORDING},
-         QStringLiteral("qrc:/wb/shared-res/zh/fono/20013.mp3"),
-         1,
-         0},
+        {"resource played from qrc, twice sets it once", {RECORDING, RECORDING}, "qrc" + RECORDING, 1, 0},
         {"missing file refused before any source", {MISSING}, QString(), 0, 1},
         {"missing file keeps the source before it", {RECORDING, MISSING}, "qrc" + RECORDING, 0, 1},
     };
