@@ -1,6 +1,6 @@
-// The tracing judge as a table over its verdicts, and learn mode driven through the real widget
-// with mouse, pen and touch events, judged by the listener events it fires and the pixels it
-// paints.
+// The tracing judge over its verdicts and every level character, and learn mode driven through
+// the real widget with mouse, pen and touch events, judged by the listener events it fires and
+// the pixels it paints.
 #include <gtest/gtest.h>
 #include <ki/log/GLog.h>
 
@@ -119,19 +119,6 @@ void start_lesson(CanvasHanzi& canvas, bool learn, int learned = 0) {
     canvas.own_lesson().set_strokes_learned(learned);
 }
 
-// Plays the window's part: every accepted stroke moves the canvas on to the next one.
-struct Learner {
-    CanvasHanzi& canvas;
-    int learned = 0;
-    explicit Learner(CanvasHanzi& c) : canvas(c) {
-        canvas.listenerStrokeLearned += [this] {
-            ++learned;
-            canvas.own_lesson().stroke_accepted();
-            canvas.clear_path_mouse();
-        };
-    }
-};
-
 // One horizontal centre line from (100,500) to (700,500); one pixel per unit at 1000 x 1000.
 Anim line_anim() {
     Anim line;
@@ -154,39 +141,27 @@ struct QuietLog {
 
 }  // namespace
 
-TEST(Tracing, JitteredCentreLinesOfEveryLevelCharacterAreAccepted) {
+TEST(StrokeJudge, JitteredCentreLinesOfEveryLevelCharacterAreAccepted) {
     QuietLog quiet;
     const QDir dir(":/wb/shared-res/zh/1");
     const QStringList files = dir.entryList({"*.svg"}, QDir::Files);
     ASSERT_GE(files.size(), 87);
     std::mt19937 random(20013);
-    CanvasHanzi canvas;
-    canvas.set_r_circle(60);
-    canvas.resize(800, 600);
+    std::uniform_real_distribution<float> jitter(-30.0f, 30.0f);
+    const auto shaken = [&](glm::vec2 p) { return p + glm::vec2(jitter(random), jitter(random)); };
     for (const QString& file : files) {
-        SCOPED_TRACE(file.toStdString());
         const auto built = Anim::build_from_file(dir.filePath(file));
         ASSERT_TRUE(built.ok()) << built.to_string();
-        canvas.set_anim(built.value);
-        start_lesson(canvas, true);
-        Learner learner(canvas);
-        const Fit fit(canvas.get_view_box(), canvas.size());
-        std::uniform_real_distribution<float> jitter(-30.0f, 30.0f);
-        for (const morvel::AnimStroke& stroke : built.value.strokes) {
-            const float length = stroke.pathAnim.get_length();
-            std::vector<glm::vec2> points;
-            for (float along = 0.0f; along < length; along += 10.0f)
-                points.push_back(stroke.pathAnim.point_at_length(along) +
-                                 glm::vec2(jitter(random), jitter(random)));
-            points.push_back(stroke.pathAnim.point_end() + glm::vec2(jitter(random), jitter(random)));
-            const int before = learner.learned;
-            trace(canvas, fit, gesture(Input::MOUSE, points));
-            ASSERT_EQ(learner.learned, before + 1)
-                << "stroke " << before << " errors " << canvas.get_errors();
+        for (size_t k = 0; k < built.value.strokes.size(); ++k) {
+            const morvel::AnimStroke& stroke = built.value.strokes[k];
+            const ki::math::Path& centre = stroke.pathAnim;
+            StrokeJudge judge;
+            judge.press(shaken(centre.point_start()), stroke, 60);
+            for (float along = 10.0f; along < centre.get_length(); along += 10.0f)
+                judge.move(shaken(centre.point_at_length(along)), stroke, 60);
+            EXPECT_EQ(judge.release(shaken(centre.point_end()), stroke, 60), StrokeJudge::Verdict::ACCEPTED)
+                << file.toStdString() << " stroke " << k << " errors " << judge.get_errors();
         }
-        EXPECT_TRUE(canvas.is_hieroglyphe_drawn());
-        EXPECT_EQ(canvas.get_index_stroke(), static_cast<int>(built.value.strokes.size()) - 1);
-        canvas.listenerStrokeLearned.clear();
     }
 }
 
