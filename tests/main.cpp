@@ -30,13 +30,11 @@ int window_after_app(int argc, char** argv) {
 
 int main(int argc, char** argv) {
     QTemporaryDir home;
-    qputenv("QT_QPA_PLATFORM",
-            qgetenv("QT_QPA_PLATFORM").isEmpty() ? "offscreen" : qgetenv("QT_QPA_PLATFORM"));
+    if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM")) qputenv("QT_QPA_PLATFORM", "offscreen");
     // QStandardPaths' test mode is deliberately off: it would move the settings to
     // ~/.qttest in the real home folder instead of these temporary ones.
-    qputenv("XDG_CONFIG_HOME", home.path().toUtf8() + "/config");
-    qputenv("XDG_DATA_HOME", home.path().toUtf8() + "/data");
-    qputenv("XDG_CACHE_HOME", home.path().toUtf8() + "/cache");
+    for (const QByteArray folder : {"config", "data", "cache"})
+        qputenv("XDG_" + folder.toUpper() + "_HOME", home.path().toUtf8() + '/' + folder);
     ::testing::InitGoogleTest(&argc, argv);
     ki::qt::GApp::prepare_settings(QStringLiteral("quenlo-tests.invalid"), 114, true,
                                    QStringLiteral("quenlo_tests"));

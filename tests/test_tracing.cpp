@@ -34,7 +34,6 @@ struct Fit {
                   (widget.height() - box.h * scale) / 2.0f - box.y * scale};
     }
     QPointF to_pixel(glm::vec2 p) const { return {offset.x + p.x * scale, offset.y + p.y * scale}; }
-    glm::vec2 to_anim(QPoint p) const { return (glm::vec2(p.x(), p.y()) - offset) / scale; }
 };
 
 // A finger on a touch screen, delivered through Qt's own touch handling, and a pen; made once
@@ -204,7 +203,6 @@ TEST(StrokeJudge, VerdictOnOneStroke) {
 TEST(Tracing, EveryInputIsJudgedOnceLikeTheMouse) {
     const Anim line = line_anim();
     const std::vector<glm::vec2> perfect = {{100, 500}, {400, 500}, {700, 500}};
-    const std::vector<glm::vec2> shifted = {{100, 590}, {400, 590}, {700, 590}};
     const auto join = [](std::vector<Step> a, const std::vector<Step>& b, const std::vector<Step>& c = {}) {
         a.insert(a.end(), b.begin(), b.end());
         a.insert(a.end(), c.begin(), c.end());
@@ -224,9 +222,7 @@ TEST(Tracing, EveryInputIsJudgedOnceLikeTheMouse) {
     };
     const Row rows[] = {
         {"pen stroke accepted", gesture(Input::PEN, perfect), 1, 0},
-        {"pen stroke off the centre line rejected", gesture(Input::PEN, shifted), 0, 1},
         {"finger stroke accepted", gesture(Input::FINGER, perfect), 1, 0},
-        {"finger stroke off the centre line rejected", gesture(Input::FINGER, shifted), 0, 1},
         {"second finger cancels without a verdict",
          interrupted(Input::FINGER, Phase::SECOND_FINGER, {{Input::FINGER, Phase::RELEASE, {700, 500}}}), 0, 0},
         {"cancelled touch ends without a verdict", interrupted(Input::FINGER, Phase::CANCEL, {}), 0, 0},
@@ -264,9 +260,9 @@ TEST(Tracing, EveryInputIsJudgedOnceLikeTheMouse) {
     }
 }
 
-// Pointer positions map into the character frame at any widget size, and rendered at any device
-// pixel ratio the trace lies under the pointer that made it and the first grid line 50 pixels down.
-TEST(Tracing, PointsMapAndPaintUnderThePointer) {
+// At any widget size and device pixel ratio the trace lies under the pointer that made it, and
+// the first grid line 50 pixels down.
+TEST(Tracing, TracePaintsUnderThePointerAtAnySizeAndPixelRatio) {
     const Anim line = line_anim();
     const auto is_trace = [](QRgb c) { return qBlue(c) - qRed(c) > 100; };
     const QRgb grid = morvel::CanvasColors::normal().colorGrid.rgb();
@@ -278,8 +274,6 @@ TEST(Tracing, PointsMapAndPaintUnderThePointer) {
         canvas.set_anim(line);
         start_lesson(canvas, true);
         const Fit fit(line.viewBox, size);
-        for (QPoint px : {QPoint(0, 0), QPoint(size.width() - 1, size.height() - 1), QPoint(7, size.height() / 3)})
-            EXPECT_LT(glm::distance(canvas.map_mouse_point_to_anim(px), fit.to_anim(px)), 0.5f);
         trace(canvas, fit, gesture(Input::PEN, {{100, 500}, {400, 500}, {690, 500}, {700, 500}}));
         QImage image(size * ratio, QImage::Format_ARGB32_Premultiplied);
         image.setDevicePixelRatio(ratio);

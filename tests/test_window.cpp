@@ -1,5 +1,5 @@
-// The program's window driven offscreen like a learner would: clicks, buttons, hotkeys, the
-// options menu, mouse traces and drags, and restarts on the same isolated settings store.
+// The program's window driven offscreen like a learner would: clicks, drags, buttons, hotkeys,
+// the options menu, mouse traces, and restarts on the same isolated settings store.
 #include <gtest/gtest.h>
 #include <ki/log/LogCapture.h>
 #include <ki/qt/GSound.h>
@@ -46,8 +46,7 @@ constexpr int INDEX_ZHONG = 7;  // 中 in the level's code-point order
 
 AppData& catalogue() {
     static AppData data(QStringLiteral(":/wb/shared-res/zh/1"));
-    static const bool loaded = (data.load(), true);
-    (void)loaded;
+    [[maybe_unused]] static const bool loaded = (data.load(), true);
     return data;
 }
 
@@ -105,13 +104,11 @@ protected:
         ki::qt::lang::set_lang(QLocale::English);
         themeBefore = ki::qt::themes::get_theme();
         GSettings::instance().remove(QStringLiteral("Window/") + WINDOW_NODE);
-        capture = std::make_unique<ki::log::LogCapture>();
     }
     void TearDown() override {
         win.reset();
         ki::qt::lang::set_lang(QLocale::English);
         ki::qt::themes::set(themeBefore);
-        capture.reset();
     }
     Window& open(bool shown = true) {
         win = std::make_unique<Window>(catalogue());
@@ -121,14 +118,13 @@ protected:
         settle();
         return *win;
     }
-    std::unique_ptr<ki::log::LogCapture> capture;
     std::unique_ptr<Window> win;
     unsigned int themeBefore = 0;
 };
 
 }  // namespace
 
-TEST_F(WindowTest, SelectionByClickButtonsAndHotkeysPlaysAtOnceAndMovesNoButton) {
+TEST_F(WindowTest, SelectionByListButtonsAndHotkeysPlaysAtOnceAndMovesNoButton) {
     Window& w = open(false);
     EXPECT_EQ(w.findChild<ki::qt::GSound*>(), nullptr) << "no audio stack loads for a window never seen";
     w.show();
@@ -151,12 +147,25 @@ TEST_F(WindowTest, SelectionByClickButtonsAndHotkeysPlaysAtOnceAndMovesNoButton)
                                                "Learn the correct strokes in the correct order"}));
     auto trigger = [&w](const char* name) { w.findChild<QAction*>(QString::fromLatin1(name))->trigger(); };
     auto click = [&w](const char* tip) { button(w, QString::fromLatin1(tip))->click(); };
+    // A drag from the middle of the list or the canvas, with list row 10 at the top.
+    model_of(w)->set_row_height(20);
+    const auto drag = [&w](bool onList, int dy) {
+        return [&w, onList, dy]() {
+            list_of(w)->update_index_win_top(10);
+            QWidget* target = onList ? static_cast<QWidget*>(list_of(w)) : canvas_of(w);
+            const QPoint from(target->width() / 2, target->height() / 2);
+            send_mouse(target, QEvent::MouseButtonPress, from, Qt::LeftButton);
+            send_mouse(target, QEvent::MouseMove, from + QPoint(3, dy), Qt::LeftButton);
+            send_mouse(target, QEvent::MouseButtonRelease, from + QPoint(3, dy), Qt::NoButton);
+        };
+    };
     struct Row {
         const char* name;
         int start;
         std::function<void()> act;
         int expected;
-        bool selects;  // on_index runs
+        bool selects;        // on_index runs
+        long long top = -1;  // the list's top row afterwards, where it matters
     };
     // clang-format off
     const Row rows[] = {
@@ -170,6 +179,10 @@ TEST_F(WindowTest, SelectionByClickButtonsAndHotkeysPlaysAtOnceAndMovesNoButton)
         {"left action", 10, [&]() { trigger("left"); }, 9, true},
         {"left at the first character stays", 0, [&]() { trigger("left"); }, 0, false},
         {"next button at the last character stays", last, [&]() { click("Next Hieroglyph"); }, last, false},
+        {"a 5 px drag on the list is no click and scrolls no whole row", 20, drag(true, 5), 20, false, 10},
+        {"45 px down the list shows two rows further up", 20, drag(true, 45), 20, false, 8},
+        {"45 px up the list shows two rows further down", 20, drag(true, -45), 20, false, 12},
+        {"a drag outside the list never scrolls it", 20, drag(false, 45), 20, false, 10},
     };
     // clang-format on
     for (const Row& row : rows) {
@@ -192,35 +205,32 @@ TEST_F(WindowTest, SelectionByClickButtonsAndHotkeysPlaysAtOnceAndMovesNoButton)
         EXPECT_EQ(sound->get_icon_name(), recorded ? "^icons/sound_on.svg" : "^icons/sound_off.svg");
         EXPECT_EQ(last_recording(w), recorded ? recording_of(row.expected) : before) << "played at once, if at all";
         EXPECT_EQ(buttons(), placed);
+        if (row.top >= 0) {
+            EXPECT_EQ(list_of(w)->get_index_win_top(), row.top);
+        }
     }
 }
 
-TEST_F(WindowTest, TranslationLineFollowsTheLanguageAndItsModeBit) {
+TEST_F(WindowTest, TranslationLineAndToolTipsFollowTheLanguageAndTheModeBit) {
     Window& w = open();
-    w.get_control().set_mode_bits(MODE_AUTO_PLAY, false);
-    w.get_control().set_mode_bits(MODE_TRANSLATION, true);
-    struct Row {
-        const char* name;
+    w.on_index(INDEX_ZHONG);
+    const struct {
         QLocale::Language language;
-        QString expected;
+        QString meaning;
+        QString nextTip;
+    } rows[] = {
+        {QLocale::German, "Mitte; Zentrum", "Nächstes Schriftzeichen"},
+        {QLocale::Russian, "середина; центр", "Следующий иероглиф"},
+        {QLocale::French, QString(), "Next Hieroglyph"},  // no meanings, English texts
+        {QLocale::English, "middle; center", "Next Hieroglyph"},
     };
-    const Row rows[] = {
-        {"english", QLocale::English, QStringLiteral("middle; center")},
-        {"german", QLocale::German, QStringLiteral("Mitte; Zentrum")},
-        {"russian", QLocale::Russian, QStringLiteral("середина; центр")},
-        {"french has no meanings", QLocale::French, QString()},
-    };
-    for (const Row& row : rows) {
-        SCOPED_TRACE(row.name);
-        w.on_index(0);
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.language);
         ki::qt::lang::set_lang(row.language);
-        w.on_index(INDEX_ZHONG);
-        EXPECT_EQ(w.findChild<QLabel*>(QStringLiteral("translation"))->text(), row.expected);
-        EXPECT_TRUE(translation_panel_of(w)->isVisibleTo(&w));
+        EXPECT_EQ(w.findChild<QLabel*>(QStringLiteral("translation"))->text(), row.meaning);
+        EXPECT_NE(button(w, row.nextTip), nullptr);
     }
-    ki::qt::lang::set_lang(QLocale::German);
-    EXPECT_TRUE(button(w, QStringLiteral("Nächstes Schriftzeichen")) != nullptr)
-        << "tool tips follow the language";
+    EXPECT_TRUE(translation_panel_of(w)->isVisibleTo(&w));
     w.get_control().set_mode_bits(MODE_TRANSLATION, false);
     EXPECT_FALSE(translation_panel_of(w)->isVisibleTo(&w));
 }
@@ -274,9 +284,7 @@ TEST_F(WindowTest, TracingWithTheMouseTeachesAndFinishesTheCharacter) {
          {{0, true}, {0, true}, {0, true}, {-1, false}, {0, false}}, {R, R, R, A}, false, 1, false},
     };
     // clang-format on
-    Window& w = open();
-    w.get_control().set_mode_bits(MODE_AUTO_PLAY, false);
-    w.get_control().set_mode_bits(MODE_LEARN, true);
+    Window& w = open();  // in learn mode
     std::vector<F> played;
     w.get_feedback().liPlayed += [&](const F& what) { played.push_back(what); };
     morvel::CanvasHanzi* canvas = canvas_of(w);
@@ -301,14 +309,17 @@ TEST_F(WindowTest, TracingWithTheMouseTeachesAndFinishesTheCharacter) {
     }
 }
 
-TEST_F(WindowTest, EveryMenuItemChangesItsSettingAndSavesItAtOnce) {
+// Every menu item takes effect and is stored at once; hostile stored values start as sane ones,
+// with a reason in the log. Either way the next start shows the same.
+TEST_F(WindowTest, StoredOptionsFromEveryMenuItemAndFromAHostileStore) {
     struct Row {
         const char* name;
         bool learnMode;
-        QStringList path;
-        const char* key;  // in the stored window node, read back at once
+        QStringList path;  // of the menu item; none: `stored` is in the store before the start
+        const char* key;   // in the stored window node
         QVariant stored;
-        std::function<bool(Window&)> shown;  // the change took effect in the window too
+        std::function<bool(Window&)> shown;  // the value took effect in the window
+        const char* logged = nullptr;
     };
     const unsigned int learn = 23, watch = 22;  // the start flags with learn mode on or off
     // clang-format off
@@ -366,27 +377,46 @@ TEST_F(WindowTest, EveryMenuItemChangesItsSettingAndSavesItAtOnce) {
              ki::qt::GPanel* row = list_of(w)->get_row_widget(list_of(w)->get_index_win_top());
              return row != nullptr && row->findChildren<ki::qt::GLabel*>().size() == 3;
          }},
+        {"unknown mode bits", true, {}, "ControlAnim.modeFlags", 0xFFFFFFFFu,
+         [](Window& w) { return w.get_control().get_mode_flags() == 0x1Fu; }, "unknown mode bits"},
+        {"selected index past the end", true, {}, "selectedIndex", 5000,
+         [](Window& w) { return w.get_selected_index() == 86; }, "selectedIndex:5000"},
+        {"negative selected index", true, {}, "selectedIndex", -3,
+         [](Window& w) { return w.get_selected_index() == 0; }, "selectedIndex:-3"},
+        {"tolerance far out of range", true, {}, "rCircle", 1000000,
+         [](Window& w) { return canvas_of(w)->get_r_circle() == 140; }, "rCircle:1000000"},
+        {"theme past the last", true, {}, "theme", 77u,
+         [](Window& w) { return w.get_theme() == ki::qt::themes::THEME_NOT_SET; }, "unknown theme:77"},
+        {"flag of the wrong type", true, {}, "flagShowUnicode", 3.5,
+         [](Window& w) { return !model_of(w)->is_show_unicode(); }, "flagShowUnicode"},
     };
     // clang-format on
     for (const Row& row : rows) {
         SCOPED_TRACE(row.name);
-        GSettings::instance().remove(QStringLiteral("Window/") + WINDOW_NODE);
+        ki::store::GNode hostile;
+        if (row.path.isEmpty()) hostile.set(QString::fromLatin1(row.key), row.stored);
+        GSettings::instance().set_window_node(hostile, WINDOW_NODE);
+        ki::log::LogCapture capture;
         Window& w = open();
-        w.get_control().set_mode_bits(MODE_LEARN, row.learnMode);
-        std::unique_ptr<ki::qt::GMenu> menu(w.gen_menu_options(Window::OPTIONS_ALL));
-        EXPECT_EQ(menu_item(menu.get(), {"Learn Mode"}) != nullptr, row.learnMode);
-        EXPECT_EQ(menu_item(menu.get(), {"Watch Mode"}) != nullptr, !row.learnMode);
-        QAction* item = menu_item(menu.get(), row.path);
-        ASSERT_NE(item, nullptr);
-        item->trigger();
-        EXPECT_EQ(
-            GSettings::instance().get_window_node(WINDOW_NODE).attributes.value(QString::fromLatin1(row.key)),
-            row.stored);
+        EXPECT_EQ(canvas_of(w)->get_unicode(), catalogue().unicode_at(unsigned(w.get_selected_index())));
+        if (row.path.isEmpty()) {
+            EXPECT_TRUE(capture.contains(row.logged)) << capture.text();
+            EXPECT_EQ(w.get_control().get_inc_speed(), 3) << "the start step until one is chosen";
+        } else {
+            w.get_control().set_mode_bits(MODE_LEARN, row.learnMode);
+            std::unique_ptr<ki::qt::GMenu> menu(w.gen_menu_options(Window::OPTIONS_ALL));
+            EXPECT_EQ(menu_item(menu.get(), {"Learn Mode"}) != nullptr, row.learnMode);
+            EXPECT_EQ(menu_item(menu.get(), {"Watch Mode"}) != nullptr, !row.learnMode);
+            QAction* item = menu_item(menu.get(), row.path);
+            ASSERT_NE(item, nullptr);
+            item->trigger();
+            EXPECT_EQ(
+                GSettings::instance().get_window_node(WINDOW_NODE).attributes.value(QString::fromLatin1(row.key)),
+                row.stored);
+        }
         EXPECT_TRUE(row.shown(w));
-        menu.reset();
         win.reset();  // no close: only what the item saved at once reaches the next start
         EXPECT_TRUE(row.shown(open())) << "after a restart";
-        win.reset();
     }
 }
 
@@ -422,75 +452,6 @@ TEST_F(WindowTest, LevelsSwitchWithTheirOwnSelectionAndSurviveARestart) {
     ASSERT_TRUE(again.on_level(1));
     EXPECT_EQ(again.get_selected_index(), 5);
     EXPECT_EQ(canvas_of(again)->get_unicode(), catalogue().unicode_at(5));
-}
-
-TEST_F(WindowTest, ListDragMovesTheTopRowByWholeRowsAgainstTheFinger) {
-    Window& w = open();
-    model_of(w)->set_row_height(20);
-    ki::qt::otf::GDataScroller* list = list_of(w);
-    struct Row {
-        const char* name;
-        bool onList;
-        int dy;
-        long long expectedTop;
-    };
-    const Row rows[] = {
-        {"5 px is a drag of no whole row", true, 5, 10},
-        {"45 px down shows two rows further up", true, 45, 8},
-        {"45 px up shows two rows further down", true, -45, 12},
-        {"a press outside the list never drags it", false, 45, 10},
-    };
-    for (const Row& row : rows) {
-        SCOPED_TRACE(row.name);
-        list->update_index_win_top(10);
-        ASSERT_EQ(list->get_index_win_top(), 10);
-        QWidget* target = row.onList ? static_cast<QWidget*>(list) : static_cast<QWidget*>(canvas_of(w));
-        const QPoint start(target->width() / 2, target->height() / 2);
-        send_mouse(target, QEvent::MouseButtonPress, start, Qt::LeftButton);
-        send_mouse(target, QEvent::MouseMove, start + QPoint(3, row.dy), Qt::LeftButton);
-        send_mouse(target, QEvent::MouseButtonRelease, start + QPoint(3, row.dy), Qt::NoButton);
-        settle();
-        EXPECT_EQ(list->get_index_win_top(), row.expectedTop);
-    }
-}
-
-TEST_F(WindowTest, HostileStoredSettingsStartWithDefaultsAndAReason) {
-    struct Row {
-        const char* name;
-        const char* key;
-        QVariant value;
-        const char* logged;
-        std::function<bool(Window&)> sane;
-    };
-    // clang-format off
-    const Row rows[] = {
-        {"unknown mode bits", "ControlAnim.modeFlags", 0xFFFFFFFFu, "unknown mode bits",
-         [](Window& w) { return w.get_control().get_mode_flags() == 0x1Fu; }},
-        {"selected index past the end", "selectedIndex", 5000, "selectedIndex:5000",
-         [](Window& w) { return w.get_selected_index() == 86; }},
-        {"negative selected index", "selectedIndex", -3, "selectedIndex:-3",
-         [](Window& w) { return w.get_selected_index() == 0; }},
-        {"tolerance far out of range", "rCircle", 1000000, "rCircle:1000000",
-         [](Window& w) { return canvas_of(w)->get_r_circle() == 140; }},
-        {"theme past the last", "theme", 77u, "unknown theme:77",
-         [](Window& w) { return w.get_theme() == ki::qt::themes::THEME_NOT_SET; }},
-        {"flag of the wrong type", "flagShowUnicode", 3.5, "flagShowUnicode",
-         [](Window& w) { return !model_of(w)->is_show_unicode(); }},
-    };
-    // clang-format on
-    for (const Row& row : rows) {
-        SCOPED_TRACE(row.name);
-        ki::store::GNode node;
-        node.set(QString::fromLatin1(row.key), row.value);
-        GSettings::instance().set_window_node(node, WINDOW_NODE);
-        capture->clear();
-        Window& w = open();
-        EXPECT_TRUE(capture->contains(row.logged)) << capture->text();
-        EXPECT_TRUE(row.sane(w));
-        EXPECT_EQ(w.get_control().get_inc_speed(), 3) << "the start step until one is chosen";
-        EXPECT_EQ(canvas_of(w)->get_unicode(), catalogue().unicode_at(unsigned(w.get_selected_index())));
-        win.reset();
-    }
 }
 
 // A regression guard: an option change that only reached the in-memory store was lost when the
