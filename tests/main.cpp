@@ -7,7 +7,6 @@
 #include <ki/tools/GSettings.h>
 
 #include <QTemporaryDir>
-#include <cstring>
 #include <memory>
 
 namespace {
@@ -38,7 +37,7 @@ int main(int argc, char** argv) {
     ::testing::InitGoogleTest(&argc, argv);
     ki::qt::GApp::prepare_settings(QStringLiteral("quenlo-tests.invalid"), 114, true,
                                    QStringLiteral("quenlo_tests"));
-    if (argc > 1 && std::strcmp(argv[1], "--window-after-app") == 0) return window_after_app(argc, argv);
+    if (argc > 1 && qstrcmp(argv[1], "--window-after-app") == 0) return window_after_app(argc, argv);
     ki::qt::GApp app(argc, argv, nullptr);
     const int result = RUN_ALL_TESTS();
     // Written now, while the temporary folder still exists; the store's own destructor runs
