@@ -1,17 +1,14 @@
-// The tracing judge over its verdicts and every level character, and learn mode driven through
-// the real widget with mouse, pen and touch events, judged by the listener events it fires and
-// the pixels it paints.
+// The tracing judge as a table over its verdicts, and learn mode driven through the real widget
+// with mouse, pen and touch events, judged by the listener events it fires and the pixels it
+// paints.
 #include <gtest/gtest.h>
-#include <ki/log/GLog.h>
 
 #include <QCoreApplication>
-#include <QDir>
 #include <QImage>
 #include <QMouseEvent>
 #include <QPainter>
 #include <QTabletEvent>
 #include <QTest>
-#include <random>
 
 #include "app/stroke/CanvasHanzi.h"
 #include "app/stroke/StrokeJudge.h"
@@ -128,33 +125,6 @@ Anim line_anim() {
 }
 
 }  // namespace
-
-TEST(StrokeJudge, JitteredCentreLinesOfEveryLevelCharacterAreAccepted) {
-    const QDir dir(":/wb/shared-res/zh/1");
-    const QStringList files = dir.entryList({"*.svg"}, QDir::Files);
-    ASSERT_GE(files.size(), 87);
-    if (!ki::log::is_configured()) ki::log::configure();
-    const unsigned int level = ki::log::get_log_level();
-    ki::log::set_log_level(ki::log::LOG_WARN);  // the judge logs every point
-    std::mt19937 random(20013);
-    std::uniform_real_distribution<float> jitter(-30.0f, 30.0f);
-    const auto shaken = [&](glm::vec2 p) { return p + glm::vec2(jitter(random), jitter(random)); };
-    for (const QString& file : files) {
-        const auto built = Anim::build_from_file(dir.filePath(file));
-        EXPECT_TRUE(built.ok()) << built.to_string();
-        for (size_t k = 0; k < built.value.strokes.size(); ++k) {
-            const morvel::AnimStroke& stroke = built.value.strokes[k];
-            const ki::math::Path& centre = stroke.pathAnim;
-            StrokeJudge judge;
-            judge.press(shaken(centre.point_start()), stroke, 60);
-            for (float along = 10.0f; along < centre.get_length(); along += 10.0f)
-                judge.move(shaken(centre.point_at_length(along)), stroke, 60);
-            EXPECT_EQ(judge.release(shaken(centre.point_end()), stroke, 60), StrokeJudge::Verdict::ACCEPTED)
-                << file.toStdString() << " stroke " << k << " errors " << judge.get_errors();
-        }
-    }
-    ki::log::set_log_level(static_cast<int>(level));
-}
 
 TEST(StrokeJudge, VerdictOnOneStroke) {
     const morvel::AnimStroke stroke = line_anim().strokes[0];  // judged with rCircle 60
