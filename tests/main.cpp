@@ -7,7 +7,6 @@
 #include <ki/tools/GSettings.h>
 
 #include <QTemporaryDir>
-#include <cstring>
 #include <memory>
 
 namespace {
@@ -30,17 +29,15 @@ int window_after_app(int argc, char** argv) {
 
 int main(int argc, char** argv) {
     QTemporaryDir home;
-    qputenv("QT_QPA_PLATFORM",
-            qgetenv("QT_QPA_PLATFORM").isEmpty() ? "offscreen" : qgetenv("QT_QPA_PLATFORM"));
+    if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM")) qputenv("QT_QPA_PLATFORM", "offscreen");
     // QStandardPaths' test mode is deliberately off: it would move the settings to
     // ~/.qttest in the real home folder instead of these temporary ones.
-    qputenv("XDG_CONFIG_HOME", home.path().toUtf8() + "/config");
-    qputenv("XDG_DATA_HOME", home.path().toUtf8() + "/data");
-    qputenv("XDG_CACHE_HOME", home.path().toUtf8() + "/cache");
+    for (const QByteArray folder : {"config", "data", "cache"})
+        qputenv("XDG_" + folder.toUpper() + "_HOME", home.path().toUtf8() + '/' + folder);
     ::testing::InitGoogleTest(&argc, argv);
     ki::qt::GApp::prepare_settings(QStringLiteral("quenlo-tests.invalid"), 114, true,
                                    QStringLiteral("quenlo_tests"));
-    if (argc > 1 && std::strcmp(argv[1], "--window-after-app") == 0) return window_after_app(argc, argv);
+    if (argc > 1 && qstrcmp(argv[1], "--window-after-app") == 0) return window_after_app(argc, argv);
     ki::qt::GApp app(argc, argv, nullptr);
     const int result = RUN_ALL_TESTS();
     // Written now, while the temporary folder still exists; the store's own destructor runs

@@ -1,5 +1,5 @@
-// The program's window driven offscreen like a learner would: clicks, buttons, hotkeys, the
-// options menu, mouse traces and drags, and restarts on the same isolated settings store.
+// The program's window driven offscreen like a learner would: clicks, drags, buttons, hotkeys,
+// the options menu, mouse traces, and restarts on the same isolated settings store.
 #include <gtest/gtest.h>
 #include <ki/log/LogCapture.h>
 #include <ki/qt/GSound.h>
@@ -17,9 +17,9 @@
 
 #include <QAction>
 #include <QFile>
-#include <QMouseEvent>
 #include <QLabel>
-#include <QSettings>
+#include <QMap>
+#include <QMouseEvent>
 #include <QSlider>
 #include <QTemporaryDir>
 #include <QTest>
@@ -34,9 +34,7 @@
 #include "app/stroke/CanvasHanzi.h"
 
 using ki::qt::GSettings;
-using morvel::prog2::AppData;
-using morvel::prog2::Window;
-using namespace morvel::prog2;  // the mode bits
+using namespace morvel::prog2;
 
 namespace {
 
@@ -45,8 +43,7 @@ constexpr int INDEX_ZHONG = 7;  // 中 in the level's code-point order
 
 AppData& catalogue() {
     static AppData data(QStringLiteral(":/wb/shared-res/zh/1"));
-    static const bool loaded = (data.load(), true);
-    (void)loaded;
+    [[maybe_unused]] static const bool loaded = (data.load(), true);
     return data;
 }
 
@@ -73,14 +70,23 @@ morvel::CanvasHanzi* canvas_of(Window& w) {
 ki::qt::otf::GDataScroller* list_of(Window& w) {
     return w.findChild<ki::qt::otf::GDataScroller*>();
 }
-morvel::prog2::ModelAppData* model_of(Window& w) {
-    return static_cast<morvel::prog2::ModelAppData*>(list_of(w)->get_model());
+ModelAppData* model_of(Window& w) {
+    return static_cast<ModelAppData*>(list_of(w)->get_model());
 }
 QSlider* slider_of(Window& w) {
     return w.findChild<QSlider*>(QStringLiteral("progressSlider"));
 }
 QWidget* translation_panel_of(Window& w) {
     return w.findChild<QWidget*>(QStringLiteral("translatation"));
+}
+
+// The recording last handed to the player, empty while none was.
+QString last_recording(Window& w) {
+    const auto* sound = w.findChild<ki::qt::GSound*>();
+    return sound != nullptr ? sound->get_source_path() : QString();
+}
+QString recording_of(int index) {
+    return QStringLiteral(":/wb/shared-res/zh/fono/%1.mp3").arg(catalogue().unicode_at(unsigned(index)));
 }
 
 ki::qt::GButton* button(Window& win, const QString& toolTip) {
@@ -105,13 +111,11 @@ protected:
         ki::qt::lang::set_lang(QLocale::English);
         themeBefore = ki::qt::themes::get_theme();
         GSettings::instance().remove(QStringLiteral("Window/") + WINDOW_NODE);
-        capture = std::make_unique<ki::log::LogCapture>();
     }
     void TearDown() override {
         win.reset();
         ki::qt::lang::set_lang(QLocale::English);
         ki::qt::themes::set(themeBefore);
-        capture.reset();
     }
     Window& open(bool shown = true) {
         win = std::make_unique<Window>(catalogue());
@@ -121,38 +125,69 @@ protected:
         settle();
         return *win;
     }
-    std::unique_ptr<ki::log::LogCapture> capture;
     std::unique_ptr<Window> win;
     unsigned int themeBefore = 0;
 };
 
 }  // namespace
 
-TEST_F(WindowTest, SelectionByClickButtonsAndHotkeysClampsAtBothEnds) {
-    Window& w = open();
+TEST_F(WindowTest, SelectionByListButtonsAndHotkeysPlaysAtOnceAndMovesNoButton) {
+    Window& w = open(false);
+    EXPECT_EQ(w.findChild<ki::qt::GSound*>(), nullptr) << "no audio stack loads for a window never seen";
+    w.show();
+    settle();
+    EXPECT_EQ(last_recording(w), recording_of(0)) << "the first recording waits for the first frame";
     const int last = static_cast<int>(catalogue().size()) - 1;
     ASSERT_EQ(last, 86);
+    // Tool tips by position; the pinyin label beside them must never push the buttons about.
+    const auto buttons = [&w]() {
+        QMap<int, QString> byPosition;
+        for (auto* b : w.findChild<QWidget*>(QStringLiteral("buttons"))->findChildren<ki::qt::GButton*>())
+            byPosition[b->mapTo(&w, QPoint()).x()] = b->toolTip();
+        return byPosition;
+    };
+    const QMap<int, QString> placed = buttons();
+    EXPECT_EQ(
+        placed.values().join(QStringLiteral(" | ")).toStdString(),
+        "Options | Toggle fullscreen | Play Sound | Previous Hieroglyph | Next Hieroglyph | Show/Hide List | "
+        "Learn the correct strokes in the correct order");
     auto trigger = [&w](const char* name) { w.findChild<QAction*>(QString::fromLatin1(name))->trigger(); };
     auto click = [&w](const char* tip) { button(w, QString::fromLatin1(tip))->click(); };
+    // A drag from the middle of the list or the canvas, with list row 10 at the top.
+    model_of(w)->set_row_height(20);
+    const auto drag = [&w](bool onList, int dy) {
+        return [&w, onList, dy]() {
+            list_of(w)->update_index_win_top(10);
+            QWidget* target = onList ? static_cast<QWidget*>(list_of(w)) : canvas_of(w);
+            const QPoint from(target->width() / 2, target->height() / 2);
+            send_mouse(target, QEvent::MouseButtonPress, from, Qt::LeftButton);
+            send_mouse(target, QEvent::MouseMove, from + QPoint(3, dy), Qt::LeftButton);
+            send_mouse(target, QEvent::MouseButtonRelease, from + QPoint(3, dy), Qt::NoButton);
+        };
+    };
     struct Row {
         const char* name;
         int start;
         std::function<void()> act;
-        int expected;
-        bool selects;  // on_index runs
+        int expected;        // a selection happens when it differs from the start
+        long long top = -1;  // the list's top row afterwards, where it matters
     };
     // clang-format off
     const Row rows[] = {
         {"list click on the third visible row", 0, [&w]() {
              ki::qt::GPanel* row = list_of(w)->get_row_widget(list_of(w)->get_index_win_top() + 2);
              QTest::mouseClick(row, Qt::LeftButton, {}, row->rect().center());
-         }, 2, true},
-        {"next button", 4, [&]() { click("Next Hieroglyph"); }, 5, true},
-        {"previous button", 4, [&]() { click("Previous Hieroglyph"); }, 3, true},
-        {"right action", 10, [&]() { trigger("right"); }, 11, true},
-        {"left action", 10, [&]() { trigger("left"); }, 9, true},
-        {"left at the first character stays", 0, [&]() { trigger("left"); }, 0, false},
-        {"next button at the last character stays", last, [&]() { click("Next Hieroglyph"); }, last, false},
+         }, 2},
+        {"next button", 4, [&]() { click("Next Hieroglyph"); }, 5},
+        {"previous button", 4, [&]() { click("Previous Hieroglyph"); }, 3},
+        {"right action onto a character without a recording", 9, [&]() { trigger("right"); }, 10},
+        {"left action", 10, [&]() { trigger("left"); }, 9},
+        {"left at the first character stays", 0, [&]() { trigger("left"); }, 0},
+        {"next button at the last character stays", last, [&]() { click("Next Hieroglyph"); }, last},
+        {"a 5 px drag on the list is no click and scrolls no whole row", 20, drag(true, 5), 20, 10},
+        {"45 px down the list shows two rows further up", 20, drag(true, 45), 20, 8},
+        {"45 px up the list shows two rows further down", 20, drag(true, -45), 20, 12},
+        {"a drag outside the list never scrolls it", 20, drag(false, 45), 20, 10},
     };
     // clang-format on
     for (const Row& row : rows) {
@@ -163,110 +198,45 @@ TEST_F(WindowTest, SelectionByClickButtonsAndHotkeysClampsAtBothEnds) {
         w.get_control().set_mode_bits(MODE_LEARN, true);
         w.get_control().stroke_accepted();
         settle();
+        const QString before = last_recording(w);
+        const bool recorded = QFile::exists(recording_of(row.expected));
         row.act();
+        EXPECT_EQ(last_recording(w), recorded ? recording_of(row.expected) : before)
+            << "played at once, if at all";
         settle();
         EXPECT_EQ(w.get_selected_index(), row.expected);
-        EXPECT_EQ(w.get_control().get_strokes_learned(), row.selects ? 0 : 1);
+        EXPECT_EQ(w.get_control().get_strokes_learned(), row.expected != row.start ? 0 : 1);
         EXPECT_EQ(canvas_of(w)->get_unicode(), catalogue().unicode_at(unsigned(row.expected)));
-    }
-}
-
-TEST_F(WindowTest, RecordingsWaitForTheFirstFrameFollowTheSoundButtonAndSkipSilentCharacters) {
-    Window& w = open(false);
-    ASSERT_TRUE(w.get_control().is_mode_bit(MODE_AUTO_PLAY)) << "on by default";
-    const std::string played = "Window::on_play_sound, unicode:" + std::to_string(catalogue().unicode_at(0));
-    EXPECT_EQ(capture->count(played), 0) << "nothing plays for a window never seen";
-    EXPECT_EQ(w.findChild<ki::qt::GSound*>(), nullptr) << "and the audio stack stays unloaded";
-    w.show();
-    settle();
-    EXPECT_EQ(capture->count(played), 1);
-    w.on_index(0);
-    EXPECT_EQ(capture->count(played), 2) << "later selections play at once";
-
-    w.get_control().set_mode_bits(MODE_AUTO_PLAY, false);
-    int enabled = 0;
-    int silentIndex = -1;
-    for (unsigned int i = 0; i < catalogue().size(); ++i) {
-        w.on_index(int(i));
-        const int code = catalogue().unicode_at(i);
-        const bool recorded = QFile::exists(QStringLiteral(":/wb/shared-res/zh/fono/%1.mp3").arg(code));
         ki::qt::GButton* sound = button(w, QStringLiteral("Play Sound"));
-        EXPECT_EQ(sound->isEnabled(), recorded) << code;
-        EXPECT_EQ(sound->get_icon_name(), recorded ? "^icons/sound_on.svg" : "^icons/sound_off.svg") << code;
-        if (sound->isEnabled()) ++enabled;
-        if (!recorded && silentIndex < 0) silentIndex = int(i);
+        EXPECT_EQ(sound->isEnabled(), recorded);
+        EXPECT_EQ(sound->get_icon_name(), recorded ? "^icons/sound_on.svg" : "^icons/sound_off.svg");
+        EXPECT_EQ(buttons().keys(), placed.keys());
+        if (row.top >= 0) {
+            EXPECT_EQ(list_of(w)->get_index_win_top(), row.top);
+        }
     }
-    EXPECT_EQ(enabled, 76);
-    ASSERT_GE(silentIndex, 0);
-
-    w.get_control().set_mode_bits(MODE_AUTO_PLAY, true);
-    capture->clear();
-    w.on_index(silentIndex);
-    const std::string expected =
-        "Window::on_play_sound, unicode:" + std::to_string(catalogue().unicode_at(unsigned(silentIndex))) +
-        " sound ?";
-    EXPECT_EQ(capture->count(expected), 1);
-    EXPECT_FALSE(capture->contains("GSound::play_sound,  '"));
 }
 
-TEST_F(WindowTest, TranslationLineFollowsTheLanguageAndItsModeBit) {
+TEST_F(WindowTest, TranslationLineAndToolTipsFollowTheLanguage) {
     Window& w = open();
-    w.get_control().set_mode_bits(MODE_AUTO_PLAY, false);
-    w.get_control().set_mode_bits(MODE_TRANSLATION, true);
-    struct Row {
-        const char* name;
+    w.on_index(INDEX_ZHONG);
+    const struct {
         QLocale::Language language;
-        QString expected;
+        QString meaning;
+        QString nextTip;
+    } rows[] = {
+        {QLocale::German, "Mitte; Zentrum", "Nächstes Schriftzeichen"},
+        {QLocale::Russian, "середина; центр", "Следующий иероглиф"},
+        {QLocale::French, QString(), "Next Hieroglyph"},  // no meanings, English texts
+        {QLocale::English, "middle; center", "Next Hieroglyph"},
     };
-    const Row rows[] = {
-        {"english", QLocale::English, QStringLiteral("middle; center")},
-        {"german", QLocale::German, QStringLiteral("Mitte; Zentrum")},
-        {"russian", QLocale::Russian, QStringLiteral("середина; центр")},
-        {"french has no meanings", QLocale::French, QString()},
-    };
-    for (const Row& row : rows) {
-        SCOPED_TRACE(row.name);
-        w.on_index(0);
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.language);
         ki::qt::lang::set_lang(row.language);
-        w.on_index(INDEX_ZHONG);
-        EXPECT_EQ(w.findChild<QLabel*>(QStringLiteral("translation"))->text(), row.expected);
-        EXPECT_TRUE(translation_panel_of(w)->isVisibleTo(&w));
+        EXPECT_EQ(w.findChild<QLabel*>(QStringLiteral("translation"))->text(), row.meaning);
+        EXPECT_NE(button(w, row.nextTip), nullptr);
     }
-    ki::qt::lang::set_lang(QLocale::German);
-    EXPECT_TRUE(button(w, QStringLiteral("Nächstes Schriftzeichen")) != nullptr)
-        << "tool tips follow the language";
-    w.get_control().set_mode_bits(MODE_TRANSLATION, false);
-    EXPECT_FALSE(translation_panel_of(w)->isVisibleTo(&w));
-}
-
-TEST_F(WindowTest, WatchModeTimerDrawsToHundredAtTheChosenStepAndStops) {
-    Window& w = open();
-    w.get_control().set_mode_flags(MODE_AUTO_DRAW);
-    EXPECT_EQ(w.get_control().get_inc_speed(), 3) << "start value before any choice";
-    for (int step : {1, 8}) {
-        SCOPED_TRACE(step);
-        ki::qt::GMenu* menu = w.gen_menu_options(Window::OPTIONS_ALL);
-        QAction* item = menu_item(menu, {"Watch Mode", "Auto Draw Speed", QString::number(step)});
-        ASSERT_NE(item, nullptr);
-        item->trigger();
-        delete menu;
-        w.on_index(1);
-        ASSERT_FLOAT_EQ(canvas_of(w)->get_progress(), 0.0f);
-        const int ticks = (100 + step - 1) / step;
-        for (int i = 1; i < ticks; ++i) w.on_timer();
-        EXPECT_FLOAT_EQ(canvas_of(w)->get_progress(), float((ticks - 1) * step));
-        w.on_timer();
-        EXPECT_FLOAT_EQ(canvas_of(w)->get_progress(), 100.0f);
-        EXPECT_EQ(slider_of(w)->value(), 100u);
-    }
-    // Moving the slider holds the drawing until the next character.
-    w.on_index(2);
-    slider_of(w)->setValue(40);
-    w.on_timer();
-    EXPECT_FLOAT_EQ(canvas_of(w)->get_progress(), 40.0f);
-    w.on_index(3);
-    w.on_timer();
-    EXPECT_GT(canvas_of(w)->get_progress(), 0.0f);
+    EXPECT_TRUE(translation_panel_of(w)->isVisibleTo(&w)) << "hidden only by its menu item";
 }
 
 // Traces stroke `k` of the canvas's character with the mouse, along its centre line or reversed.
@@ -276,15 +246,15 @@ void trace_stroke(morvel::CanvasHanzi* canvas, int k, bool reversed) {
     const float scale = std::min(canvas->width() / box.w, canvas->height() / box.h);
     const glm::vec2 offset{(canvas->width() - box.w * scale) / 2.0f - box.x * scale,
                            (canvas->height() - box.h * scale) / 2.0f - box.y * scale};
-    auto pixel = [&](glm::vec2 p) {
-        const glm::vec2 q = offset + p * scale;
-        return QPoint(int(std::lround(q.x)), int(std::lround(q.y)));
-    };
     const ki::math::Path& centre = canvas->get_anim().strokes[size_t(k)].pathAnim;
     const float length = centre.get_length();
-    auto at = [&](float along) { return pixel(centre.point_at_length(reversed ? length - along : along)); };
+    auto at = [&](float along) {
+        const glm::vec2 q = offset + centre.point_at_length(reversed ? length - along : along) * scale;
+        return QPoint(int(std::lround(q.x)), int(std::lround(q.y)));
+    };
     send_mouse(canvas, QEvent::MouseButtonPress, at(0.0f), Qt::LeftButton);
-    for (float along = 20.0f; along < length; along += 20.0f) send_mouse(canvas, QEvent::MouseMove, at(along), Qt::LeftButton);
+    for (float along = 20.0f; along < length; along += 20.0f)
+        send_mouse(canvas, QEvent::MouseMove, at(along), Qt::LeftButton);
     send_mouse(canvas, QEvent::MouseButtonRelease, at(length), Qt::NoButton);
 }
 
@@ -294,31 +264,28 @@ TEST_F(WindowTest, TracingWithTheMouseTeachesAndFinishesTheCharacter) {
         const char* name;
         int hintAfter;
         bool rounds;
-        std::vector<std::pair<int, bool>> traces;  // stroke, reversed
-        std::vector<F> sounds;
+        std::vector<std::pair<int, bool>> traces;  // stroke, reversed; stroke -1 runs the timer out
+        std::vector<F> sounds;                     // the last one says whether the character is complete
         bool hinting;
         int learned;
-        bool complete;
     };
     const F A = F::ACCEPTED, R = F::REJECTED, C = F::COMPLETE;
     // clang-format off
     const Row rows[] = {
         {"every stroke traced finishes the character", 3, false, {{0, false}, {1, false}, {2, false}, {3, false}},
-         {A, A, A, C}, false, 4, true},
-        {"three misses start the hint", 3, false, {{0, true}, {0, true}, {0, true}}, {R, R, R}, true, 0, false},
-        {"two misses do not", 3, false, {{0, true}, {0, true}}, {R, R}, false, 0, false},
+         {A, A, A, C}, false, 4},
+        {"three misses start the hint", 3, false, {{0, true}, {0, true}, {0, true}}, {R, R, R}, true, 0},
         {"an accepted stroke starts the count again", 3, false, {{0, true}, {0, true}, {0, false}, {1, true}},
-         {R, R, A, R}, false, 1, false},
-        {"a later stroke traced first is a miss", 1, false, {{2, false}}, {R}, true, 0, false},
+         {R, R, A, R}, false, 1},
+        {"a later stroke traced first is a miss", 1, false, {{2, false}}, {R}, true, 0},
         {"hints off never hint", 0, false, {{0, true}, {0, true}, {0, true}, {0, true}, {0, true}},
-         {R, R, R, R, R}, false, 0, false},
+         {R, R, R, R, R}, false, 0},
         {"in practice rounds the first round is not the end", 3, true,
-         {{0, false}, {1, false}, {2, false}, {3, false}}, {A, A, A, A}, false, 4, false},
+         {{0, false}, {1, false}, {2, false}, {3, false}}, {A, A, A, A}, false, 4},
+        {"the timer ends the hint", 3, false, {{0, true}, {0, true}, {0, true}, {-1, false}}, {R, R, R}, false, 0},
     };
     // clang-format on
-    Window& w = open();
-    w.get_control().set_mode_bits(MODE_AUTO_PLAY, false);
-    w.get_control().set_mode_bits(MODE_LEARN, true);
+    Window& w = open();  // in learn mode
     std::vector<F> played;
     w.get_feedback().liPlayed += [&](const F& what) { played.push_back(what); };
     morvel::CanvasHanzi* canvas = canvas_of(w);
@@ -331,38 +298,29 @@ TEST_F(WindowTest, TracingWithTheMouseTeachesAndFinishesTheCharacter) {
         w.on_index(INDEX_ZHONG);
         ASSERT_EQ(canvas->get_anim().strokes.size(), 4u);
         played.clear();
-        for (const auto& [stroke, reversed] : row.traces) trace_stroke(canvas, stroke, reversed);
+        for (const auto& [stroke, reversed] : row.traces) {
+            if (stroke >= 0) trace_stroke(canvas, stroke, reversed);
+            for (int t = 0; stroke < 0 && t < 200 && w.get_control().state().hint >= 0.0f; ++t) w.on_timer();
+        }
         EXPECT_EQ(played, row.sounds);
         EXPECT_EQ(w.get_control().state().hint >= 0.0f, row.hinting);
         EXPECT_EQ(canvas->get_strokes_learned(), row.learned);
-        EXPECT_EQ(w.get_control().state().is_complete(), row.complete);
+        EXPECT_EQ(w.get_control().state().is_complete(), row.sounds.back() == C);
         EXPECT_EQ(canvas->get_path_mouse().is_empty(), played.back() != R) << "an accepted trace is cleared";
     }
-    EXPECT_EQ(capture->count("hieroglyphe done"), 1);
-    // The hint paints the current stroke once, then tracing goes on.
-    w.apply_options(LessonOptions{});
-    w.on_index(INDEX_ZHONG);
-    for (int i = 0; i < 3; ++i) trace_stroke(canvas, 0, true);
-    int ticks = 0;
-    while (w.get_control().state().hint >= 0.0f && ticks < 200) {
-        w.on_timer();
-        ++ticks;
-    }
-    EXPECT_LT(ticks, 200);
-    trace_stroke(canvas, 0, false);
-    EXPECT_EQ(canvas->get_strokes_learned(), 1);
-    w.on_index(0);
-    EXPECT_EQ(canvas->get_strokes_learned(), 0) << "a new character starts from its first stroke";
 }
 
-TEST_F(WindowTest, EveryMenuItemChangesItsSettingAndSavesItAtOnce) {
+// Every menu item takes effect and is stored at once; hostile stored values start as sane ones,
+// with a reason in the log. Either way the next start shows the same.
+TEST_F(WindowTest, StoredOptionsFromEveryMenuItemAndFromAHostileStore) {
     struct Row {
         const char* name;
         bool learnMode;
-        QStringList path;
-        const char* key;  // in the stored window node, read back at once
+        QStringList path;  // of the menu item; none: `stored` is in the store before the start
+        const char* key;   // in the stored window node
         QVariant stored;
-        std::function<bool(Window&)> shown;  // the change took effect in the window too
+        std::function<bool(Window&)> shown;  // the value took effect in the window
+        const char* logged = nullptr;
     };
     const unsigned int learn = 23, watch = 22;  // the start flags with learn mode on or off
     // clang-format off
@@ -375,16 +333,26 @@ TEST_F(WindowTest, EveryMenuItemChangesItsSettingAndSavesItAtOnce) {
          [](Window& w) { return canvas_of(w)->get_draw_config() == 26u; }},
         {"tolerance 60", true, {"Learn Mode", "Stroke Tolerance", "60"}, "rCircle", 60,
          [](Window& w) { return canvas_of(w)->get_r_circle() == 60; }},
-        {"slider on", false, {"Watch Mode", "Slider"}, "ControlAnim.modeFlags", watch | MODE_SLIDER,
-         [](Window& w) { return slider_of(w)->isVisibleTo(&w); }},
+        {"slider on", false, {"Watch Mode", "Slider"}, "ControlAnim.modeFlags", watch | MODE_SLIDER, [](Window& w) {
+             // Moving it holds the drawing there.
+             slider_of(w)->setValue(40);
+             w.on_timer();
+             return slider_of(w)->isVisibleTo(&w) && canvas_of(w)->get_progress() == 40.0f;
+         }},
         {"automatic drawing off", false, {"Watch Mode", "Draw Strokes Automatically"}, "ControlAnim.modeFlags",
          watch & ~MODE_AUTO_DRAW, [](Window& w) {
              // Slider and label said 0 % over a finished character once.
              return canvas_of(w)->get_progress() == 100.0f && slider_of(w)->value() == 100 &&
                     w.findChild<QLabel*>(QStringLiteral("progress"))->text() == QStringLiteral("100 %");
          }},
-        {"speed 6", false, {"Watch Mode", "Auto Draw Speed", "6"}, "incSpeed", 6,
-         [](Window& w) { return w.get_control().get_inc_speed() == 6; }},
+        {"speed 6", false, {"Watch Mode", "Auto Draw Speed", "6"}, "incSpeed", 6, [](Window& w) {
+             // The timer draws at that step and stops at the whole character.
+             w.on_index(1);
+             for (int i = 0; i < 16; ++i) w.on_timer();
+             const bool stepped = canvas_of(w)->get_progress() == 96.0f;
+             w.on_timer();
+             return stepped && canvas_of(w)->get_progress() == 100.0f && slider_of(w)->value() == 100;
+         }},
         {"audio auto play off", true, {"Audio Auto Play"}, "ControlAnim.modeFlags", learn & ~MODE_AUTO_PLAY,
          [](Window& w) { return !w.get_control().is_mode_bit(MODE_AUTO_PLAY); }},
         {"scrollbar on", true, {"Scrollbar"}, "flagScrollbarVisible", true,
@@ -410,27 +378,45 @@ TEST_F(WindowTest, EveryMenuItemChangesItsSettingAndSavesItAtOnce) {
              ki::qt::GPanel* row = list_of(w)->get_row_widget(list_of(w)->get_index_win_top());
              return row != nullptr && row->findChildren<ki::qt::GLabel*>().size() == 3;
          }},
+        {"unknown mode bits", true, {}, "ControlAnim.modeFlags", 0xFFFFFFFFu,
+         [](Window& w) { return w.get_control().get_mode_flags() == 0x1Fu; }, "unknown mode bits"},
+        {"selected index past the end", true, {}, "selectedIndex", 5000,
+         [](Window& w) { return w.get_selected_index() == 86; }, "selectedIndex:5000"},
+        {"negative selected index", true, {}, "selectedIndex", -3,
+         [](Window& w) { return w.get_selected_index() == 0; }, "selectedIndex:-3"},
+        {"tolerance far out of range", true, {}, "rCircle", 1000000,
+         [](Window& w) { return canvas_of(w)->get_r_circle() == 140; }, "rCircle:1000000"},
+        {"theme past the last", true, {}, "theme", 77u,
+         [](Window& w) { return w.get_theme() == ki::qt::themes::THEME_NOT_SET; }, "unknown theme:77"},
+        {"flag of the wrong type", true, {}, "flagShowUnicode", 3.5,
+         [](Window& w) { return !model_of(w)->is_show_unicode(); }, "flagShowUnicode"},
     };
     // clang-format on
     for (const Row& row : rows) {
         SCOPED_TRACE(row.name);
-        GSettings::instance().remove(QStringLiteral("Window/") + WINDOW_NODE);
+        ki::store::GNode hostile;
+        if (row.path.isEmpty()) hostile.set(QString::fromLatin1(row.key), row.stored);
+        GSettings::instance().set_window_node(hostile, WINDOW_NODE);
+        ki::log::LogCapture capture;
         Window& w = open();
-        w.get_control().set_mode_bits(MODE_LEARN, row.learnMode);
-        std::unique_ptr<ki::qt::GMenu> menu(w.gen_menu_options(Window::OPTIONS_ALL));
-        EXPECT_EQ(menu_item(menu.get(), {"Learn Mode"}) != nullptr, row.learnMode);
-        EXPECT_EQ(menu_item(menu.get(), {"Watch Mode"}) != nullptr, !row.learnMode);
-        QAction* item = menu_item(menu.get(), row.path);
-        ASSERT_NE(item, nullptr);
-        item->trigger();
-        EXPECT_EQ(
-            GSettings::instance().get_window_node(WINDOW_NODE).attributes.value(QString::fromLatin1(row.key)),
-            row.stored);
+        EXPECT_EQ(canvas_of(w)->get_unicode(), catalogue().unicode_at(unsigned(w.get_selected_index())));
+        if (row.path.isEmpty()) {
+            EXPECT_TRUE(capture.contains(row.logged)) << capture.text();
+            EXPECT_EQ(w.get_control().get_inc_speed(), 3) << "the start step until one is chosen";
+        } else {
+            w.get_control().set_mode_bits(MODE_LEARN, row.learnMode);
+            std::unique_ptr<ki::qt::GMenu> menu(w.gen_menu_options(Window::OPTIONS_ALL));
+            EXPECT_EQ(menu_item(menu.get(), {"Learn Mode"}) != nullptr, row.learnMode);
+            EXPECT_EQ(menu_item(menu.get(), {"Watch Mode"}) != nullptr, !row.learnMode);
+            QAction* item = menu_item(menu.get(), row.path);
+            ASSERT_NE(item, nullptr);
+            item->trigger();
+            const ki::store::GNode stored = GSettings::instance().get_window_node(WINDOW_NODE);
+            EXPECT_EQ(stored.attributes.value(QString::fromLatin1(row.key)), row.stored) << "at once";
+        }
         EXPECT_TRUE(row.shown(w));
-        menu.reset();
         win.reset();  // no close: only what the item saved at once reaches the next start
         EXPECT_TRUE(row.shown(open())) << "after a restart";
-        win.reset();
     }
 }
 
@@ -439,7 +425,6 @@ TEST_F(WindowTest, LevelsSwitchWithTheirOwnSelectionAndSurviveARestart) {
         Window& w = open();
         w.on_index(5);
         ASSERT_TRUE(w.on_level(4));
-        EXPECT_EQ(model_of(w)->row_count(), 269);
         w.on_index(100);
         ASSERT_TRUE(w.on_level(2));
         EXPECT_EQ(model_of(w)->row_count(), 95);
@@ -458,9 +443,8 @@ TEST_F(WindowTest, LevelsSwitchWithTheirOwnSelectionAndSurviveARestart) {
     Window& again = open();
     EXPECT_EQ(model_of(again)->row_count(), 95) << "the level is restored";
     EXPECT_EQ(again.get_selected_index(), 10);
-    AppData level2(morvel::prog2::Level::shipped(2));
-    level2.load();
-    EXPECT_EQ(canvas_of(again)->get_unicode(), level2.unicode_at(10));
+    EXPECT_EQ(canvas_of(again)->get_unicode(), catalogue().unicode_at(10))
+        << "the catalogue is level 2's now";
     ASSERT_TRUE(again.on_level(4));
     EXPECT_EQ(again.get_selected_index(), 100) << "each level keeps its own selection";
     ASSERT_TRUE(again.on_level(1));
@@ -468,94 +452,14 @@ TEST_F(WindowTest, LevelsSwitchWithTheirOwnSelectionAndSurviveARestart) {
     EXPECT_EQ(canvas_of(again)->get_unicode(), catalogue().unicode_at(5));
 }
 
-TEST_F(WindowTest, ListDragMovesTheTopRowByWholeRowsAgainstTheFinger) {
-    Window& w = open();
-    model_of(w)->set_row_height(20);
-    ki::qt::otf::GDataScroller* list = list_of(w);
-    struct Row {
-        const char* name;
-        bool onList;
-        int dy;
-        long long expectedTop;
-    };
-    const Row rows[] = {
-        {"5 px is a drag of no whole row", true, 5, 10},
-        {"45 px down shows two rows further up", true, 45, 8},
-        {"45 px up shows two rows further down", true, -45, 12},
-        {"a press outside the list never drags it", false, 45, 10},
-    };
-    for (const Row& row : rows) {
-        SCOPED_TRACE(row.name);
-        list->update_index_win_top(10);
-        ASSERT_EQ(list->get_index_win_top(), 10);
-        QWidget* target = row.onList ? static_cast<QWidget*>(list) : static_cast<QWidget*>(canvas_of(w));
-        const QPoint start(target->width() / 2, target->height() / 2);
-        send_mouse(target, QEvent::MouseButtonPress, start, Qt::LeftButton);
-        send_mouse(target, QEvent::MouseMove, start + QPoint(3, row.dy), Qt::LeftButton);
-        send_mouse(target, QEvent::MouseButtonRelease, start + QPoint(3, row.dy), Qt::NoButton);
-        settle();
-        EXPECT_EQ(list->get_index_win_top(), row.expectedTop);
-    }
-}
-
-TEST_F(WindowTest, HostileStoredSettingsStartWithDefaultsAndAReason) {
-    struct Row {
-        const char* name;
-        const char* key;
-        QVariant value;
-        const char* logged;
-        std::function<bool(Window&)> sane;
-    };
-    // clang-format off
-    const Row rows[] = {
-        {"unknown mode bits", "ControlAnim.modeFlags", 0xFFFFFFFFu, "unknown mode bits",
-         [](Window& w) { return w.get_control().get_mode_flags() == 0x1Fu; }},
-        {"selected index past the end", "selectedIndex", 5000, "selectedIndex:5000",
-         [](Window& w) { return w.get_selected_index() == 86; }},
-        {"negative selected index", "selectedIndex", -3, "selectedIndex:-3",
-         [](Window& w) { return w.get_selected_index() == 0; }},
-        {"tolerance far out of range", "rCircle", 1000000, "rCircle:1000000",
-         [](Window& w) { return canvas_of(w)->get_r_circle() == 140; }},
-        {"theme past the last", "theme", 77u, "unknown theme:77",
-         [](Window& w) { return w.get_theme() == ki::qt::themes::THEME_NOT_SET; }},
-        {"flag of the wrong type", "flagShowUnicode", 3.5, "flagShowUnicode",
-         [](Window& w) { return !model_of(w)->is_show_unicode(); }},
-    };
-    // clang-format on
-    for (const Row& row : rows) {
-        SCOPED_TRACE(row.name);
-        ki::store::GNode node;
-        node.set(QString::fromLatin1(row.key), row.value);
-        GSettings::instance().set_window_node(node, WINDOW_NODE);
-        capture->clear();
-        Window& w = open();
-        EXPECT_TRUE(capture->contains(row.logged)) << capture->text();
-        EXPECT_TRUE(row.sane(w));
-        EXPECT_EQ(canvas_of(w)->get_unicode(), catalogue().unicode_at(unsigned(w.get_selected_index())));
-        win.reset();
-    }
-}
-
-// The kill is a regression guard: an option change that only reached the in-memory store was
-// lost when the program was killed before quitting.
-TEST_F(WindowTest, SettingsSurviveARestartAndAKillRightAfterAnOptionChange) {
-    {
-        Window& w = open();
-        // Auto play off as well: no player may start in the child below, it must not need the
-        // parent's media threads.
-        w.get_control().set_mode_flags(MODE_AUTO_DRAW | MODE_SLIDER);
-        canvas_of(w)->set_r_circle(100);
-        w.on_index(42);
-        w.close();  // saves the way a quit does
-    }
-    Window& again = open();
-    EXPECT_EQ(again.get_control().get_mode_flags(), MODE_AUTO_DRAW | MODE_SLIDER);
-    EXPECT_EQ(canvas_of(again)->get_r_circle(), 100);
-    EXPECT_EQ(again.get_selected_index(), 42);
-    EXPECT_EQ(canvas_of(again)->get_unicode(), catalogue().unicode_at(42));
-    EXPECT_FALSE(canvas_of(again)->is_learn_mode());
-    ASSERT_FALSE(model_of(again)->is_show_unicode());
-    win.reset();
+// A regression guard: an option change that only reached the in-memory store was lost when the
+// program was killed before quitting.
+TEST_F(WindowTest, AnOptionChangeSurvivesAKillRightAfterIt) {
+    // Auto play off: no player may start in the child below, it must not need the parent's media
+    // threads.
+    ki::store::GNode stored;
+    stored.set(QStringLiteral("ControlAnim.modeFlags"), MODE_AUTO_DRAW | MODE_SLIDER);
+    GSettings::instance().set_window_node(stored, WINDOW_NODE);
     GSettings::instance().sync();
     const pid_t child = fork();
     ASSERT_NE(child, -1);
@@ -574,13 +478,8 @@ TEST_F(WindowTest, SettingsSurviveARestartAndAKillRightAfterAnOptionChange) {
     ASSERT_EQ(waitpid(child, &status, 0), child);
     ASSERT_TRUE(WIFSIGNALED(status)) << status;
     ASSERT_EQ(WTERMSIG(status), SIGKILL);
-    // Read from a copy of the file: this process's store caches what it read before.
-    QTemporaryDir dir;
-    const QString copy = dir.filePath(QStringLiteral("after-kill.conf"));
-    ASSERT_TRUE(QFile::copy(GSettings::instance().fileName(), copy));
-    QSettings disk(copy, QSettings::NativeFormat);
-    const auto node =
-        ki::store::GNode::from_qstring(disk.value(QStringLiteral("Window/") + WINDOW_NODE).toString());
-    ASSERT_TRUE(node.ok()) << node.to_string();
-    EXPECT_TRUE(node.value.get<bool>(QStringLiteral("flagShowUnicode"), false));
+    GSettings::reopen_for_tests();  // the file is read afresh, as by the next start
+    EXPECT_TRUE(GSettings::instance()
+                    .get_window_node(WINDOW_NODE)
+                    .get<bool>(QStringLiteral("flagShowUnicode"), false));
 }
