@@ -78,30 +78,6 @@ TEST_F(GuiTest, WindowDestroyedAfterTheApplicationObject) {
     EXPECT_EQ(child.exitCode(), 0) << child.readAllStandardError().right(3000).toStdString();
 }
 
-TEST_F(GuiTest, WindowStateSurvivesIntoTheNextWindowLifetime) {
-    const QString store = GSettings::instance().fileName();
-    ASSERT_TRUE(store.startsWith(qEnvironmentVariable("XDG_CONFIG_HOME"))) << store.toStdString();
-    GSettings::instance().remove("Window/TestState_0");
-    {
-        TestWindow<"TestState"> fresh;
-        fresh.setup();
-        fresh.show();
-        fresh.resize(640, 480);
-        fresh.set_font_size(15);
-        fresh.set_icon_size_percent(220);
-        fresh.set_theme(th::THEME_GREEN);
-        fresh.close();
-    }
-    TestWindow<"TestState"> again;
-    again.setup();
-    ASSERT_EQ(again.get_object_name(), "TestState_0");
-    EXPECT_EQ(again.get_font_size(), 15);
-    EXPECT_EQ(again.get_icon_size_percent(), 220u);
-    EXPECT_EQ(again.get_theme(), th::THEME_GREEN);
-    EXPECT_EQ(again.palette().color(QPalette::Window), QColor(30, 50, 30));
-    EXPECT_EQ(again.size(), QSize(640, 480));
-}
-
 TEST_F(GuiTest, FontSizeIsClampedAndAnUnchangedSizeDoesNotRelayout) {
     const struct Row {
         const char* name;
@@ -220,16 +196,14 @@ TEST_F(GuiTest, OptionsMenuShowsTheCurrentSettingsAndChangesThem) {
     win.set_font_size(12);
     win.set_icon_size_percent(200);
     std::unique_ptr<GMenu> menu(win.gen_menu_options(GMainWindow::OPTIONS_ALL));
-    const struct Row {
-        const char* text;
-        bool checked;
-    } rows[] = {{"Dark", true}, {"Normal", false}, {"Green", false}, {"12", true},
-                        {"11", false},  {"200%", true},    {"English", true}};
-    for (const Row& row : rows) {
-        SCOPED_TRACE(row.text);
-        QAction* action = menu->find_action(row.text);
+    const std::pair<const char*, bool> items[] = {{"Dark", true},   {"Normal", false}, {"Green", false},
+                                                  {"12", true},     {"11", false},     {"200%", true},
+                                                  {"English", true}};
+    for (const auto& [text, checked] : items) {
+        SCOPED_TRACE(text);
+        QAction* action = menu->find_action(text);
         ASSERT_NE(action, nullptr);
-        EXPECT_EQ(action->isChecked(), row.checked);
+        EXPECT_EQ(action->isChecked(), checked);
     }
     EXPECT_EQ(menu->find_action("Logging"), nullptr) << "no log panel, no log entries";
     menu->find_action("Green")->trigger();
@@ -284,9 +258,13 @@ TEST_F(GuiTest, GarbageWindowSettingsAreSurvivedWithDefaults) {
     }
 }
 
-TEST_F(GuiTest, LogPanelOrderAndItsConfigurationAcrossWindowLifetimes) {
-    GSettings::instance().remove("Window/TestLog_0");
-    struct LogWindow : TestWindow<"TestLog"> {
+// What one window lifetime sets, the next reads back: size, font, icon size, theme and the log
+// panel's configuration.
+TEST_F(GuiTest, WindowStateAndLogPanelSurviveIntoTheNextLifetime) {
+    const QString store = GSettings::instance().fileName();
+    ASSERT_TRUE(store.startsWith(qEnvironmentVariable("XDG_CONFIG_HOME"))) << store.toStdString();
+    GSettings::instance().remove("Window/TestState_0");
+    struct LogWindow : TestWindow<"TestState"> {
         void ini() override { content = gen_log_panel(gen_main_panel(GLAYOUT::VERT)); }
         GPanel* content = nullptr;
     };
@@ -297,8 +275,6 @@ TEST_F(GuiTest, LogPanelOrderAndItsConfigurationAcrossWindowLifetimes) {
         first.setup();
         ASSERT_NE(first.content, nullptr);
         EXPECT_EQ(first.gen_log_panel(first.get_main_panel()), nullptr) << "a second log panel";
-        first.log_panel_control_icons(nullptr, "^icons/wheel.svg", "Options", 0);
-        first.log_panel_control(nullptr, "again");
         EXPECT_FALSE(first.is_logger_visible());
         EXPECT_EQ(first.get_panel_log_view()->findChild<QPlainTextEdit*>(), nullptr)
             << "the text view is built when the log is first shown";
@@ -316,13 +292,24 @@ TEST_F(GuiTest, LogPanelOrderAndItsConfigurationAcrossWindowLifetimes) {
         config.fontSize = 14;
         first.get_panel_log_view()->set_config(config);
         first.sync_win_settings(true);
+        first.resize(640, 480);
+        first.set_font_size(15);
+        first.set_icon_size_percent(220);
+        first.set_theme(th::THEME_GREEN);
+        first.close();
     }
-    LogWindow second;
-    second.setup();
-    const ki::log::LogConfig restored = second.get_panel_log_view()->get_config();
+    LogWindow again;
+    again.setup();
+    ASSERT_EQ(again.get_object_name(), "TestState_0");
+    EXPECT_EQ(again.get_font_size(), 15);
+    EXPECT_EQ(again.get_icon_size_percent(), 220u);
+    EXPECT_EQ(again.get_theme(), th::THEME_GREEN);
+    EXPECT_EQ(again.palette().color(QPalette::Window), QColor(30, 50, 30));
+    EXPECT_EQ(again.size(), QSize(640, 480));
+    const ki::log::LogConfig restored = again.get_panel_log_view()->get_config();
     EXPECT_EQ(restored.logLevel, unsigned(ki::log::LOG_WARN));
     EXPECT_EQ(restored.fontSize, 14u);
-    EXPECT_EQ(second.get_panel_log_view()->get_text_view()->font().pointSize(), 14);
+    EXPECT_EQ(again.get_panel_log_view()->get_text_view()->font().pointSize(), 14);
 }
 
 TEST_F(GuiTest, HotkeysAreUniqueAndNamedActionsParse) {
