@@ -163,35 +163,30 @@ TEST(CanvasFit, CharacterIsCentredAndUndistorted) {
 TEST(CanvasSettings, LoadAppliesDefaultsClampsAndRoundTrips) {
     struct Row {
         const char* name;
-        ki::store::GNode node;
+        std::vector<std::pair<const char*, QVariant>> stored;
         unsigned drawConfig;
         int rCircle;
         unsigned modeFlags;
         int incSpeed;
     };
-    auto node = [](std::initializer_list<std::pair<const char*, QVariant>> values) {
-        ki::store::GNode n;
-        for (const auto& [key, value] : values) n.set(key, value);
-        return n;
-    };
     // clang-format off
     const Row rows[] = {
         {"fresh configuration gives the defaults, not the construction values", {}, 10, 140, 23, 5},
-        {"stored values load",
-         node({{"DRAW_CONFIG", 18u}, {"rCircle", 80}, {"ControlAnim.modeFlags", 6u}, {"incSpeed", 3}}), 18, 80, 6, 3},
-        {"speed 0 loads as 1", node({{"incSpeed", 0}}), 10, 140, 23, 1},
-        {"negative speed loads as 1", node({{"incSpeed", -4}}), 10, 140, 23, 1},
-        {"speed 1 stays 1", node({{"incSpeed", 1}}), 10, 140, 23, 1},
-        {"speed 9 loads as 8", node({{"incSpeed", 9}}), 10, 140, 23, 8},
+        {"stored values load", {{"DRAW_CONFIG", 18u}, {"rCircle", 80}, {"ControlAnim.modeFlags", 6u}, {"incSpeed", 3}}, 18, 80, 6, 3},
+        {"speed 0 loads as 1", {{"incSpeed", 0}}, 10, 140, 23, 1},
+        {"negative speed loads as 1", {{"incSpeed", -4}}, 10, 140, 23, 1},
+        {"speed 1 stays 1", {{"incSpeed", 1}}, 10, 140, 23, 1},
+        {"speed 9 loads as 8", {{"incSpeed", 9}}, 10, 140, 23, 8},
         {"garbage types fall back to defaults",
-         node({{"DRAW_CONFIG", "lots"}, {"rCircle", 2.5}, {"ControlAnim.modeFlags", -1}, {"incSpeed", "fast"}}), 10, 140, 23, 5},
-        {"a radius below 1 would reject every trace", node({{"rCircle", 0}}), 10, 140, 23, 5},
+         {{"DRAW_CONFIG", "lots"}, {"rCircle", 2.5}, {"ControlAnim.modeFlags", -1}, {"incSpeed", "fast"}}, 10, 140, 23, 5},
+        {"a radius below 1 would reject every trace", {{"rCircle", 0}}, 10, 140, 23, 5},
     };
     // clang-format on
     for (const Row& row : rows) {
         SCOPED_TRACE(row.name);
         // Load the row, save, and load what was saved into fresh objects.
-        ki::store::GNode node = row.node;
+        ki::store::GNode node;
+        for (const auto& [key, value] : row.stored) node.set(key, value);
         for (const char* pass : {"loaded", "saved and loaded again"}) {
             SCOPED_TRACE(pass);
             CanvasHanzi canvas;
