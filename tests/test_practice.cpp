@@ -137,6 +137,8 @@ TEST(PracticeClassifier, ReasonsOfRejectedTracesAndTheirMarkers) {
         {"short backwards flick passes the lenient judge", liu, 0, liuFlickBack, Reason::NONE},
         {"strict: whole centre line passes", liu, 1, along(liu, 1), Reason::NONE, -1, -1, true},
         {"strict: short backwards flick", liu, 0, liuFlickBack, Reason::TOO_SHORT, -1, -1, true},
+        {"strict: just inside both circles, half the length", yi, 0, {start + P(190, 0), end - P(190, 0)},
+         Reason::TOO_SHORT, -1, -1, true, 200},
         {"strict: reversed, wide circles", liu, 0, along(liu, 0, 1, 0), Reason::BACKWARDS, -1, -1, true, 200},
         {"strict: released back at the start", liu, 0, liuBackToStart, Reason::BACKWARDS, -1, -1, true, 200},
         {"strict: jump leaves the curve uncovered", da, 1, jump, Reason::MISSED_PART, -1, -1, true, 100},
