@@ -4,8 +4,6 @@
 #include <ki/qt/GApp.h>
 #include <ki/qt/GSound.h>
 #include <ki/qt/GSoundEffect.h>
-#include <ki/qt/components/GButton.h>
-#include <ki/qt/components/GLabel.h>
 #include <ki/qt/components/GMenu.h>
 #include <ki/qt/components/GPanel.h>
 #include <ki/qt/components/otf/GDataScroller.h>
@@ -26,6 +24,7 @@
 #include "app/AppData.h"
 #include "app/Diagnostics.h"
 #include "app/ModelAppData.h"
+#include "app/controls/LessonControls.h"
 #include "app/morvel.h"
 #include "app/options/OptionsMenu.h"
 #include "app/practice/Rejection.h"
@@ -42,14 +41,7 @@ using ki::qt::lang::tt;
 
 namespace {
 
-constexpr const char* ICON_SOUND_ON = "^icons/sound_on.svg";
-constexpr const char* ICON_SOUND_OFF = "^icons/sound_off.svg";
-constexpr const char* ICON_STROKE = "^icons/stroke.svg";
-constexpr const char* ICON_STROKE_NOT = "^icons/stroke-not.svg";
-constexpr const char* ICON_HIDE = "^icons/hide.svg";
-constexpr const char* ICON_SHOW = "^icons/show.svg";
 constexpr const char* QUIET_CLIP = ":/wb/shared-res/sounds/quiet.wav";
-constexpr const char* WEB_ADDRESS = "https://qlo.de/quenlo";
 
 // The aids the learner sees now, as the practice history counts them.
 unsigned int history_aids(const CanvasHanzi& canvas) {
@@ -141,55 +133,18 @@ void Window::ini() {
     ki::pp("::build_anim $", anim.ok() ? std::string("ok") : anim.to_string());
     if (anim.ok()) canvas->set_anim(anim.take());
 
-    panTranslation = right->gen_panel(GLAYOUT::HORZ, QStringLiteral("translatation"));
-    panTranslation->set_margins(8, 2, 8, 2);
-    labelTranslation = panTranslation->gen_label({}, QStringLiteral("translation"));
-    labelTranslation->setAlignment(Qt::AlignCenter);
-    labelTranslation->setWordWrap(true);
-    labelTranslation->setTextInteractionFlags(Qt::TextSelectableByMouse);
-    panTranslation->add_widget(labelTranslation, 1);
-
-    ki::qt::GPanel* buttons = right->gen_panel(GLAYOUT::HORZ, QStringLiteral("buttons"));
-    buttons->set_margins(2, 0, 2, 0);
-    buttons->set_spacing(ki::os::is_small_device() ? 14 : 6);
-    buttonOptions = buttons->gen_button(QStringLiteral("^icons/wheel.svg"), {});
-    buttonFullScreen = buttons->gen_button(QStringLiteral("^icons/expand.svg"), {});
-    buttons->add_stretch();
-    buttonSound = buttons->gen_button(QString::fromLatin1(ICON_SOUND_ON), {});
-    buttonPrev = buttons->gen_button(QStringLiteral("^icons/ar_left.svg"), {});
-    buttonNext = buttons->gen_button(QStringLiteral("^icons/ar_right.svg"), {});
-    buttons->add_stretch();
-    buttonList = buttons->gen_button(QString::fromLatin1(ICON_HIDE), {});
-    buttonLearn = buttons->gen_button(QString::fromLatin1(ICON_STROKE), {});
-    // A fixed width (see update_fonts): a label that followed its text would move the buttons
-    // before it whenever the pinyin changes, and repeated clicks would miss.
-    labelDue = buttons->gen_label({}, QStringLiteral("due"));
-    labelDue->setVisible(false);
-    labelPinyin = buttons->gen_label({}, QStringLiteral("pinyin"));
-    labelPinyin->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
-
-    buttonOptions->liClick += [this]() { on_menu_options(OPTIONS_ALL); };
-    buttonFullScreen->liClick += [this]() { on_toggle_fullscreen(); };
-    buttonSound->liClick += [this]() { on_play_sound(); };
-    buttonPrev->liClick += [this]() { inc_sel_index(true); };
-    buttonNext->liClick += [this]() { inc_sel_index(false); };
-    buttonList->liClick += [this]() { on_toggle_list(); };
-    buttonLearn->liClick += [this]() {
-        control.set_mode_bits(MODE_LEARN, !control.is_mode_bit(MODE_LEARN));
-        save_settings_now();
-    };
-
-    panButtons2 = right->gen_panel(GLAYOUT::HORZ, QStringLiteral("buttons2"));
-    panButtons2->set_margins(8, 0, 8, 4);
-    panButtons2->add_spacing(8);
-    slider = new ki::qt::GenericSlider<unsigned int>(panButtons2, 0, 100);
-    slider->setObjectName(QStringLiteral("progressSlider"));
-    panButtons2->add_widget(slider, 1);
-    panButtons2->add_spacing(8);
-    labelProgress = panButtons2->gen_label(QStringLiteral("100 %"), QStringLiteral("progress"));
-    labelProgress->setMinimumWidth(labelProgress->fontMetrics().horizontalAdvance(QStringLiteral("100 %")));
-    labelProgress->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
-    slider->liValue += [this](const unsigned int& value) { control.set_from_slider(value); };
+    controls = std::make_unique<LessonControls>(
+        right, LessonControls::Actions{[this]() { on_menu_options(OPTIONS_ALL); },
+                                       [this]() { on_toggle_fullscreen(); },
+                                       [this]() { on_play_sound(); },
+                                       [this]() { inc_sel_index(true); },
+                                       [this]() { inc_sel_index(false); },
+                                       [this]() { on_toggle_list(); },
+                                       [this]() {
+                                           control.set_mode_bits(MODE_LEARN, !control.is_mode_bit(MODE_LEARN));
+                                           save_settings_now();
+                                       },
+                                       [this](unsigned int value) { control.set_from_slider(value); }});
 
     retranslate();
     update_fonts();
@@ -201,38 +156,16 @@ void Window::ini() {
 }
 
 void Window::retranslate() {
-    if (buttonOptions == nullptr) return;
-    buttonOptions->setToolTip(tt("Options", "Optionen", "Настройки"));
-    buttonFullScreen->setToolTip(tt("Toggle fullscreen", "Vollbild umschalten", "Полноэкранный режим"));
-    buttonSound->setToolTip(tt("Play Sound", "Ton abspielen", "Воспроизвести звук"));
-    buttonPrev->setToolTip(tt("Previous Hieroglyph", "Vorheriges Schriftzeichen", "Предыдущий иероглиф"));
-    buttonNext->setToolTip(tt("Next Hieroglyph", "Nächstes Schriftzeichen", "Следующий иероглиф"));
-    buttonList->setToolTip(tt("Show/Hide List", "Liste anzeigen/ausblenden", "Показать/скрыть список"));
-    buttonLearn->setToolTip(tt("Learn the correct strokes in the correct order",
-                               "Lerne die richtigen Striche in der richtigen Reihenfolge",
-                               "Учите правильные черты в правильном порядке"));
-    slider->setToolTip(tt("Drawing progress", "Zeichenfortschritt", "Ход рисования"));
+    if (controls == nullptr) return;
+    controls->retranslate();
     if (control.is_mode_bit(MODE_TRANSLATION) && model->get_selected_index() >= 0)
         update_translation(static_cast<int>(model->get_selected_index()));
 }
 
 void Window::update_fonts() {
-    // Set explicitly, so they no longer inherit: follow the window's size by hand.
-    QFont larger = font();
-    if (larger.pointSizeF() > 0) larger.setPointSizeF(larger.pointSizeF() * 1.3);
-    labelTranslation->setFont(larger);
-    labelPinyin->setFont(larger);
-    // Measuring every pinyin of a large level costs milliseconds at start-up; the widest is
-    // among the longest, so only those are measured.
     std::vector<QString> pinyins;
     for (unsigned int i = 0; i < data.size(); ++i) pinyins.push_back(data.appObject_at(i).chinChar.pinyin);
-    const size_t measured = std::min<size_t>(pinyins.size(), 12);
-    std::partial_sort(pinyins.begin(), pinyins.begin() + static_cast<std::ptrdiff_t>(measured), pinyins.end(),
-                      [](const QString& a, const QString& b) { return a.size() > b.size(); });
-    int widest = 0;
-    const QFontMetrics metrics(larger);
-    for (size_t i = 0; i < measured; ++i) widest = std::max(widest, metrics.horizontalAdvance(pinyins[i]));
-    labelPinyin->setFixedWidth(widest + metrics.averageCharWidth());
+    controls->fit_fonts(font(), std::move(pinyins));
     update_list_width();
 }
 
@@ -248,7 +181,7 @@ void Window::update_list_width() {
 
 void Window::changeEvent(QEvent* ev) {
     GMainWindow::changeEvent(ev);
-    if (ev->type() == QEvent::FontChange && labelTranslation != nullptr) update_fonts();
+    if (ev->type() == QEvent::FontChange && controls != nullptr) update_fonts();
 }
 
 void Window::post_ini() {
@@ -289,10 +222,7 @@ void Window::on_index(int index) {
     // have been moved by hand.
     show_progress(control.get_progress());
 
-    const bool recorded = sound_exists(entry.unicode);
-    buttonSound->setEnabled(recorded);
-    buttonSound->set_icon(QString::fromLatin1(recorded ? ICON_SOUND_ON : ICON_SOUND_OFF));
-    labelPinyin->setText(entry.chinChar.pinyin);
+    controls->show_character(entry.chinChar.pinyin, sound_exists(entry.unicode));
     if (control.is_mode_bit(MODE_TRANSLATION)) update_translation(index);
     if (!control.is_mode_bit(MODE_AUTO_PLAY)) return;
     if (deferAutoPlay)
@@ -358,7 +288,7 @@ bool Window::on_level(int number) {
 
 void Window::update_translation(int index) {
     const ChinChar& chin = data.appObject_at(static_cast<unsigned int>(index)).chinChar;
-    labelTranslation->setText(chin.meaning(ki::qt::lang::get_lang()));
+    controls->show_translation(chin.meaning(ki::qt::lang::get_lang()));
 }
 
 void Window::inc_sel_index(bool flagUp) {
@@ -382,9 +312,9 @@ void Window::inc_sel_index(bool flagUp) {
 }
 
 void Window::update_progress_view() {
-    labelDue->setVisible(options.reviewDue && recorder->is_open());
-    if (labelDue->isVisibleTo(this))
-        labelDue->setText(progress::ProgressPanel::due_count_text(recorder->due_count(data.code_points())));
+    const bool due = options.reviewDue && recorder->is_open();
+    controls->show_due(due, due ? progress::ProgressPanel::due_count_text(recorder->due_count(data.code_points()))
+                                : QString());
     scroller->update_model();
 }
 
@@ -442,10 +372,8 @@ void Window::on_play_sound() {
 void Window::on_mode_changed() {
     ki::pp("Window::on_mode_changed");
     const unsigned int flags = control.get_mode_flags_pending();
-    buttonLearn->set_icon(QString::fromLatin1((flags & MODE_LEARN) != 0 ? ICON_STROKE : ICON_STROKE_NOT));
-    panButtons2->setVisible((flags & MODE_SLIDER) != 0);
     const bool translation = (flags & MODE_TRANSLATION) != 0;
-    panTranslation->setVisible(translation);
+    controls->show_mode((flags & MODE_LEARN) != 0, (flags & MODE_SLIDER) != 0, translation);
     if (translation && model->get_selected_index() >= 0)
         update_translation(static_cast<int>(model->get_selected_index()));
     canvas->update();
@@ -461,8 +389,7 @@ void Window::on_lesson_changed(const LessonChange& change) {
 }
 
 void Window::show_progress(float progress) {
-    slider->set_value_no_notify(static_cast<unsigned int>(progress));
-    labelProgress->setText(ki::str::qprintF("$ %", static_cast<int>(progress)));
+    controls->show_progress(progress);
 }
 
 void Window::on_timer() {
@@ -517,7 +444,7 @@ void Window::on_again() {
 void Window::on_toggle_list() {
     const bool show = panList->isHidden();
     panList->setVisible(show);
-    buttonList->set_icon(QString::fromLatin1(show ? ICON_HIDE : ICON_SHOW));
+    controls->show_list_shown(show);
 }
 
 void Window::save_settings_now() {
@@ -566,7 +493,7 @@ void Window::apply_options(const LessonOptions& next) {
     control.set_mode_flags(next.modeFlags);
     control.set_rounds(next.practiceRounds ? 3 : 1);
     feedback.set_enabled(next.feedbackSounds);
-    if (labelDue != nullptr && next.reviewDue != before.reviewDue) update_progress_view();
+    if (controls != nullptr && next.reviewDue != before.reviewDue) update_progress_view();
     canvas->update();
 }
 
@@ -660,24 +587,7 @@ void Window::on_menu_options_bottom(ki::qt::GMenu* menu) {
 }
 
 void Window::on_help() {
-    QString text = ki::str::qprintF("Quenlo - v $ \n", get_morvel_version());
-    if (ki::os::is_android()) text += QStringLiteral("Android:") + ki::os::get_android_version() + u'\n';
-    text += u'\n';
-    text +=
-        tt("Have fun learning Chinese!", "Viel Spaß beim Chinesisch lernen!", "Удачи в изучении китайского!");
-    text += u'\n';
-    text += tt("Stroke by stroke, every day a little more.", "Strich für Strich, jeden Tag ein wenig mehr.",
-               "Черта за чертой, каждый день понемногу.");
-    text += QStringLiteral("\n\n");
-    text += tt("Ctrl+R: trace again · Shift+Right/Left: one stroke on/back while watching · Ctrl+P: progress",
-               "Strg+R: noch einmal · Umschalt+Rechts/Links: im Zuschauen einen Strich vor/zurück · "
-               "Strg+P: Fortschritt",
-               "Ctrl+R: ещё раз · Shift+Вправо/Влево: при просмотре на черту вперёд/назад · Ctrl+P: прогресс");
-    text += QStringLiteral("\n\n");
-    text += tt("On the Internet at", "Im Internet unter", "В интернете на");
-    text += u' ';
-    text += QString::fromLatin1(WEB_ADDRESS);
-    ki::qt::GMessageBox::show_info(this, tt("About", "Über", "О программе"), text);
+    ki::qt::GMessageBox::show_info(this, tt("About", "Über", "О программе"), about_text());
 }
 
 void Window::on_test1() {

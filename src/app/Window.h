@@ -4,7 +4,6 @@
 // parts do the work; the window connects them and keeps the learner's choices between runs.
 
 #include <ki/qt/GMainWindow.h>
-#include <ki/qt/components/GenericSlider.h>
 
 #include <QTimer>
 #include <memory>
@@ -15,8 +14,6 @@
 #include "app/stroke/ControlAnim.h"
 
 namespace ki::qt {
-class GButton;
-class GLabel;
 class GPanel;
 class GSound;
 class GSoundEffect;
@@ -36,6 +33,7 @@ namespace morvel::prog2 {
 
 class AppData;
 class Diagnostics;
+class LessonControls;
 class ModelAppData;
 
 class Window : public ki::qt::GMainWindow {
@@ -134,25 +132,12 @@ private:
     CanvasHanzi* canvas = nullptr;
     ModelAppData* model = nullptr;
     ki::qt::otf::GDataScroller* scroller = nullptr;
-    ki::qt::GenericSlider<unsigned int>* slider = nullptr;
-    ki::qt::GLabel* labelProgress = nullptr;
-    ki::qt::GLabel* labelPinyin = nullptr;
     ki::qt::GPanel* panList = nullptr;
-    ki::qt::GPanel* panTranslation = nullptr;
-    ki::qt::GLabel* labelTranslation = nullptr;
-    ki::qt::GPanel* panButtons2 = nullptr;
-    ki::qt::GButton* buttonOptions = nullptr;
-    ki::qt::GButton* buttonFullScreen = nullptr;
-    ki::qt::GButton* buttonSound = nullptr;
-    ki::qt::GButton* buttonPrev = nullptr;
-    ki::qt::GButton* buttonNext = nullptr;
-    ki::qt::GButton* buttonList = nullptr;
-    ki::qt::GButton* buttonLearn = nullptr;
+    std::unique_ptr<LessonControls> controls;
     ki::qt::GSound* sound = nullptr;
     ki::qt::GSoundEffect* quietEffect = nullptr;
     FeedbackSounds feedback;
     std::unique_ptr<progress::LessonRecorder> recorder;
-    ki::qt::GLabel* labelDue = nullptr;
     // The start-up selection's recording is played after the first frame (see post_ini).
     bool deferAutoPlay = false;
     bool autoPlayPending = false;

@@ -3,11 +3,13 @@
 #include <ki/qt/components/GMenu.h>
 #include <ki/qt/lang.h>
 #include <ki/str/xprintF.h>
+#include <ki/tools/os.h>
 
 #include <utility>
 #include <vector>
 
 #include "app/Level.h"
+#include "app/morvel.h"
 #include "app/practice/PracticeTexts.h"
 #include "app/stroke/ControlAnim.h"
 #include "app/worksheet/WorksheetDialog.h"
@@ -124,6 +126,27 @@ void fill_options_menu_top(GMenu* menu, const OptionsMenuHost& host) {
     menu->gen_action(WorksheetDialog::menu_text(), [host]() { host.worksheet(); });
     menu->gen_action(tt("Progress…", "Fortschritt…", "Прогресс…"), [host]() { host.progress(); });
     menu->gen_separator();
+}
+
+QString about_text() {
+    QString text = ki::str::qprintF("Quenlo - v $ \n", get_morvel_version());
+    if (ki::os::is_android()) text += QStringLiteral("Android:") + ki::os::get_android_version() + u'\n';
+    text += u'\n';
+    text +=
+        tt("Have fun learning Chinese!", "Viel Spaß beim Chinesisch lernen!", "Удачи в изучении китайского!");
+    text += u'\n';
+    text += tt("Stroke by stroke, every day a little more.", "Strich für Strich, jeden Tag ein wenig mehr.",
+               "Черта за чертой, каждый день понемногу.");
+    text += QStringLiteral("\n\n");
+    text += tt("Ctrl+R: trace again · Shift+Right/Left: one stroke on/back while watching · Ctrl+P: progress",
+               "Strg+R: noch einmal · Umschalt+Rechts/Links: im Zuschauen einen Strich vor/zurück · "
+               "Strg+P: Fortschritt",
+               "Ctrl+R: ещё раз · Shift+Вправо/Влево: при просмотре на черту вперёд/назад · Ctrl+P: прогресс");
+    text += QStringLiteral("\n\n");
+    text += tt("On the Internet at", "Im Internet unter", "В интернете на");
+    text += u' ';
+    text += QStringLiteral("https://qlo.de/quenlo");
+    return text;
 }
 
 }  // namespace morvel::prog2

@@ -3,6 +3,7 @@
 // translation items. Every item shows the current value of one field of the options record and
 // hands a changed record back; the window applies and saves it.
 
+#include <QString>
 #include <functional>
 
 #include "app/lesson/LessonOptions.h"
@@ -35,5 +36,8 @@ inline constexpr int R_CIRCLE_MENU_STEP = 20;
 
 /// Appends the items of the menu's top part, in their fixed order.
 void fill_options_menu_top(ki::qt::GMenu* menu, const OptionsMenuHost& host);
+
+/// The About box: version, a greeting, the practice hotkeys and where the program lives online.
+QString about_text();
 
 }  // namespace morvel::prog2
