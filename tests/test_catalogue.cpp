@@ -43,6 +43,29 @@ TEST(Catalogue, LevelLineParsing) {
         EXPECT_EQ(ChinChar::from_string(QString::fromUtf16(r.line)).to_string(), r.parsed) << r.name;
 }
 
+TEST(Catalogue, LevelFromTheCommandLine) {
+    const struct Row {
+        QStringList arguments;
+        int level;
+        const char* error;  // a part of the message, empty for none
+    } rows[] = {
+        {{"quenlo"}, 0, ""},
+        {{"quenlo", "--level", "4"}, 4, ""},
+        {{"quenlo", "--lang", "--level", "1"}, 1, ""},
+        {{"quenlo", "--level", "5"}, 0, "not '5'"},
+        {{"quenlo", "--level", "0"}, 0, "not '0'"},
+        {{"quenlo", "--level", "two"}, 0, "not 'two'"},
+        {{"quenlo", "--level"}, 0, "needs a level from 1 to 4"},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.arguments.join(' ').toStdString());
+        QString error;
+        EXPECT_EQ(Level::from_arguments(row.arguments, error), row.level);
+        EXPECT_EQ(error.isEmpty(), *row.error == '\0');
+        EXPECT_TRUE(error.contains(QString::fromLatin1(row.error))) << error.toStdString();
+    }
+}
+
 TEST_F(CatalogueTest, OrderingAndRejectionOfOddNames) {
     QTemporaryDir dir;
     for (const char* name : {"10.svg", "9.svg", "abc.svg", "20013.SVG", "3", "99999999999.svg", "b.txt"}) {

@@ -440,6 +440,15 @@ TEST_F(WindowTest, LevelsSwitchWithTheirOwnSelectionAndSurviveARestart) {
         EXPECT_EQ(w.get_selected_index(), 10);
         w.close();
     }
+    {
+        // As the program starts: the catalogue comes unloaded and only the stored level is read.
+        win.reset();
+        AppData unloaded(Level::shipped(1));
+        Window fresh(unloaded);
+        fresh.setup();
+        EXPECT_EQ(unloaded.get_level().number, 2);
+        EXPECT_EQ(fresh.get_selected_index(), 10);
+    }
     Window& again = open();
     EXPECT_EQ(model_of(again)->row_count(), 95) << "the level is restored";
     EXPECT_EQ(again.get_selected_index(), 10);

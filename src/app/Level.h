@@ -2,7 +2,7 @@
 // Where one level of characters lives in the resource tree: its stroke directory and its
 // level file. Only the level the learner picks is loaded; the others are only counted.
 
-#include <QString>
+#include <QStringList>
 
 namespace morvel::prog2 {
 
@@ -17,6 +17,9 @@ struct Level {
     /// Level `number` under the current resource prefix; number 0 for one outside 1 .. COUNT.
     static Level shipped(int number);
     bool is_valid() const { return number > 0; }
+    /// The level asked for with "--level N" in `arguments` (the program's name first), 0 when
+    /// none is. When N is no shipped level, `error` says so and the result is 0.
+    static int from_arguments(const QStringList& arguments, QString& error);
     /// Number of stroke files in the directory, counted without reading them.
     int size() const;
 

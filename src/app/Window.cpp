@@ -78,10 +78,19 @@ std::string Window::listener_key() const {
 void Window::setup() {
     setup_node<ki::qt::WindowClazz<"WinHanzi">>();
     GMainWindow::setup();
+    // A catalogue handed over unloaded is filled here with the level the learner left off in,
+    // so that start-up reads that level's files only.
+    if (data.empty() && !data.switch_to(Level::shipped(LessonOptions::stored_level(nWin)))) data.load();
     ini();
     restore_state();
     post_ini();
     if (ki::qt::gApp != nullptr) ki::qt::gApp->add_window(this);
+}
+
+void Window::start_in_level(int number) {
+    // Written where the set-up reads the stored level.
+    setup_node<ki::qt::WindowClazz<"WinHanzi">>();
+    nWin.set(QStringLiteral("level"), number);
 }
 
 long long Window::get_selected_index() const {

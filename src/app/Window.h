@@ -46,7 +46,8 @@ public:
     static constexpr int NEXT_CHARACTER_DELAY_MS = 1500;
     static constexpr int NEXT_ROUND_DELAY_MS = 1000;
 
-    /// `data` must outlive the window.
+    /// `data` must outlive the window. Handed over unloaded, it is loaded by `setup` with the
+    /// stored level.
     explicit Window(AppData& data);
     ~Window() override;
 
@@ -54,6 +55,9 @@ public:
     /// restores its state, finishes with post_ini and registers with the application. The
     /// caller shows the window.
     void setup() override;
+    /// Before `setup`: start in level `number` (1 .. Level::COUNT), kept like a choice made in
+    /// the Level menu.
+    void start_in_level(int number);
     void ini() override;
     void post_ini() override;
     void save_state() override;

@@ -1,9 +1,11 @@
 // The program's entry: brings the program up in a fixed order and tears it down in reverse.
+#include <ki/log/GLog.h>
 #include <ki/qt/GApp.h>
 #include <ki/qt/guitools/GGui.h>
 #include <ki/qt/themes.h>
 #include <ki/tools/os.h>
 
+#include <QTextStream>
 #include <QTimer>
 #include <memory>
 
@@ -39,9 +41,17 @@ int qMain(int argc, char** argv) {
     if (morvel::WorksheetCli::is_requested(QCoreApplication::arguments()))
         return morvel::WorksheetCli::main(QCoreApplication::arguments());
 
+    // Loaded by the window's set-up, with the level stored there.
     auto data = std::make_unique<morvel::prog2::AppData>(morvel::prog2::Level::shipped(1));
-    data->load();
     auto win = std::make_unique<morvel::prog2::Window>(*data);
+    QString levelError;
+    if (const int level = morvel::prog2::Level::from_arguments(QCoreApplication::arguments(), levelError);
+        level > 0)
+        win->start_in_level(level);
+    if (!levelError.isEmpty()) {
+        QTextStream(stderr) << "quenlo: " << levelError << '\n';
+        ki::pp_warn("main, $", levelError);
+    }
     win->resize(1024, 750);
     win->setup();
     morvel::prog2::Window* window = win.get();

@@ -8,6 +8,8 @@
 #include <limits>
 #include <variant>
 
+#include "app/Level.h"
+
 namespace morvel::prog2 {
 
 namespace {
@@ -41,7 +43,7 @@ const Row ROWS[] = {
     {"flagShowUnicode", &LessonOptions::showUnicode},
     {"flagScrollbarVisible", &LessonOptions::scrollbarVisible},
     {"valTest", &LessonOptions::valTest, Fix::CLAMP, 0, std::numeric_limits<uint32_t>::max()},
-    {"level", &LessonOptions::level, Fix::DEFAULT, 1, 4},
+    {"level", &LessonOptions::level, Fix::DEFAULT, 1, Level::COUNT},
     // The window clamps the selections to its catalogue.
     {"selectedIndex", &LessonOptions::selectedIndex},
     {"selectedIndex2", &LessonOptions::selectedIndex2},
@@ -115,6 +117,12 @@ LessonOptions LessonOptions::load(const ki::store::GNode& node) {
     options.incSpeedStored =
         node.attributes.value(QStringLiteral("incSpeed")).metaType() == QMetaType::fromType<int>();
     return options;
+}
+
+int LessonOptions::stored_level(const ki::store::GNode& node) {
+    const QVariant stored = node.attributes.value(QStringLiteral("level"));
+    const int level = stored.metaType() == QMetaType::fromType<int>() ? stored.toInt() : DEFAULTS.level;
+    return level >= 1 && level <= Level::COUNT ? level : DEFAULTS.level;
 }
 
 void LessonOptions::save(ki::store::GNode& node) const {

@@ -62,6 +62,8 @@ struct LessonOptions {
     /// Absent keys give the defaults above; a value of the wrong type or out of range is
     /// logged and replaced (clamped where a nearby value makes sense, else the default).
     static LessonOptions load(const ki::store::GNode& node);
+    /// Only the stored level, 1 when it is absent or unusable; silent, as `load` reports it.
+    static int stored_level(const ki::store::GNode& node);
     void save(ki::store::GNode& node) const;
 };
 
