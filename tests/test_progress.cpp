@@ -14,6 +14,7 @@
 #include <QSqlDatabase>
 #include <QSqlError>
 #include <QSqlQuery>
+#include <QStandardItemModel>
 #include <QTableView>
 #include <QTemporaryDir>
 #include <QTest>
@@ -311,6 +312,18 @@ TEST_F(ProgressTest, PanelClicksSelectTheCharacterShown) {
     QTest::mouseClick(missed->viewport(), Qt::LeftButton, {},
                       missed->visualItemRect(missed->item(0)).center());
     EXPECT_EQ(selected, (std::vector<int>{CP2, CP}));
+
+    // The window hands over its theme's palette after building the panel: the table is read again,
+    // in the order the learner sorted it, with marks in the new colours.
+    const QPalette dark = ki::qt::themes::get_palette(ki::qt::themes::THEME_DARK);
+    panel.setPalette(dark);
+    const auto* rows = static_cast<const QStandardItemModel*>(table->model());
+    const QImage mark = rows->item(0, ProgressPanel::COL_STATE)->icon().pixmap(16, 16).toImage();
+    bool inked = false;
+    for (int y = 0; y < mark.height(); ++y)
+        for (int x = 0; x < mark.width(); ++x)
+            inked |= mark.pixelColor(x, y).rgb() == dark.color(QPalette::Text).rgb();
+    EXPECT_TRUE(inked) << "the most missed row keeps its place and its mark takes the dark text colour";
 }
 
 TEST(ProgressMarkTest, StatesDrawnLegiblyInEveryTheme) {

@@ -3,6 +3,7 @@
 #include <ki/qt/lang.h>
 
 #include <QDate>
+#include <QLocale>
 #include <QPainter>
 #include <QPainterPath>
 #include <algorithm>
@@ -99,8 +100,12 @@ void ProgressChart::paintEvent(QPaintEvent*) {
     painter.drawPath(cleanShare);
 
     painter.setPen(text);
-    const auto dayLabel = [](qint64 julian) {
-        return QDate::fromJulianDay(julian).toString(QStringLiteral("d.M."));
+    // Day and month name in the interface language, as the table's dates are: "27 Oct", "27. Okt.".
+    const QLocale locale(ki::qt::lang::get_lang());
+    const QString format =
+        locale.language() == QLocale::German ? QStringLiteral("d. MMM") : QStringLiteral("d MMM");
+    const auto dayLabel = [&locale, &format](qint64 julian) {
+        return locale.toString(QDate::fromJulianDay(julian), format);
     };
     painter.drawText(QRectF(plot.left(), plot.bottom() + 2, plot.width(), lineHeight), Qt::AlignLeft,
                      dayLabel(days.front().day));

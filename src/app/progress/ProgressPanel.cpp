@@ -5,6 +5,7 @@
 #include <QDate>
 #include <QDateTime>
 #include <QDir>
+#include <QEvent>
 #include <QFileDialog>
 #include <QHBoxLayout>
 #include <QHeaderView>
@@ -74,6 +75,8 @@ ProgressPanel::ProgressPanel(ProgressStore& progressStore, std::vector<ChinChar>
     tableView = new QTableView(this);
     tableView->setModel(model);
     tableView->setSortingEnabled(true);
+    // Level order, and the header says so (Qt's default indicator is descending).
+    tableView->sortByColumn(COL_CHARACTER, Qt::AscendingOrder);
     tableView->setSelectionBehavior(QAbstractItemView::SelectRows);
     tableView->setSelectionMode(QAbstractItemView::SingleSelection);
     tableView->verticalHeader()->hide();
@@ -124,6 +127,11 @@ ProgressPanel::ProgressPanel(ProgressStore& progressStore, std::vector<ChinChar>
     refresh();
 }
 
+void ProgressPanel::changeEvent(QEvent* event) {
+    QDialog::changeEvent(event);
+    if (event->type() == QEvent::PaletteChange) refresh();
+}
+
 void ProgressPanel::refresh() {
     const qint64 today = store.today();
     const QPalette pal = palette();
@@ -170,6 +178,10 @@ void ProgressPanel::refresh() {
         if (s.misses > 0) missed.push_back(s);
         ++row;
     }
+    // The rows came back in level order: sort them as the header shows.
+    const QHeaderView* header = tableView->horizontalHeader();
+    if (header->sortIndicatorSection() >= 0)
+        model->sort(header->sortIndicatorSection(), header->sortIndicatorOrder());
     tableView->resizeColumnsToContents();
 
     std::stable_sort(missed.begin(), missed.end(),

@@ -55,6 +55,10 @@ public:
     QListWidget* missed_list() const { return missedList; }
     ProgressChart* chart() const { return chartView; }
 
+protected:
+    /// A new palette (the theme changed, or the window handed over its own) redraws the marks.
+    void changeEvent(QEvent* event) override;
+
 private:
     void on_export();
     void on_reset();
