@@ -17,5 +17,5 @@ export ASAN_OPTIONS=detect_leaks=1
 export LSAN_OPTIONS="suppressions=$PWD/scripts/lsan.supp:print_suppressions=0"
 export UBSAN_OPTIONS=halt_on_error=1:print_stacktrace=1
 scripts/setup.sh build-asan -DQUENLO_SANITIZE=ON
-cmake --build build-asan --target quenlo_tests
+cmake --build build-asan --target quenlo_tests quenlo
 ctest --test-dir build-asan --output-on-failure -j"$(nproc)"
