@@ -333,8 +333,6 @@ void Window::on_progress() {
     for (unsigned int i = 0; i < data.size(); ++i) chars.push_back(data.appObject_at(i).chinChar);
     auto* panel = new progress::ProgressPanel(*recorder->store(), std::move(chars), this);
     panel->setAttribute(Qt::WA_DeleteOnClose);
-    // A window of its own does not inherit the theme's palette from its parent.
-    panel->setPalette(palette());
     panel->liSelect += [this](const int& code) {
         const std::vector<int> codes = data.code_points();
         const auto it = std::find(codes.begin(), codes.end(), code);

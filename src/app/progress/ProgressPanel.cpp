@@ -58,6 +58,9 @@ QPixmap mark_pixmap(Mastery mastery, bool due, const QPalette& palette, qreal ra
 
 ProgressPanel::ProgressPanel(ProgressStore& progressStore, std::vector<ChinChar> levelChars, QWidget* parent)
     : QDialog(parent), store(progressStore), chars(std::move(levelChars)) {
+    // A window of its own does not inherit the theme's palette from its parent: taken here, so
+    // that the table is read once with the right colours.
+    if (parent != nullptr) setPalette(parent->palette());
     setWindowTitle(tt(QStringLiteral("Progress"), QStringLiteral("Fortschritt"), QStringLiteral("Прогресс")));
 
     model = new QStandardItemModel(0, COL_COUNT, this);
@@ -129,7 +132,8 @@ ProgressPanel::ProgressPanel(ProgressStore& progressStore, std::vector<ChinChar>
 
 void ProgressPanel::changeEvent(QEvent* event) {
     QDialog::changeEvent(event);
-    if (event->type() == QEvent::PaletteChange) refresh();
+    // The constructor's own hand-over comes before the table exists; its first read follows.
+    if (event->type() == QEvent::PaletteChange && model != nullptr) refresh();
 }
 
 void ProgressPanel::refresh() {
