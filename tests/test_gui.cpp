@@ -251,6 +251,7 @@ TEST_F(GuiTest, WindowStateAndLogPanelSurviveIntoTheNextLifetime) {
     const QString store = GSettings::instance().fileName();
     ASSERT_TRUE(store.startsWith(qEnvironmentVariable("XDG_CONFIG_HOME"))) << store.toStdString();
     GSettings::instance().remove("Window/TestState_0");
+    ki::log::set_log_level(ki::log::LOG_INFO);  // the panel is read below; the suite runs at warnings
     struct LogWindow : TestWindow<"TestState"> {
         void ini() override { content = gen_log_panel(gen_main_panel(GLAYOUT::VERT)); }
         GPanel* content = nullptr;

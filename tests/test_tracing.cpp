@@ -7,6 +7,7 @@
 #include <QImage>
 #include <QMouseEvent>
 #include <QPainter>
+#include <QPointer>
 #include <QTabletEvent>
 #include <QTest>
 
@@ -34,16 +35,24 @@ struct Fit {
 };
 
 // A finger on a touch screen, delivered through Qt's own touch handling, and a pen; made once
-// the application runs.
+// the application runs and owned by it. As function statics they were destroyed among the exit
+// handlers, sometimes after Qt's device registry, and crashed there.
 QPointingDevice* touch_screen() {
-    static QPointingDevice* const device = QTest::createTouchDevice();
+    static QPointer<QPointingDevice> device;
+    if (!device) {
+        device = QTest::createTouchDevice();
+        device->setParent(qApp);
+    }
     return device;
 }
 
 const QPointingDevice* pen() {
-    static const QPointingDevice device("pen", 7001, QInputDevice::DeviceType::Stylus,
-                                        QPointingDevice::PointerType::Pen, QInputDevice::Capability::Position, 1, 2);
-    return &device;
+    static QPointer<QPointingDevice> device;
+    if (!device)
+        device = new QPointingDevice("pen", 7001, QInputDevice::DeviceType::Stylus, QPointingDevice::PointerType::Pen,
+                                     QInputDevice::Capability::Position, 1, 2, QString(), QPointingDeviceUniqueId(),
+                                     qApp);
+    return device;
 }
 
 enum class Input { MOUSE, PEN, FINGER, MOUSE_FROM_TOUCH, MOUSE_FROM_PEN };
