@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "LoggedTest.h"
+#include "app/cli/Headless.h"
 
 using ArgvTest = LoggedTest;
 
@@ -83,4 +84,31 @@ TEST_F(ArgvTest, MissingKeyAndExample) {
     args.show_example("quenlo");
     EXPECT_TRUE(capture->contains("missing --b"));
     EXPECT_TRUE(capture->contains("--help"));
+}
+
+// A typo in a headless option must not open the window silently instead.
+TEST(HeadlessCommand, LookAlikeOptionsAreRefusedOthersPass) {
+    using C = morvel::Headless::Command;
+    const struct {
+        const char* name;
+        const char* line;
+        C command;
+    } rows[] = {
+        {"no options open the window", "", C::NONE},
+        {"the window's own options", "--level 3 -__log_level debug --__bounds 0,0,800,600", C::NONE},
+        {"Qt's options", "--platform offscreen --style fusion --reverse", C::NONE},
+        {"a worksheet", "--worksheet 中 --out x.pdf --grid mi --paper a4 --rows 2", C::WORKSHEET},
+        {"an export", "--export-progress x.csv", C::EXPORT_PROGRESS},
+        {"a plural", "--worksheets 中", C::UNKNOWN_OPTION},
+        {"a longer name", "--worksheet 中 --output x.pdf", C::UNKNOWN_OPTION},
+        {"an underscore", "--export_progress x.csv", C::UNKNOWN_OPTION},
+        {"a shortened name", "--expo x.csv", C::UNKNOWN_OPTION},
+        {"one letter off", "--worksheet 中 --out x.pdf --rowz 2", C::UNKNOWN_OPTION},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.name);
+        QStringList arguments{QStringLiteral("quenlo")};
+        arguments << QString::fromUtf8(row.line).split(' ', Qt::SkipEmptyParts);
+        EXPECT_EQ(morvel::Headless::command_of(arguments), row.command);
+    }
 }

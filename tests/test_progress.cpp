@@ -21,6 +21,8 @@
 #include <csignal>
 
 #include "LoggedTest.h"
+#include "app/progress/LessonRecorder.h"
+#include "app/progress/ProgressCsv.h"
 #include "app/progress/ProgressMark.h"
 #include "app/progress/ProgressPanel.h"
 #include "app/progress/ProgressSchema.h"
@@ -251,46 +253,166 @@ TEST_F(ProgressTest, FaultsLeaveANoticeAndPracticeGoesOn) {
     }
 }
 
-TEST_F(ProgressTest, CsvExportRoundTrip) {
-    // Where the program itself looks for the file when XDG_DATA_HOME is `dir`.
-    ASSERT_EQ(store.open(dir.filePath("qlo.de/quenlo")), ProgressStore::Status::WRITABLE);
-    std::vector<TraceRecord> traces;
-    for (const char* key : {reason::WRONG_STROKE, reason::BACKWARDS, reason::START, reason::STRAYED,
-                            reason::END, reason::TOO_SHORT, reason::MISSED_PART, ""})
-        traces.push_back(TraceRecord{BASE_MS + 1000 * qint64(traces.size()), 2, CP2, int(traces.size()),
-                                     *key == '\0', QString::fromLatin1(key), 60, AID_OUTLINE | AID_GRID,
-                                     traces.size() == 3});
-    for (const TraceRecord& t : traces) ASSERT_TRUE(store.record_trace(t));
-    const QString csv = dir.filePath("out.csv");
-    ASSERT_EQ(store.export_csv(csv), QString());
-    const QStringList lines = QString::fromUtf8(read_file(csv)).split('\n', Qt::SkipEmptyParts);
-    ASSERT_EQ(lines.size(), int(traces.size()) + 1);
-    EXPECT_EQ(lines[0], ProgressStore::csv_header());
-    for (size_t i = 0; i < traces.size(); ++i) {
-        const QStringList f = lines[int(i) + 1].split(',');
-        const TraceRecord& t = traces[i];
-        EXPECT_EQ(QDateTime::fromString(f.value(0), Qt::ISODateWithMs).toMSecsSinceEpoch(), t.timeMs);
-        EXPECT_EQ(f.mid(1), (QStringList{"2", QString::number(CP2), QString(QChar(CP2)),
-                                         QString::number(t.strokeIndex), t.accepted ? "1" : "0", t.reason,
-                                         "60", QString::number(t.aids), t.hintShown ? "1" : "0"}));
-    }
-    EXPECT_FALSE(store.export_csv(csv + "/below-a-file.csv").isEmpty());
+namespace {
 
-    const QString program = QCoreApplication::applicationDirPath() + "/quenlo";
-    if (!QFile::exists(program)) GTEST_SKIP() << "the command line needs the quenlo target built";
-    for (const auto& [target, exitCode] :
-         {std::pair{dir.filePath("cli.csv"), 0}, {csv + "/below-a-file.csv", 1}}) {
-        QProcess cli;
-        QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
-        env.insert("XDG_DATA_HOME", dir.path());
-        env.insert("XDG_CONFIG_HOME", dir.filePath("config"));
-        env.remove("DISPLAY");
-        cli.setProcessEnvironment(env);
-        cli.start(program, {"--export-progress", target});
-        ASSERT_TRUE(cli.waitForFinished(30'000));
-        EXPECT_EQ(cli.exitCode(), exitCode) << target.toStdString();
-        EXPECT_EQ(read_file(target), exitCode == 0 ? read_file(csv) : QByteArray())
-            << "same as the panel's export";
+/// The rows of a CSV text, its quoted fields unquoted.
+std::vector<QStringList> parse_csv(const QString& text) {
+    std::vector<QStringList> rows;
+    QStringList row;
+    QString field;
+    bool quoted = false;
+    for (qsizetype i = 0; i < text.size(); ++i) {
+        const QChar c = text[i];
+        if (quoted && c == '"' && i + 1 < text.size() && text[i + 1] == '"') {
+            field += c;
+            ++i;
+        } else if (c == '"') {
+            quoted = !quoted;
+        } else if (!quoted && c == ',') {
+            row << std::exchange(field, QString());
+        } else if (!quoted && c == '\n') {
+            row << std::exchange(field, QString());
+            rows.push_back(std::exchange(row, QStringList()));
+        } else {
+            field += c;
+        }
+    }
+    return rows;
+}
+
+}  // namespace
+
+TEST_F(ProgressTest, CsvExportHoldsTracesAndCompletionsWithTextQuoted) {
+    ASSERT_EQ(store.open(dir.path()), ProgressStore::Status::WRITABLE);
+    const struct {
+        const char* name;
+        QString reason;
+    } texts[] = {
+        {"a known reason", QString::fromLatin1(reason::STRAYED)},
+        {"a comma", "left, then right"},
+        {"double quotes", "said \"no\""},
+        {"a line break", "two\nlines"},
+        {"a carriage return", "two\r\nlines"},
+        {"empty", ""},
+    };
+    std::vector<QStringList> expected;
+    qint64 at = BASE_MS;
+    for (const auto& text : texts) {
+        const TraceRecord t{at += 1000, 2, CP2, 1, text.reason.isEmpty(), text.reason, 60, AID_OUTLINE | AID_GRID,
+                            true};
+        ASSERT_TRUE(store.record_trace(t));
+        expected.push_back({"trace", QDateTime::fromMSecsSinceEpoch(t.timeMs, Qt::UTC).toString(Qt::ISODateWithMs),
+                            "2", QString::number(CP2), QString(QChar(CP2)), "1", t.accepted ? "1" : "0", t.reason,
+                            "60", QString::number(t.aids), "1", "", "", ""});
+        const CompletionRecord c{at += 1000, 2, CP2, 12.25, 3, 2};
+        ASSERT_TRUE(store.record_completion(c));
+        expected.push_back({"completion",
+                            QDateTime::fromMSecsSinceEpoch(c.timeMs, Qt::UTC).toString(Qt::ISODateWithMs), "2",
+                            QString::number(CP2), QString(QChar(CP2)), "", "", "", "", "", "", "12.25", "3", "2"});
+    }
+    const QString csv = dir.filePath("out.csv");
+    ASSERT_EQ(ProgressCsv::write(store.file_path(), csv), QString());
+    const std::vector<QStringList> rows = parse_csv(QString::fromUtf8(read_file(csv)));
+    ASSERT_EQ(rows.size(), expected.size() + 1);
+    EXPECT_EQ(rows[0], ProgressCsv::header().split(','));
+    for (size_t i = 0; i < expected.size(); ++i) {
+        SCOPED_TRACE(texts[i / 2].name);
+        EXPECT_EQ(rows[i + 1], expected[i]);
+    }
+}
+
+TEST_F(ProgressTest, CsvExportOfAnUnreadableHistoryFailsWithItsReason) {
+    {
+        ProgressStore filler;
+        filler.open(dir.filePath("filled"));
+        std::vector<Session> many;
+        for (int day = 0; day < 100; ++day) many.push_back({day, MISS});
+        practise(filler, many);
+    }
+    const QByteArray filled = read_file(dir.filePath("filled/") + ProgressStore::FILE_NAME);
+    const auto layout = [&](int version) {
+        const QString path = dir.filePath("layout");
+        {
+            QSqlDatabase db = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), QStringLiteral("layout"));
+            db.setDatabaseName(path);
+            db.open();
+            QSqlQuery(QStringLiteral("PRAGMA user_version = %1").arg(version), db);
+        }
+        QSqlDatabase::removeDatabase(QStringLiteral("layout"));
+        const QByteArray content = read_file(path);
+        QFile::remove(path);
+        return content;
+    };
+    const struct {
+        const char* name;
+        QByteArray history;  ///< empty: no file at all
+        const char* reason;  ///< in the message; nullptr when the export succeeds
+    } rows[] = {
+        {"random bytes", QByteArray("\x13\x37 not sqlite ").repeated(400), "not a database"},
+        {"a truncated file", filled.left(filled.size() / 2), "malformed"},
+        {"an unknown layout", layout(-3), "(-3)"},
+        {"no history yet gives the header alone", {}, nullptr},
+        {"an empty file gives the header alone", layout(0), nullptr},
+    };
+    const QString history = file();
+    const QString csv = dir.filePath("out.csv");
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.name);
+        QFile::remove(history);
+        QFile::remove(csv);
+        if (!row.history.isNull()) write_file(history, row.history);
+        const QString error = ProgressCsv::write(history, csv);
+        if (row.reason == nullptr) {
+            EXPECT_EQ(error, QString());
+            EXPECT_EQ(read_file(csv), ProgressCsv::header().toUtf8() + '\n');
+            continue;
+        }
+        EXPECT_TRUE(error.contains(history) && error.contains(row.reason)) << error.toStdString();
+        EXPECT_FALSE(QFile::exists(csv)) << "nothing written";
+        EXPECT_EQ(read_file(history), row.history) << "the history is never changed";
+    }
+}
+
+// Each round counts its own misses and hints: a fault that carried round 1's misses into round 2
+// made every later round look unclean.
+TEST_F(ProgressTest, RecorderStartsEachRoundAndCharacterAfresh) {
+    enum Step { MISS_ONE, ACCEPT, HINT, DONE, NEXT_CHARACTER };
+    const struct {
+        const char* name;
+        std::vector<Step> steps;
+        std::vector<std::pair<int, bool>> completions;  ///< misses and clean, per completion
+    } rows[] = {
+        {"a clean round", {ACCEPT, DONE}, {{0, true}}},
+        {"a miss spoils its own round only", {MISS_ONE, ACCEPT, DONE, ACCEPT, DONE}, {{1, false}, {0, true}}},
+        {"misses of round 2 are its own", {MISS_ONE, DONE, MISS_ONE, MISS_ONE, DONE}, {{1, false}, {2, false}}},
+        {"a hint spoils its own round only", {HINT, ACCEPT, DONE, ACCEPT, DONE}, {{0, false}, {0, true}}},
+        {"a new character starts without misses", {MISS_ONE, NEXT_CHARACTER, ACCEPT, DONE}, {{0, true}}},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.name);
+        QTemporaryDir folder;
+        LessonRecorder recorder;
+        recorder.open(folder.path());
+        recorder.character_started(1, CP);
+        int round = 1;
+        for (const Step step : row.steps) {
+            if (step == MISS_ONE) recorder.trace(0, false, reason::STRAYED, 80, 0);
+            if (step == ACCEPT) recorder.trace(0, true, {}, 80, 0);
+            if (step == HINT) recorder.hint_shown();
+            if (step == DONE) recorder.completed(round++);
+            if (step == NEXT_CHARACTER) recorder.character_started(1, CP);
+        }
+        recorder.store()->close();
+        std::vector<std::pair<int, bool>> written;
+        {
+            QSqlDatabase db = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), QStringLiteral("rounds"));
+            db.setDatabaseName(QDir(folder.path()).filePath(ProgressStore::FILE_NAME));
+            db.open();
+            QSqlQuery query(QStringLiteral("SELECT misses, clean FROM completions ORDER BY id"), db);
+            while (query.next()) written.emplace_back(query.value(0).toInt(), query.value(1).toBool());
+        }
+        QSqlDatabase::removeDatabase(QStringLiteral("rounds"));
+        EXPECT_EQ(written, row.completions);
     }
 }
 

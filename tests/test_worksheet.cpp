@@ -1,18 +1,28 @@
 // Printed worksheets: the pages rendered back with poppler's pdftoppm and read as pixels, the
-// guide grid painted into an image, and the command line's answers.
+// guide grid painted into an image, and the command line's answers, in-process and from the
+// program itself.
 #include <gtest/gtest.h>
 #include <ki/qt/GPC.h>
+#include <sys/resource.h>
 
+#include <QCoreApplication>
 #include <QDir>
 #include <QFile>
+#include <QAbstractButton>
 #include <QImage>
+#include <QMessageBox>
 #include <QPainter>
 #include <QProcess>
+#include <QStandardPaths>
 #include <QTemporaryDir>
+#include <QUrl>
+#include <csignal>
 
+#include "LoggedTest.h"
 #include "app/worksheet/GuideGrid.h"
 #include "app/worksheet/Worksheet.h"
 #include "app/worksheet/WorksheetCli.h"
+#include "app/worksheet/WorksheetDialog.h"
 
 using namespace morvel;
 
@@ -148,7 +158,12 @@ TEST(WorksheetCli, ExitCodesAndMessages) {
     QTemporaryDir dir;
     const QString out = dir.filePath(QStringLiteral("out.pdf"));
     // Arguments after --worksheet, split at blanks; @out is the output file, @dir its folder.
-    const auto fill = [&](QString text) { return text.replace("@out", out).replace("@dir", dir.path()); };
+    QDir(dir.path()).mkdir(QStringLiteral("folder.pdf"));
+    QString many;  // private-use characters: none has a stroke file
+    for (char32_t c = 0xE000; c < 0xE000 + 1000; ++c) many += QString::fromUcs4(&c, 1);
+    const auto fill = [&](QString text) {
+        return text.replace("@out", out).replace("@dir", dir.path()).replace("@many", many);
+    };
     using enum WorksheetCli::EXIT_CODE;
     const struct {
         const char* name;
@@ -162,7 +177,7 @@ TEST(WorksheetCli, ExitCodesAndMessages) {
         {"no stroke file: listed, the rest written", "中x大 --out @out", EXIT_CHARS_MISSING, "'x'", true},
         {"only unknown characters write nothing", "xy --out @out", EXIT_CHARS_MISSING, "'y'", false},
         {"unwritable path", "中 --out @dir/no/such/a.pdf", EXIT_WRITE_FAILED, "@dir/no/such/a.pdf", false},
-        {"folder as output", "中 --out @dir", EXIT_WRITE_FAILED, "@dir", false},
+        {"folder as output", "中 --out @dir/folder.pdf", EXIT_WRITE_FAILED, "it is a folder", false},
         {"no output named", "中", EXIT_BAD_ARGUMENTS, "--out", false},
         {"no characters named", "--out @out", EXIT_BAD_ARGUMENTS, "level:N", false},
         {"unknown grid", "中 --out @out --grid hex", EXIT_BAD_ARGUMENTS, "'hex'", false},
@@ -170,6 +185,11 @@ TEST(WorksheetCli, ExitCodesAndMessages) {
         {"rows below range", "中 --out @out --rows 0", EXIT_BAD_ARGUMENTS, "'0'", false},
         {"rows not a number", "中 --out @out --rows many", EXIT_BAD_ARGUMENTS, "'many'", false},
         {"level that does not exist", "level:99 --out @out", EXIT_BAD_ARGUMENTS, "'99'", false},
+        {"a name without .pdf is refused", "中 --out @dir/sheet.txt", EXIT_BAD_ARGUMENTS, "'@dir/sheet.txt'", false},
+        {"control characters are shown escaped", "中 --out @out --grid \x1b[2Jhex\x07", EXIT_BAD_ARGUMENTS,
+         "'\\x1b[2Jhex\\x07'", false},
+        {"a long list of unknown characters is cut", "@many --out @out", EXIT_CHARS_MISSING, "… and 980 more",
+         false},
     };
     for (const auto& row : rows) {
         SCOPED_TRACE(row.name);
@@ -181,5 +201,112 @@ TEST(WorksheetCli, ExitCodesAndMessages) {
         EXPECT_EQ(result.exitCode, row.exitCode) << result.message.toStdString();
         EXPECT_TRUE(result.message.contains(fill(row.mentioned))) << result.message.toStdString();
         EXPECT_EQ(QFile::exists(out), row.written);
+        EXPECT_EQ(QDir(dir.path()).entryList(QDir::Files | QDir::Hidden).size(), row.written ? 1 : 0)
+            << "no other file, no temporary one left";
+        EXPECT_LT(result.message.size(), 1000);
+        for (const QChar c : result.message)
+            EXPECT_TRUE(c == '\n' || c.category() != QChar::Other_Control) << "raw control character";
     }
+}
+
+// The program as a user runs it, without a display: a headless command prints its result once
+// (errors on standard error) and nothing else; a full disk, played by a file size limit on the
+// child process, is an error that keeps the file that was there.
+TEST(WorksheetCli, ProgramPrintsOneLineAndKeepsTheOldFileOnAFullDisk) {
+    const QString program = QCoreApplication::applicationDirPath() + QStringLiteral("/quenlo");
+    if (!QFile::exists(program)) GTEST_SKIP() << "the command line needs the quenlo target built";
+    const QByteArray old("the file from before\n");
+    const struct {
+        const char* name;
+        const char* arguments;  ///< split at blanks; @dir is the working folder
+        qint64 sizeLimit;       ///< bytes a file may grow to; -1 no limit
+        QByteArray history;     ///< the practice history file; empty for none
+        int exitCode;
+        int lines;              ///< on the one stream written to; -1: more than one, with the log
+        const char* mentioned;
+    } rows[] = {
+        {"a worksheet", "--worksheet 中 --out @dir/a.pdf", -1, {}, 0, 1, "a.pdf"},
+        {"skipped characters", "--worksheet 中x --out @dir/a.pdf", -1, {}, 3, 1, "'x'"},
+        {"the log only when asked", "--worksheet 中 --out @dir/a.pdf -__log_level debug", -1, {}, 0, -1, "a.pdf"},
+        {"a look-alike option", "--worksheets 中", -1, {}, 2, 3, "unknown option '--worksheets'"},
+        {"an export", "--export-progress @dir/a.csv", -1, {}, 0, 1, "a.csv"},
+        {"an export of an unreadable history", "--export-progress @dir/a.csv", -1, QByteArray(2000, 'x'), 1, 1,
+         "not a database"},
+        {"a full disk while writing a worksheet", "--worksheet level:1 --out @dir/old.pdf", 40'000, {}, 1, 1,
+         "old.pdf"},
+        {"a full disk at the last flush of an export", "--export-progress @dir/old.csv", 60, {}, 1, 1, "old.csv"},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.name);
+        QTemporaryDir dir;
+        write_file(dir.filePath("old.pdf"), old);
+        write_file(dir.filePath("old.csv"), old);
+        if (!row.history.isEmpty()) {
+            QDir().mkpath(dir.filePath("data/qlo.de/quenlo"));
+            write_file(dir.filePath("data/qlo.de/quenlo/progress.sqlite"), row.history);
+        }
+        QProcess cli;
+        QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
+        env.insert("XDG_DATA_HOME", dir.filePath("data"));
+        env.insert("XDG_CONFIG_HOME", dir.filePath("config"));
+        for (const char* name : {"DISPLAY", "WAYLAND_DISPLAY", "QT_QPA_PLATFORM"}) env.remove(name);
+        cli.setProcessEnvironment(env);
+        if (row.sizeLimit >= 0) {
+            const rlim_t limit = static_cast<rlim_t>(row.sizeLimit);
+            cli.setChildProcessModifier([limit] {
+                const rlimit size{limit, limit};
+                ::setrlimit(RLIMIT_FSIZE, &size);
+                ::signal(SIGXFSZ, SIG_IGN);  // a write past the limit fails instead of ending the process
+            });
+        }
+        QStringList arguments = QString::fromUtf8(row.arguments).split(' ');
+        arguments.replaceInStrings("@dir", dir.path());
+        cli.start(program, arguments);
+        ASSERT_TRUE(cli.waitForFinished(60'000));
+        const QString out = QString::fromLocal8Bit(cli.readAllStandardOutput());
+        const QString err = QString::fromLocal8Bit(cli.readAllStandardError());
+        EXPECT_EQ(cli.exitCode(), row.exitCode) << err.toStdString();
+        const QString& written = row.exitCode == 0 ? out : err;
+        if (row.lines > 0) {
+            EXPECT_TRUE((row.exitCode == 0 ? err : out).isEmpty()) << "the other stream stays empty";
+        }
+        const qsizetype lines = written.split('\n', Qt::SkipEmptyParts).size();
+        if (row.lines < 0) {
+            EXPECT_GT(lines, 1) << written.toStdString();
+        } else {
+            EXPECT_EQ(lines, row.lines) << written.toStdString();
+        }
+        EXPECT_TRUE(written.contains(QString::fromUtf8(row.mentioned))) << written.toStdString();
+        EXPECT_EQ(read_file(dir.filePath("old.pdf")), old);
+        EXPECT_EQ(read_file(dir.filePath("old.csv")), old);
+        const bool wrote = row.exitCode == 0 || row.exitCode == 3;
+        EXPECT_EQ(QDir(dir.path()).entryList(QDir::Files | QDir::Hidden).size(), wrote ? 3 : 2)
+            << "a failed command leaves no file behind";
+    }
+}
+
+// From the menu: the save dialog starts in the Documents folder (made when missing, else the
+// dialog opens in the working directory), and the saved path is confirmed with a way to its folder.
+TEST(WorksheetDialog, StartsInDocumentsAndConfirmsWithTheFolder) {
+    QTemporaryDir dir;
+    const QString documents = dir.filePath(QStringLiteral("Documents of the test"));
+    const QString userDirs =
+        QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation) + QStringLiteral("/user-dirs.dirs");
+    ASSERT_FALSE(QFile::exists(userDirs));
+    QDir().mkpath(QFileInfo(userDirs).absolutePath());
+    write_file(userDirs, "XDG_DOCUMENTS_DIR=\"" + documents.toUtf8() + "\"\n");
+    const QString start = WorksheetDialog::start_path(QStringLiteral("中"), 1, false);
+    QFile::remove(userDirs);
+    EXPECT_EQ(QFileInfo(start).absolutePath(), documents);
+    EXPECT_TRUE(QFileInfo(documents).isDir());
+
+    std::vector<QUrl> opened;
+    const auto opener = std::exchange(WorksheetDialog::folder_opener(), [&](const QUrl& url) { opened.push_back(url); });
+    const QString saved = documents + QStringLiteral("/sheet.pdf");
+    const std::unique_ptr<QMessageBox> box(WorksheetDialog::confirmation(nullptr, saved, QStringLiteral("'x'")));
+    EXPECT_TRUE(box->text().contains(saved) && box->text().contains(QStringLiteral("'x'"))) << box->text().toStdString();
+    for (QAbstractButton* button : box->buttons())
+        if (box->buttonRole(button) == QMessageBox::ActionRole) button->click();
+    WorksheetDialog::folder_opener() = opener;
+    EXPECT_EQ(opened, std::vector<QUrl>{QUrl::fromLocalFile(documents)});
 }

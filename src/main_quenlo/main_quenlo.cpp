@@ -14,7 +14,7 @@
 #include "app/Diagnostics.h"
 #include "app/Window.h"
 #include "app/morvel.h"
-#include "app/progress/ProgressCommand.h"
+#include "app/cli/Headless.h"
 #include "app/worksheet/WorksheetCli.h"
 
 namespace {
@@ -27,18 +27,22 @@ constexpr int START_DRAG_DISTANCE = 13;
 
 int qMain(int argc, char** argv) {
     ki::qt::themes::set_theme_default(ki::qt::themes::THEME_DARK);
+    // Before anything logs: a headless command keeps the console to its result line.
+    const morvel::Headless::Command headless = morvel::Headless::prepare(argc, argv);
     const QString organisation = QStringLiteral("qlo.de");
     const QString programName = ki::os::get_program_name_qs();
-    ki::qt::GApp::prepare_settings(organisation, CONFIG_VERSION, true, programName);
-    morvel::WorksheetCli::prepare_headless(argc, argv);
-    if (const int code = morvel::progress::ProgressCommand::run(argc, argv); code >= 0) return code;
+    {
+        const morvel::Headless::QuietStdout quiet(headless);
+        ki::qt::GApp::prepare_settings(organisation, CONFIG_VERSION, true, programName);
+    }
+    if (const int code = morvel::Headless::run_early(headless, argc, argv); code >= 0) return code;
     auto app = std::make_unique<ki::qt::GApp>(argc, argv, nullptr);
     if (ki::os::is_android()) ki::qt::GApp::set_icon_size_percent_default(220);
     app->setStartDragDistance(START_DRAG_DISTANCE);
     ki::qt::set_res_prefix(QStringLiteral(":/wb/shared-res"));
     morvel::ini();
     // A worksheet from the command line is written without a window.
-    if (morvel::WorksheetCli::is_requested(QCoreApplication::arguments()))
+    if (headless == morvel::Headless::Command::WORKSHEET)
         return morvel::WorksheetCli::main(QCoreApplication::arguments());
 
     // Loaded by the window's set-up, with the level stored there.

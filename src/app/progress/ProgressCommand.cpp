@@ -1,9 +1,12 @@
 #include "app/progress/ProgressCommand.h"
 
 #include <QCoreApplication>
-#include <QTextStream>
+#include <QDir>
 #include <cstring>
 
+#include "app/cli/CliText.h"
+#include "app/cli/Headless.h"
+#include "app/progress/ProgressCsv.h"
 #include "app/progress/ProgressStore.h"
 
 namespace morvel::progress {
@@ -14,20 +17,18 @@ int ProgressCommand::run(int argc, char** argv) {
     if (at >= argc) return -1;
 
     QCoreApplication app(argc, argv);
-    QTextStream err(stderr);
-    if (at + 1 >= argc || argv[at + 1][0] == '\0') {
-        err << "quenlo: " << OPTION << " needs the name of the CSV file to write\n";
+    if (at + 1 >= argc || argv[at + 1][0] == '\0' || argv[at + 1][0] == '-') {
+        Headless::print(1, QStringLiteral("quenlo: %1 needs the name of the CSV file to write").arg(QLatin1String(OPTION)));
         return 1;
     }
     const QString target = QString::fromLocal8Bit(argv[at + 1]);
-    ProgressStore store;
-    store.open(ProgressStore::default_folder(), true);
-    const QString error = store.export_csv(target);
+    const QString history = QDir(ProgressStore::default_folder()).filePath(QString::fromLatin1(ProgressStore::FILE_NAME));
+    const QString error = ProgressCsv::write(history, target);
     if (!error.isEmpty()) {
-        err << "quenlo: cannot write progress to '" << target << "': " << error << "\n";
+        Headless::print(1, QStringLiteral("quenlo: %1").arg(error));
         return 1;
     }
-    QTextStream(stdout) << "quenlo: progress written to '" << target << "'\n";
+    Headless::print(0, QStringLiteral("quenlo: progress written to '%1'").arg(cli::printable(target)));
     return 0;
 }
 

@@ -10,8 +10,8 @@ public:
 
     /// -1 when the command line does not ask for an export. Otherwise exports from the
     /// application data folder (never changing it) and returns the exit code: 0 after writing,
-    /// 1 with a message on standard error when it cannot. Needs the organisation and program
-    /// name set and no application object yet.
+    /// 1 with one sentence on standard error when the history cannot be read or the file cannot
+    /// be written. Needs the organisation and program name set and no application object yet.
     static int run(int argc, char** argv);
 };
 

@@ -22,6 +22,7 @@
 #include <map>
 
 #include "app/progress/ProgressChart.h"
+#include "app/progress/ProgressCsv.h"
 #include "app/progress/ProgressMark.h"
 #include "app/progress/ProgressRules.h"
 
@@ -208,13 +209,8 @@ void ProgressPanel::on_export() {
            QStringLiteral("Экспорт прогресса")),
         QDir::home().filePath(QStringLiteral("quenlo-progress.csv")), QStringLiteral("CSV (*.csv)"));
     if (path.isEmpty()) return;
-    const QString error = store.export_csv(path);
-    if (error.isEmpty()) return;
-    QMessageBox::warning(this, windowTitle(),
-                         tt(QStringLiteral("The progress could not be written to %1: %2"),
-                            QStringLiteral("Der Fortschritt konnte nicht nach %1 geschrieben werden: %2"),
-                            QStringLiteral("Не удалось записать прогресс в %1: %2"))
-                             .arg(path, error));
+    const QString error = ProgressCsv::write(store.file_path(), path);
+    if (!error.isEmpty()) QMessageBox::warning(this, windowTitle(), error);
 }
 
 void ProgressPanel::on_reset() {

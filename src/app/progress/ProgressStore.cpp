@@ -38,15 +38,6 @@ bool is_damage(const QSqlError& error) {
     return code == 11 || code == 26;  // SQLITE_CORRUPT, SQLITE_NOTADB
 }
 
-QString csv_field(const QString& text) {
-    if (!text.contains(QLatin1Char(',')) && !text.contains(QLatin1Char('"')) &&
-        !text.contains(QLatin1Char('\n')))
-        return text;
-    QString quoted = text;
-    quoted.replace(QLatin1String("\""), QLatin1String("\"\""));
-    return QLatin1Char('"') + quoted + QLatin1Char('"');
-}
-
 }  // namespace
 
 struct ProgressStore::Db {
@@ -466,52 +457,6 @@ std::vector<DayStats> ProgressStore::last_days(int count) const {
         stats.acceptedTraces = query.value(3).toInt();
     }
     return days;
-}
-
-QString ProgressStore::csv_header() {
-    return QStringLiteral(
-        "time,level,code_point,character,stroke_index,accepted,reason,tolerance,aids,hint_shown");
-}
-
-QString ProgressStore::export_csv(const QString& path) const {
-    QSaveFile file(path);
-    if (!file.open(QIODevice::WriteOnly | QIODevice::Text)) return file.errorString();
-    file.write(csv_header().toUtf8() + '\n');
-    if (db) {
-        QSqlQuery query(db->connection);
-        query.setForwardOnly(true);
-        if (!query.exec(QStringLiteral(
-                "SELECT time_ms, level, code_point, stroke_index, accepted, reason, tolerance, aids, hint"
-                " FROM traces ORDER BY time_ms, id"))) {
-            file.cancelWriting();
-            return query.lastError().text();
-        }
-        QByteArray chunk;
-        while (query.next()) {
-            const int codePoint = query.value(2).toInt();
-            const char32_t ucs4 = static_cast<char32_t>(codePoint);
-            const QString character = QString::fromUcs4(&ucs4, 1);
-            const QStringList fields{QDateTime::fromMSecsSinceEpoch(query.value(0).toLongLong(), Qt::UTC)
-                                         .toString(Qt::ISODateWithMs),
-                                     query.value(1).toString(),
-                                     QString::number(codePoint),
-                                     csv_field(character),
-                                     query.value(3).toString(),
-                                     query.value(4).toString(),
-                                     csv_field(query.value(5).toString()),
-                                     query.value(6).toString(),
-                                     query.value(7).toString(),
-                                     query.value(8).toString()};
-            chunk += fields.join(QLatin1Char(',')).toUtf8() + '\n';
-            if (chunk.size() > 1 << 16) {
-                file.write(chunk);
-                chunk.clear();
-            }
-        }
-        file.write(chunk);
-    }
-    if (!file.commit()) return file.errorString();
-    return {};
 }
 
 QString ProgressStore::reset() {

@@ -72,13 +72,9 @@ public:
     /// Today's Julian day by the store's clock.
     qint64 today() const;
 
-    /// Writes every judged trace, oldest first. Returns an empty text on success, else why not.
-    QString export_csv(const QString& path) const;
     /// Empties the history after copying the file to `progress.sqlite.backup-<date-time>` next
     /// to it. Returns the copy's path, or an empty text (logged) when nothing was reset.
     QString reset();
-
-    static QString csv_header();
 
 private:
     struct Db;

@@ -8,10 +8,10 @@
 #include <QPageLayout>
 #include <QPainter>
 #include <QPdfWriter>
-#include <QSaveFile>
 #include <algorithm>
 #include <cmath>
 
+#include "app/files/SafeSave.h"
 #include "app/morvel.h"
 
 namespace morvel {
@@ -221,15 +221,14 @@ ki::GSysResult<int> Worksheet::write(QIODevice& device, const std::vector<Worksh
 
 ki::GSysResult<int> Worksheet::write_file(const QString& fileName, const std::vector<WorksheetEntry>& entries,
                                           const WorksheetOptions& options) {
-    QSaveFile file(fileName);
-    if (!file.open(QIODevice::WriteOnly))
-        return ki::GSysResult<int>::from_error(ki::EC_IO, 3, file.errorString());
-    ki::GSysResult<int> result = write(file, entries, options);
+    SafeSave file(fileName);
+    if (!file.open()) return ki::GSysResult<int>::from_error(ki::EC_IO, 3, file.reason());
+    ki::GSysResult<int> result = write(file.device(), entries, options);
     if (!result.ok()) {
-        file.cancelWriting();
+        file.cancel();
         return result;
     }
-    if (!file.commit()) return ki::GSysResult<int>::from_error(ki::EC_IO, 4, file.errorString());
+    if (!file.commit()) return ki::GSysResult<int>::from_error(ki::EC_IO, 4, file.reason());
     ki::pp("Worksheet::write_file, '$', characters:$, pages:$", fileName, entries.size(), result.value);
     return result;
 }

@@ -3,9 +3,11 @@
 #include <ki/log/GLog.h>
 #include <ki/qt/lang.h>
 
-#include <cstdio>
+#include <QFileInfo>
 #include <optional>
 
+#include "app/cli/CliText.h"
+#include "app/cli/Headless.h"
 #include "app/worksheet/Worksheet.h"
 
 namespace morvel {
@@ -42,10 +44,14 @@ WorksheetCliResult answer(int code, const QString& message) {
     return {code, QStringLiteral("quenlo: %1").arg(message)};
 }
 
-QString quoted_list(const QStringList& items) {
-    QStringList quoted;
-    for (const QString& item : items) quoted << QStringLiteral("'%1'").arg(item);
-    return quoted.join(QStringLiteral(", "));
+/// At most this many characters without a stroke file are named.
+constexpr int MISSING_SHOWN = 20;
+
+bool is_pdf_name(const QString& out) {
+    if (out.endsWith(QStringLiteral(".pdf"), Qt::CaseInsensitive)) return true;
+    // A device or FIFO that exists is written in place; its name says nothing of the format.
+    const QFileInfo info(out);
+    return info.exists() && !info.isFile() && !info.isDir();
 }
 
 }  // namespace
@@ -54,23 +60,6 @@ QString WorksheetCli::usage() {
     return QStringLiteral(
         "quenlo --worksheet CHARS|level:N --out FILE.pdf [--grid tian|mi|none] [--paper a4|letter] [--rows "
         "N]");
-}
-
-bool WorksheetCli::is_requested(const QStringList& arguments) {
-    for (qsizetype i = 1; i < arguments.size(); ++i)
-        if (key_of(arguments[i]) == KEY_WORKSHEET) return true;
-    return false;
-}
-
-bool WorksheetCli::is_requested(int argc, char** argv) {
-    QStringList arguments;
-    for (int i = 0; i < argc; ++i) arguments << QString::fromLocal8Bit(argv[i]);
-    return is_requested(arguments);
-}
-
-void WorksheetCli::prepare_headless(int argc, char** argv) {
-    if (is_requested(argc, argv) && qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))
-        qputenv("QT_QPA_PLATFORM", "offscreen");
 }
 
 WorksheetCliResult WorksheetCli::run(const QStringList& arguments, QLocale::Language language) {
@@ -89,13 +78,19 @@ WorksheetCliResult WorksheetCli::run(const QStringList& arguments, QLocale::Lang
         return answer(
             EXIT_BAD_ARGUMENTS,
             tt("--out FILE.pdf is missing\n", "--out DATEI.pdf fehlt\n", "не указан --out ФАЙЛ.pdf\n") + use);
+    if (!is_pdf_name(out))
+        return answer(EXIT_BAD_ARGUMENTS,
+                      tt("the worksheet is a PDF: --out needs a name ending in .pdf, not '%1'",
+                         "das Arbeitsblatt ist ein PDF: --out braucht einen Namen, der auf .pdf endet, nicht '%1'",
+                         "пропись — это PDF: для --out нужно имя с окончанием .pdf, а не '%1'")
+                          .arg(cli::printable(out)));
     if (const auto grid = value_of(arguments, KEY_GRID)) {
         const auto parsed = guide_grid_from_string(grid->toLower());
         if (!parsed)
             return answer(EXIT_BAD_ARGUMENTS, tt("unknown grid '%1' (tian, mi or none)",
                                                  "unbekanntes Raster '%1' (tian, mi oder none)",
                                                  "неизвестная сетка '%1' (tian, mi или none)")
-                                                  .arg(*grid));
+                                                  .arg(cli::printable(*grid)));
         options.grid = *parsed;
     }
     if (const auto paper = value_of(arguments, KEY_PAPER)) {
@@ -104,7 +99,7 @@ WorksheetCliResult WorksheetCli::run(const QStringList& arguments, QLocale::Lang
             return answer(EXIT_BAD_ARGUMENTS,
                           tt("unknown paper '%1' (a4 or letter)", "unbekanntes Papier '%1' (a4 oder letter)",
                              "неизвестная бумага '%1' (a4 или letter)")
-                              .arg(*paper));
+                              .arg(cli::printable(*paper)));
         options.paper = name == QLatin1String("letter") ? Paper::LETTER : Paper::A4;
     }
     if (const auto rows = value_of(arguments, KEY_ROWS)) {
@@ -116,7 +111,7 @@ WorksheetCliResult WorksheetCli::run(const QStringList& arguments, QLocale::Lang
                                                  "--rows ожидает число от %1 до %2, а не '%3'")
                                                   .arg(WorksheetOptions::ROWS_MIN)
                                                   .arg(WorksheetOptions::ROWS_MAX)
-                                                  .arg(*rows));
+                                                  .arg(cli::printable(*rows)));
     }
 
     WorksheetSource source;
@@ -127,7 +122,7 @@ WorksheetCliResult WorksheetCli::run(const QStringList& arguments, QLocale::Lang
         if (!ok || level <= 0 || !source.ok)
             return answer(EXIT_BAD_ARGUMENTS,
                           tt("there is no level '%1'", "es gibt keine Stufe '%1'", "уровня '%1' нет")
-                              .arg(what.mid(LEVEL_PREFIX.size())));
+                              .arg(cli::printable(what.mid(LEVEL_PREFIX.size()))));
     } else {
         source = WorksheetSource::from_text(what);
     }
@@ -136,33 +131,31 @@ WorksheetCliResult WorksheetCli::run(const QStringList& arguments, QLocale::Lang
     if (!source.missing.isEmpty())
         missing = tt("no stroke file for %1; skipped", "keine Strichdatei für %1; übersprungen",
                      "нет файла черт для %1; пропущено")
-                      .arg(quoted_list(source.missing));
+                      .arg(cli::capped_list(source.missing, MISSING_SHOWN));
     if (source.entries.empty())
         return answer(source.missing.isEmpty() ? EXIT_BAD_ARGUMENTS : EXIT_CHARS_MISSING,
-                      (missing.isEmpty() ? QString() : missing + QLatin1Char('\n')) +
+                      (missing.isEmpty() ? QString() : missing + QStringLiteral("; ")) +
                           tt("nothing written", "nichts geschrieben", "ничего не записано"));
 
     const ki::GSysResult<int> written = Worksheet::write_file(out, source.entries, options);
     if (!written.ok())
         return answer(EXIT_WRITE_FAILED, tt("cannot write '%1': %2", "'%1' kann nicht geschrieben werden: %2",
                                             "не удаётся записать '%1': %2")
-                                             .arg(out, written.get_message()));
+                                             .arg(cli::printable(out), written.get_message()));
     const QString done =
         tt("wrote '%3' (pages: %1, characters: %2)", "'%3' geschrieben (Seiten: %1, Schriftzeichen: %2)",
            "записано в '%3' (страниц: %1, иероглифов: %2)")
             .arg(written.value)
             .arg(source.entries.size())
-            .arg(out);
-    if (!missing.isEmpty()) return answer(EXIT_CHARS_MISSING, missing + QLatin1Char('\n') + done);
+            .arg(cli::printable(out));
+    if (!missing.isEmpty()) return answer(EXIT_CHARS_MISSING, done + QStringLiteral("; ") + missing);
     return {EXIT_OK, QStringLiteral("quenlo: %1").arg(done)};
 }
 
 int WorksheetCli::main(const QStringList& arguments) {
     const WorksheetCliResult result = run(arguments, ki::qt::lang::get_lang());
-    ki::pp("WorksheetCli::main, exit:$, $", result.exitCode, result.message);
-    std::FILE* stream = result.exitCode == EXIT_OK ? stdout : stderr;
-    std::fprintf(stream, "%s\n", result.message.toLocal8Bit().constData());
-    std::fflush(stream);
+    ki::pp("WorksheetCli::main, exit:$", result.exitCode);
+    Headless::print(result.exitCode, result.message);
     return result.exitCode;
 }
 

@@ -24,14 +24,6 @@ public:
         EXIT_CHARS_MISSING = 3,
     };
 
-    /// The arguments (program name first) ask for a worksheet.
-    static bool is_requested(const QStringList& arguments);
-    /// The same on the raw command line, before the application object exists.
-    static bool is_requested(int argc, char** argv);
-    /// A worksheet needs no screen: picks the offscreen platform unless one is chosen, so that
-    /// it also runs where no display is available.
-    static void prepare_headless(int argc, char** argv);
-
     /// Writes the worksheet the arguments ask for, with meanings in `language`.
     static WorksheetCliResult run(const QStringList& arguments, QLocale::Language language);
     /// run in the interface language; prints the message (errors to stderr) and returns the

@@ -3,8 +3,10 @@
 #include <ki/qt/lang.h>
 
 #include <QComboBox>
+#include <QDesktopServices>
 #include <QDialogButtonBox>
 #include <QDir>
+#include <QFileInfo>
 #include <QFileDialog>
 #include <QFormLayout>
 #include <QMessageBox>
@@ -12,8 +14,11 @@
 #include <QRadioButton>
 #include <QSpinBox>
 #include <QStandardPaths>
+#include <QUrl>
 #include <QVBoxLayout>
+#include <memory>
 
+#include "app/cli/CliText.h"
 #include "app/worksheet/Worksheet.h"
 
 namespace morvel {
@@ -22,15 +27,42 @@ namespace {
 
 using ki::qt::lang::tt;
 
-QString default_file_name(const QString& character, int level, bool wholeLevel) {
-    const QString folder = QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation);
+/// At most this many characters without a stroke file are named.
+constexpr int MISSING_SHOWN = 20;
+
+}  // namespace
+
+QString WorksheetDialog::start_path(const QString& character, int level, bool wholeLevel) {
+    QString folder = QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation);
+    // A save dialog in a folder that does not exist opens in the working directory instead.
+    if (folder.isEmpty() || !QDir().mkpath(folder)) folder = QDir::homePath();
     const QString base =
         wholeLevel ? tt("worksheet-level-%1", "arbeitsblatt-stufe-%1", "пропись-уровень-%1").arg(level)
                    : tt("worksheet-%1", "arbeitsblatt-%1", "пропись-%1").arg(character);
     return QDir(folder).filePath(base + QStringLiteral(".pdf"));
 }
 
-}  // namespace
+QMessageBox* WorksheetDialog::confirmation(QWidget* parent, const QString& file, const QString& skipped) {
+    QString text = tt("The worksheet was saved as %1.", "Das Arbeitsblatt wurde als %1 gespeichert.",
+                      "Пропись сохранена как %1.")
+                       .arg(QDir::toNativeSeparators(file));
+    if (!skipped.isEmpty())
+        text += QLatin1Char(' ') + tt("No stroke file for %1; skipped.", "Keine Strichdatei für %1; übersprungen.",
+                                      "Нет файла черт для %1; пропущено.")
+                                       .arg(skipped);
+    auto* box = new QMessageBox(QMessageBox::Information, tt("Worksheet", "Arbeitsblatt", "Пропись"), text,
+                                QMessageBox::Ok, parent);
+    QPushButton* open =
+        box->addButton(tt("Open folder", "Ordner öffnen", "Открыть папку"), QMessageBox::ActionRole);
+    const QUrl folder = QUrl::fromLocalFile(QFileInfo(file).absolutePath());
+    QObject::connect(open, &QPushButton::clicked, box, [folder]() { folder_opener()(folder); });
+    return box;
+}
+
+std::function<void(const QUrl&)>& WorksheetDialog::folder_opener() {
+    static std::function<void(const QUrl&)> opener = [](const QUrl& url) { QDesktopServices::openUrl(url); };
+    return opener;
+}
 
 QString WorksheetDialog::menu_text() {
     return tt("Worksheet…", "Arbeitsblatt…", "Пропись…");
@@ -101,7 +133,7 @@ bool WorksheetDialog::ask_and_write(QWidget* parent, const QString& character, i
     const bool wholeLevel = dialog.whole_level();
     QString file = QFileDialog::getSaveFileName(
         parent, tt("Save worksheet", "Arbeitsblatt speichern", "Сохранить пропись"),
-        default_file_name(character, level, wholeLevel), QStringLiteral("PDF (*.pdf)"));
+        start_path(character, level, wholeLevel), QStringLiteral("PDF (*.pdf)"));
     if (file.isEmpty()) return false;
     if (!file.endsWith(QStringLiteral(".pdf"), Qt::CaseInsensitive)) file += QStringLiteral(".pdf");
 
@@ -112,23 +144,20 @@ bool WorksheetDialog::ask_and_write(QWidget* parent, const QString& character, i
         QMessageBox::warning(
             parent, title,
             tt("No stroke file for %1.", "Keine Strichdatei für %1.", "Нет файла черт для %1.")
-                .arg(source.missing.join(QStringLiteral(", "))));
+                .arg(cli::capped_list(source.missing, MISSING_SHOWN)));
         return false;
     }
     const ki::GSysResult<int> written = Worksheet::write_file(file, source.entries, dialog.options());
     if (!written.ok()) {
         QMessageBox::warning(parent, title,
-                             tt("Cannot write '%1': %2", "'%1' kann nicht geschrieben werden: %2",
-                                "Не удаётся записать '%1': %2")
+                             tt("Cannot write '%1': %2.", "'%1' kann nicht geschrieben werden: %2.",
+                                "Не удаётся записать '%1': %2.")
                                  .arg(file, written.get_message()));
         return false;
     }
-    if (!source.missing.isEmpty())
-        QMessageBox::information(
-            parent, title,
-            tt("No stroke file for %1; skipped.", "Keine Strichdatei für %1; übersprungen.",
-               "Нет файла черт для %1; пропущено.")
-                .arg(source.missing.join(QStringLiteral(", "))));
+    const std::unique_ptr<QMessageBox> box(
+        confirmation(parent, file, cli::capped_list(source.missing, MISSING_SHOWN)));
+    box->exec();
     return true;
 }
 

@@ -4,10 +4,13 @@
 
 #include <QDialog>
 #include <QString>
+#include <functional>
 
 class QComboBox;
+class QMessageBox;
 class QRadioButton;
 class QSpinBox;
+class QUrl;
 
 namespace morvel {
 
@@ -21,6 +24,15 @@ public:
     /// `level`; writes the worksheet once the user has picked a file. Returns true when one
     /// was written.
     static bool ask_and_write(QWidget* parent, const QString& character, int level);
+
+    /// The file the save dialog proposes: in the Documents folder, created when missing (the
+    /// home folder when it cannot be).
+    static QString start_path(const QString& character, int level, bool wholeLevel);
+    /// The box that says where the worksheet went (and what was skipped), with a button that
+    /// opens the folder.
+    static QMessageBox* confirmation(QWidget* parent, const QString& file, const QString& skipped);
+    /// Opens a folder in the desktop's file manager; tests put their own in its place.
+    static std::function<void(const QUrl&)>& folder_opener();
 
     WorksheetDialog(QWidget* parent, const QString& character, int level);
 
