@@ -43,11 +43,12 @@ QString WorksheetDialog::start_path(const QString& character, int level, bool wh
 }
 
 QMessageBox* WorksheetDialog::confirmation(QWidget* parent, const QString& file, const QString& skipped) {
-    QString text = tt("The worksheet was saved as %1.", "Das Arbeitsblatt wurde als %1 gespeichert.",
-                      "Пропись сохранена как %1.")
+    // The path on a line of its own: a long one would otherwise be broken mid-name.
+    QString text = tt("The worksheet was saved as\n%1", "Das Arbeitsblatt wurde gespeichert als\n%1",
+                      "Пропись сохранена как\n%1")
                        .arg(QDir::toNativeSeparators(file));
     if (!skipped.isEmpty())
-        text += QLatin1Char(' ') + tt("No stroke file for %1; skipped.", "Keine Strichdatei für %1; übersprungen.",
+        text += QStringLiteral("\n\n") + tt("No stroke file for %1; skipped.", "Keine Strichdatei für %1; übersprungen.",
                                       "Нет файла черт для %1; пропущено.")
                                        .arg(skipped);
     auto* box = new QMessageBox(QMessageBox::Information, tt("Worksheet", "Arbeitsblatt", "Пропись"), text,
