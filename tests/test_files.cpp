@@ -28,7 +28,8 @@ mode_t type_of(const QString& path) {
 /// test may make one, so that a fault in the code under test cannot replace the system's own.
 QString device(const QTemporaryDir& dir, const char* name, unsigned minor) {
     const QString copy = dir.filePath(QString::fromLatin1(name));
-    if (::geteuid() == 0 && ::mknod(QFile::encodeName(copy).constData(), S_IFCHR | 0666, makedev(1, minor)) == 0)
+    if (::geteuid() == 0 &&
+        ::mknod(QFile::encodeName(copy).constData(), S_IFCHR | 0666, makedev(1, minor)) == 0)
         return copy;
     return QStringLiteral("/dev/") + QLatin1String(name);
 }
@@ -45,7 +46,7 @@ TEST(SafeSave, FailuresKeepTheOldFileAndDevicesStayDevices) {
         const char* name;
         std::function<QString(const QTemporaryDir&)> target;  ///< makes the target, returns its path
         QByteArray content;
-        qint64 space;   ///< bytes the disk holds, -1 unlimited
+        qint64 space;  ///< bytes the disk holds, -1 unlimited
         F failure;
         QByteArray after;  ///< the target's content afterwards; ignored for devices
         mode_t type;       ///< the target's file type afterwards
@@ -63,33 +64,55 @@ TEST(SafeSave, FailuresKeepTheOldFileAndDevicesStayDevices) {
         return path;
     };
     const Row rows[] = {
-        {"a new file is written", [](const QTemporaryDir& d) { return d.filePath("new.pdf"); }, big, -1, F::NONE,
-         big, S_IFREG},
+        {"a new file is written", [](const QTemporaryDir& d) { return d.filePath("new.pdf"); }, big, -1,
+         F::NONE, big, S_IFREG},
         {"an old file is replaced", existing, big, -1, F::NONE, big, S_IFREG},
         {"a full disk in the middle keeps the old file", existing, big, 70'000, F::DISK_FULL, old, S_IFREG},
-        {"a full disk at the last flush keeps the old file", existing, small, small.size() - 1, F::DISK_FULL, old,
-         S_IFREG},
+        {"a full disk at the last flush keeps the old file", existing, small, small.size() - 1, F::DISK_FULL,
+         old, S_IFREG},
         {"a full disk before anything is written keeps the old file", existing, small, 0, F::DISK_FULL, old,
          S_IFREG},
-        {"a folder is refused", [](const QTemporaryDir& d) { return d.path(); }, small, -1, F::IS_FOLDER, {},
+        {"a folder is refused",
+         [](const QTemporaryDir& d) { return d.path(); },
+         small,
+         -1,
+         F::IS_FOLDER,
+         {},
          S_IFDIR},
-        {"a missing folder is named as such", [](const QTemporaryDir& d) { return d.filePath("no/such.pdf"); },
-         small, -1, F::NO_FOLDER, {}, 0},
+        {"a missing folder is named as such",
+         [](const QTemporaryDir& d) { return d.filePath("no/such.pdf"); },
+         small,
+         -1,
+         F::NO_FOLDER,
+         {},
+         0},
         {"a FIFO without a reader is refused and stays", fifo, small, -1, F::NO_READER, {}, S_IFIFO},
         {"a full device is written in place and stays",
-         [](const QTemporaryDir& d) { return device(d, "full", 7); }, small, -1, F::DISK_FULL, {}, S_IFCHR},
+         [](const QTemporaryDir& d) { return device(d, "full", 7); },
+         small,
+         -1,
+         F::DISK_FULL,
+         {},
+         S_IFCHR},
         {"the null device is written in place and stays",
-         [](const QTemporaryDir& d) { return device(d, "null", 3); }, big, -1, F::NONE, {}, S_IFCHR},
+         [](const QTemporaryDir& d) { return device(d, "null", 3); },
+         big,
+         -1,
+         F::NONE,
+         {},
+         S_IFCHR},
     };
     for (const Row& row : rows) {
         SCOPED_TRACE(row.name);
         QTemporaryDir dir;
         const QString target = row.target(dir);
-        const QStringList before = QDir(dir.path()).entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot);
+        const QStringList before =
+            QDir(dir.path()).entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot);
         SafeSave save(target);
         save.set_space_left(row.space);
         bool ok = save.open();
-        for (qsizetype at = 0; ok && at < row.content.size(); at += 4096) save.device().write(row.content.mid(at, 4096));
+        for (qsizetype at = 0; ok && at < row.content.size(); at += 4096)
+            save.device().write(row.content.mid(at, 4096));
         ok = ok && save.commit();
         EXPECT_EQ(ok, row.failure == F::NONE);
         EXPECT_EQ(save.failure(), row.failure);
@@ -101,7 +124,8 @@ TEST(SafeSave, FailuresKeepTheOldFileAndDevicesStayDevices) {
         QStringList expected = before;
         if (row.type == S_IFREG && !expected.contains(QFileInfo(target).fileName()))
             expected << QFileInfo(target).fileName();
-        EXPECT_EQ(QDir(dir.path()).entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot), expected)
+        EXPECT_EQ(QDir(dir.path()).entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot),
+                  expected)
             << "no temporary file is left";
     }
 }

@@ -298,17 +298,18 @@ TEST_F(ProgressTest, CsvExportHoldsTracesAndCompletionsWithTextQuoted) {
     std::vector<QStringList> expected;
     qint64 at = BASE_MS;
     for (const auto& text : texts) {
-        const TraceRecord t{at += 1000, 2, CP2, 1, text.reason.isEmpty(), text.reason, 60, AID_OUTLINE | AID_GRID,
-                            true};
+        const TraceRecord t{
+            at += 1000, 2, CP2, 1, text.reason.isEmpty(), text.reason, 60, AID_OUTLINE | AID_GRID, true};
         ASSERT_TRUE(store.record_trace(t));
-        expected.push_back({"trace", QDateTime::fromMSecsSinceEpoch(t.timeMs, Qt::UTC).toString(Qt::ISODateWithMs),
-                            "2", QString::number(CP2), QString(QChar(CP2)), "1", t.accepted ? "1" : "0", t.reason,
-                            "60", QString::number(t.aids), "1", "", "", ""});
+        expected.push_back({"trace",
+                            QDateTime::fromMSecsSinceEpoch(t.timeMs, Qt::UTC).toString(Qt::ISODateWithMs),
+                            "2", QString::number(CP2), QString(QChar(CP2)), "1", t.accepted ? "1" : "0",
+                            t.reason, "60", QString::number(t.aids), "1", "", "", ""});
         const CompletionRecord c{at += 1000, 2, CP2, 12.25, 3, 2};
         ASSERT_TRUE(store.record_completion(c));
-        expected.push_back({"completion",
-                            QDateTime::fromMSecsSinceEpoch(c.timeMs, Qt::UTC).toString(Qt::ISODateWithMs), "2",
-                            QString::number(CP2), QString(QChar(CP2)), "", "", "", "", "", "", "12.25", "3", "2"});
+        expected.push_back(
+            {"completion", QDateTime::fromMSecsSinceEpoch(c.timeMs, Qt::UTC).toString(Qt::ISODateWithMs), "2",
+             QString::number(CP2), QString(QChar(CP2)), "", "", "", "", "", "", "12.25", "3", "2"});
     }
     const QString csv = dir.filePath("out.csv");
     ASSERT_EQ(ProgressCsv::write(store.file_path(), csv), QString());
@@ -384,7 +385,9 @@ TEST_F(ProgressTest, RecorderStartsEachRoundAndCharacterAfresh) {
     } rows[] = {
         {"a clean round", {ACCEPT, DONE}, {{0, true}}},
         {"a miss spoils its own round only", {MISS_ONE, ACCEPT, DONE, ACCEPT, DONE}, {{1, false}, {0, true}}},
-        {"misses of round 2 are its own", {MISS_ONE, DONE, MISS_ONE, MISS_ONE, DONE}, {{1, false}, {2, false}}},
+        {"misses of round 2 are its own",
+         {MISS_ONE, DONE, MISS_ONE, MISS_ONE, DONE},
+         {{1, false}, {2, false}}},
         {"a hint spoils its own round only", {HINT, ACCEPT, DONE, ACCEPT, DONE}, {{0, false}, {0, true}}},
         {"a new character starts without misses", {MISS_ONE, NEXT_CHARACTER, ACCEPT, DONE}, {{0, true}}},
     };

@@ -5,10 +5,10 @@
 #include <ki/qt/GPC.h>
 #include <sys/resource.h>
 
+#include <QAbstractButton>
 #include <QCoreApplication>
 #include <QDir>
 #include <QFile>
-#include <QAbstractButton>
 #include <QImage>
 #include <QMessageBox>
 #include <QPainter>
@@ -185,7 +185,8 @@ TEST(WorksheetCli, ExitCodesAndMessages) {
         {"rows below range", "中 --out @out --rows 0", EXIT_BAD_ARGUMENTS, "'0'", false},
         {"rows not a number", "中 --out @out --rows many", EXIT_BAD_ARGUMENTS, "'many'", false},
         {"level that does not exist", "level:99 --out @out", EXIT_BAD_ARGUMENTS, "'99'", false},
-        {"a name without .pdf is refused", "中 --out @dir/sheet.txt", EXIT_BAD_ARGUMENTS, "'@dir/sheet.txt'", false},
+        {"a name without .pdf is refused", "中 --out @dir/sheet.txt", EXIT_BAD_ARGUMENTS, "'@dir/sheet.txt'",
+         false},
         {"control characters are shown escaped", "中 --out @out --grid \x1b[2Jhex\x07", EXIT_BAD_ARGUMENTS,
          "'\\x1b[2Jhex\\x07'", false},
         {"a long list of unknown characters is cut", "@many --out @out", EXIT_CHARS_MISSING, "… and 980 more",
@@ -222,19 +223,36 @@ TEST(WorksheetCli, ProgramPrintsOneLineAndKeepsTheOldFileOnAFullDisk) {
         qint64 sizeLimit;       ///< bytes a file may grow to; -1 no limit
         QByteArray history;     ///< the practice history file; empty for none
         int exitCode;
-        int lines;              ///< on the one stream written to; -1: more than one, with the log
+        int lines;  ///< on the one stream written to; -1: more than one, with the log
         const char* mentioned;
     } rows[] = {
         {"a worksheet", "--worksheet 中 --out @dir/a.pdf", -1, {}, 0, 1, "a.pdf"},
         {"skipped characters", "--worksheet 中x --out @dir/a.pdf", -1, {}, 3, 1, "'x'"},
-        {"the log only when asked", "--worksheet 中 --out @dir/a.pdf -__log_level debug", -1, {}, 0, -1, "a.pdf"},
+        {"the log only when asked",
+         "--worksheet 中 --out @dir/a.pdf -__log_level debug",
+         -1,
+         {},
+         0,
+         -1,
+         "a.pdf"},
         {"a look-alike option", "--worksheets 中", -1, {}, 2, 3, "unknown option '--worksheets'"},
         {"an export", "--export-progress @dir/a.csv", -1, {}, 0, 1, "a.csv"},
-        {"an export of an unreadable history", "--export-progress @dir/a.csv", -1, QByteArray(2000, 'x'), 1, 1,
-         "not a database"},
-        {"a full disk while writing a worksheet", "--worksheet level:1 --out @dir/old.pdf", 40'000, {}, 1, 1,
+        {"an export of an unreadable history", "--export-progress @dir/a.csv", -1, QByteArray(2000, 'x'), 1,
+         1, "not a database"},
+        {"a full disk while writing a worksheet",
+         "--worksheet level:1 --out @dir/old.pdf",
+         40'000,
+         {},
+         1,
+         1,
          "old.pdf"},
-        {"a full disk at the last flush of an export", "--export-progress @dir/old.csv", 60, {}, 1, 1, "old.csv"},
+        {"a full disk at the last flush of an export",
+         "--export-progress @dir/old.csv",
+         60,
+         {},
+         1,
+         1,
+         "old.csv"},
     };
     for (const auto& row : rows) {
         SCOPED_TRACE(row.name);
@@ -290,8 +308,8 @@ TEST(WorksheetCli, ProgramPrintsOneLineAndKeepsTheOldFileOnAFullDisk) {
 TEST(WorksheetDialog, StartsInDocumentsAndConfirmsWithTheFolder) {
     QTemporaryDir dir;
     const QString documents = dir.filePath(QStringLiteral("Documents of the test"));
-    const QString userDirs =
-        QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation) + QStringLiteral("/user-dirs.dirs");
+    const QString userDirs = QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation) +
+                             QStringLiteral("/user-dirs.dirs");
     ASSERT_FALSE(QFile::exists(userDirs));
     QDir().mkpath(QFileInfo(userDirs).absolutePath());
     write_file(userDirs, "XDG_DOCUMENTS_DIR=\"" + documents.toUtf8() + "\"\n");
@@ -301,10 +319,13 @@ TEST(WorksheetDialog, StartsInDocumentsAndConfirmsWithTheFolder) {
     EXPECT_TRUE(QFileInfo(documents).isDir());
 
     std::vector<QUrl> opened;
-    const auto opener = std::exchange(WorksheetDialog::folder_opener(), [&](const QUrl& url) { opened.push_back(url); });
+    const auto opener =
+        std::exchange(WorksheetDialog::folder_opener(), [&](const QUrl& url) { opened.push_back(url); });
     const QString saved = documents + QStringLiteral("/sheet.pdf");
-    const std::unique_ptr<QMessageBox> box(WorksheetDialog::confirmation(nullptr, saved, QStringLiteral("'x'")));
-    EXPECT_TRUE(box->text().contains(saved) && box->text().contains(QStringLiteral("'x'"))) << box->text().toStdString();
+    const std::unique_ptr<QMessageBox> box(
+        WorksheetDialog::confirmation(nullptr, saved, QStringLiteral("'x'")));
+    EXPECT_TRUE(box->text().contains(saved) && box->text().contains(QStringLiteral("'x'")))
+        << box->text().toStdString();
     for (QAbstractButton* button : box->buttons())
         if (box->buttonRole(button) == QMessageBox::ActionRole) button->click();
     WorksheetDialog::folder_opener() = opener;

@@ -13,8 +13,8 @@
 #include "app/BenchHooks.h"
 #include "app/Diagnostics.h"
 #include "app/Window.h"
-#include "app/morvel.h"
 #include "app/cli/Headless.h"
+#include "app/morvel.h"
 #include "app/worksheet/WorksheetCli.h"
 
 namespace {

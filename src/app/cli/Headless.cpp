@@ -16,12 +16,14 @@ namespace morvel {
 
 namespace {
 
-const QStringList KNOWN = {QStringLiteral("level"),     QStringLiteral("__log_level"), QStringLiteral("__bounds"),
-                           QStringLiteral("__screenshots"), QStringLiteral("worksheet"), QStringLiteral("out"),
-                           QStringLiteral("grid"),      QStringLiteral("paper"),       QStringLiteral("rows"),
-                           QStringLiteral("export-progress")};
-const QStringList HEADLESS = {QStringLiteral("worksheet"), QStringLiteral("out"),  QStringLiteral("grid"),
-                              QStringLiteral("paper"),     QStringLiteral("rows"), QStringLiteral("export-progress")};
+const QStringList KNOWN = {QStringLiteral("level"),     QStringLiteral("__log_level"),
+                           QStringLiteral("__bounds"),  QStringLiteral("__screenshots"),
+                           QStringLiteral("worksheet"), QStringLiteral("out"),
+                           QStringLiteral("grid"),      QStringLiteral("paper"),
+                           QStringLiteral("rows"),      QStringLiteral("export-progress")};
+const QStringList HEADLESS = {QStringLiteral("worksheet"), QStringLiteral("out"),
+                              QStringLiteral("grid"),      QStringLiteral("paper"),
+                              QStringLiteral("rows"),      QStringLiteral("export-progress")};
 
 QString key_of(const QString& argument) {
     qsizetype dashes = 0;
@@ -45,8 +47,8 @@ qsizetype edit_distance(const QString& a, const QString& b) {
         row[0] = i;
         for (qsizetype j = 1; j <= b.size(); ++j) {
             const qsizetype above = row[static_cast<size_t>(j)];
-            row[static_cast<size_t>(j)] = std::min({above + 1, row[static_cast<size_t>(j - 1)] + 1,
-                                                    diagonal + (a[i - 1] == b[j - 1] ? 0 : 1)});
+            row[static_cast<size_t>(j)] = std::min(
+                {above + 1, row[static_cast<size_t>(j - 1)] + 1, diagonal + (a[i - 1] == b[j - 1] ? 0 : 1)});
             diagonal = above;
         }
     }
@@ -59,7 +61,8 @@ bool looks_headless(const QString& key) {
     return std::any_of(HEADLESS.begin(), HEADLESS.end(), [&](const QString& option) {
         const QString o = folded(option);
         const qsizetype near = o.size() <= 5 ? 1 : 2;
-        return edit_distance(k, o) <= near || (k.size() >= 3 && (k.startsWith(o) || (k.size() >= 4 && o.startsWith(k))));
+        return edit_distance(k, o) <= near ||
+               (k.size() >= 3 && (k.startsWith(o) || (k.size() >= 4 && o.startsWith(k))));
     });
 }
 
@@ -124,8 +127,9 @@ Headless::QuietStdout::~QuietStdout() {
 int Headless::run_early(Command command, int argc, char** argv) {
     switch (command) {
         case Command::UNKNOWN_OPTION:
-            print(EXIT_BAD_ARGUMENTS, QStringLiteral("quenlo: unknown option '%1'\n%2")
-                                          .arg(cli::printable(unknown_option(arguments_of(argc, argv))), usage()));
+            print(EXIT_BAD_ARGUMENTS,
+                  QStringLiteral("quenlo: unknown option '%1'\n%2")
+                      .arg(cli::printable(unknown_option(arguments_of(argc, argv))), usage()));
             return EXIT_BAD_ARGUMENTS;
         case Command::EXPORT_PROGRESS:
             return progress::ProgressCommand::run(argc, argv);

@@ -76,8 +76,8 @@ public:
             mode = 0666 & ~mask;
         }
         const QFileInfo info(destination);
-        QByteArray pattern = native(info.absolutePath() + QStringLiteral("/.") + info.fileName() +
-                                    QStringLiteral(".XXXXXX"));
+        QByteArray pattern =
+            native(info.absolutePath() + QStringLiteral("/.") + info.fileName() + QStringLiteral(".XXXXXX"));
         fd = ::mkostemp(pattern.data(), O_CLOEXEC);
         if (fd < 0) return fail(errno);
         temporary = pattern;
@@ -173,7 +173,8 @@ private:
         while (done < buffer.size()) {
             qsizetype size = buffer.size() - done;
             if (spaceLeft >= 0 && written + size > spaceLeft) size = qMax<qint64>(0, spaceLeft - written);
-            const ssize_t n = size > 0 ? ::write(fd, buffer.constData() + done, static_cast<size_t>(size)) : 0;
+            const ssize_t n =
+                size > 0 ? ::write(fd, buffer.constData() + done, static_cast<size_t>(size)) : 0;
             if (n < 0 && errno == EINTR) continue;
             if (n < 0) return fail(errno);
             if (n == 0) return fail(ENOSPC);
@@ -185,7 +186,8 @@ private:
     }
 
     void sync_folder() {
-        const int folder = ::open(native(QFileInfo(destination).absolutePath()).constData(), O_RDONLY | O_CLOEXEC);
+        const int folder =
+            ::open(native(QFileInfo(destination).absolutePath()).constData(), O_RDONLY | O_CLOEXEC);
         if (folder < 0) return;
         ::fsync(folder);
         ::close(folder);

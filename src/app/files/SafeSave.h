@@ -22,8 +22,8 @@ public:
         NOT_WRITABLE,    ///< no permission to write the target or its folder
         READ_ONLY_DISK,  ///< the file system is mounted read-only
         IS_FOLDER,
-        NOT_A_FILE,      ///< a block device or a socket: never written
-        NO_READER,       ///< a FIFO that no program reads from
+        NOT_A_FILE,  ///< a block device or a socket: never written
+        NO_READER,   ///< a FIFO that no program reads from
         OTHER,
     };
 

@@ -18,11 +18,14 @@ int ProgressCommand::run(int argc, char** argv) {
 
     QCoreApplication app(argc, argv);
     if (at + 1 >= argc || argv[at + 1][0] == '\0' || argv[at + 1][0] == '-') {
-        Headless::print(1, QStringLiteral("quenlo: %1 needs the name of the CSV file to write").arg(QLatin1String(OPTION)));
+        Headless::print(
+            1,
+            QStringLiteral("quenlo: %1 needs the name of the CSV file to write").arg(QLatin1String(OPTION)));
         return 1;
     }
     const QString target = QString::fromLocal8Bit(argv[at + 1]);
-    const QString history = QDir(ProgressStore::default_folder()).filePath(QString::fromLatin1(ProgressStore::FILE_NAME));
+    const QString history =
+        QDir(ProgressStore::default_folder()).filePath(QString::fromLatin1(ProgressStore::FILE_NAME));
     const QString error = ProgressCsv::write(history, target);
     if (!error.isEmpty()) {
         Headless::print(1, QStringLiteral("quenlo: %1").arg(error));

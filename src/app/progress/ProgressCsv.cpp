@@ -43,10 +43,10 @@ QString row_of(const QSqlQuery& q) {
     const bool trace = q.value(0).toInt() == 0;
     const int codePoint = q.value(3).toInt();
     const char32_t ucs4 = static_cast<char32_t>(codePoint);
-    QStringList fields{trace ? QStringLiteral("trace") : QStringLiteral("completion"),
-                       QDateTime::fromMSecsSinceEpoch(q.value(1).toLongLong(), Qt::UTC).toString(Qt::ISODateWithMs),
-                       q.value(2).toString(), QString::number(codePoint),
-                       ProgressCsv::field(QString::fromUcs4(&ucs4, 1))};
+    QStringList fields{
+        trace ? QStringLiteral("trace") : QStringLiteral("completion"),
+        QDateTime::fromMSecsSinceEpoch(q.value(1).toLongLong(), Qt::UTC).toString(Qt::ISODateWithMs),
+        q.value(2).toString(), QString::number(codePoint), ProgressCsv::field(QString::fromUcs4(&ucs4, 1))};
     for (int column = 4; column <= 12; ++column) {
         const QVariant value = q.value(column);
         if (value.isNull())
@@ -67,7 +67,8 @@ QString copy_history(QSqlDatabase& db, QIODevice& out) {
     if (!query.exec(QStringLiteral("PRAGMA quick_check"))) return error_text(query.lastError());
     if (!query.next()) return QStringLiteral("quick_check gave no answer");
     if (query.value(0).toString() != QLatin1String("ok"))
-        return tt("it is damaged (%1)", "sie ist beschädigt (%1)", "он повреждён (%1)").arg(query.value(0).toString());
+        return tt("it is damaged (%1)", "sie ist beschädigt (%1)", "он повреждён (%1)")
+            .arg(query.value(0).toString());
     const int version = ProgressSchema::version_of(db);
     if (version == 0) return {};  // an empty file: nothing practised yet
     if (version < 0)
@@ -78,7 +79,8 @@ QString copy_history(QSqlDatabase& db, QIODevice& out) {
     if (!query.exec(QString::fromLatin1(HISTORY))) {
         const QString error = error_text(query.lastError());
         if (version <= ProgressSchema::VERSION) return error;
-        return tt("it comes from a newer version of quenlo (%1)", "sie stammt von einer neueren quenlo-Version (%1)",
+        return tt("it comes from a newer version of quenlo (%1)",
+                  "sie stammt von einer neueren quenlo-Version (%1)",
                   "он создан более новой версией quenlo (%1)")
             .arg(error);
     }
@@ -113,7 +115,8 @@ QString ProgressCsv::field(const QString& text) {
 
 QString ProgressCsv::write(const QString& history, const QString& target) {
     const auto cannot_write = [&](const QString& reason) {
-        return tt("Cannot write '%1': %2.", "'%1' kann nicht geschrieben werden: %2.", "Не удаётся записать '%1': %2.")
+        return tt("Cannot write '%1': %2.", "'%1' kann nicht geschrieben werden: %2.",
+                  "Не удаётся записать '%1': %2.")
             .arg(cli::printable(target), reason);
     };
     SafeSave file(target);
@@ -134,7 +137,8 @@ QString ProgressCsv::write(const QString& history, const QString& target) {
     }
     if (!unreadable.isEmpty()) {
         file.cancel();
-        return tt("The practice history '%1' cannot be read: %2.", "Der Übungsverlauf '%1' kann nicht gelesen werden: %2.",
+        return tt("The practice history '%1' cannot be read: %2.",
+                  "Der Übungsverlauf '%1' kann nicht gelesen werden: %2.",
                   "Историю занятий '%1' не удаётся прочитать: %2.")
             .arg(cli::printable(history), unreadable);
     }

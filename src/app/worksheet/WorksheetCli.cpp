@@ -79,11 +79,12 @@ WorksheetCliResult WorksheetCli::run(const QStringList& arguments, QLocale::Lang
             EXIT_BAD_ARGUMENTS,
             tt("--out FILE.pdf is missing\n", "--out DATEI.pdf fehlt\n", "не указан --out ФАЙЛ.pdf\n") + use);
     if (!is_pdf_name(out))
-        return answer(EXIT_BAD_ARGUMENTS,
-                      tt("the worksheet is a PDF: --out needs a name ending in .pdf, not '%1'",
-                         "das Arbeitsblatt ist ein PDF: --out braucht einen Namen, der auf .pdf endet, nicht '%1'",
-                         "пропись — это PDF: для --out нужно имя с окончанием .pdf, а не '%1'")
-                          .arg(cli::printable(out)));
+        return answer(
+            EXIT_BAD_ARGUMENTS,
+            tt("the worksheet is a PDF: --out needs a name ending in .pdf, not '%1'",
+               "das Arbeitsblatt ist ein PDF: --out braucht einen Namen, der auf .pdf endet, nicht '%1'",
+               "пропись — это PDF: для --out нужно имя с окончанием .pdf, а не '%1'")
+                .arg(cli::printable(out)));
     if (const auto grid = value_of(arguments, KEY_GRID)) {
         const auto parsed = guide_grid_from_string(grid->toLower());
         if (!parsed)

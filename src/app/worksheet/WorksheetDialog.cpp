@@ -6,8 +6,8 @@
 #include <QDesktopServices>
 #include <QDialogButtonBox>
 #include <QDir>
-#include <QFileInfo>
 #include <QFileDialog>
+#include <QFileInfo>
 #include <QFormLayout>
 #include <QMessageBox>
 #include <QPushButton>
@@ -48,9 +48,10 @@ QMessageBox* WorksheetDialog::confirmation(QWidget* parent, const QString& file,
                       "Пропись сохранена как\n%1")
                        .arg(QDir::toNativeSeparators(file));
     if (!skipped.isEmpty())
-        text += QStringLiteral("\n\n") + tt("No stroke file for %1; skipped.", "Keine Strichdatei für %1; übersprungen.",
-                                      "Нет файла черт для %1; пропущено.")
-                                       .arg(skipped);
+        text += QStringLiteral("\n\n") + tt("No stroke file for %1; skipped.",
+                                            "Keine Strichdatei für %1; übersprungen.",
+                                            "Нет файла черт для %1; пропущено.")
+                                             .arg(skipped);
     auto* box = new QMessageBox(QMessageBox::Information, tt("Worksheet", "Arbeitsblatt", "Пропись"), text,
                                 QMessageBox::Ok, parent);
     QPushButton* open =
