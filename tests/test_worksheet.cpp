@@ -236,7 +236,7 @@ TEST(WorksheetCli, ProgramPrintsOneLineAndKeepsTheOldFileOnAFullDisk) {
          -1,
          "a.pdf"},
         {"a look-alike option", "--worksheets 中", -1, {}, 2, 3, "unknown option '--worksheets'"},
-        {"an export", "--export-progress @dir/a.csv", -1, {}, 0, 1, "a.csv"},
+        {"an export", "-export-progress @dir/a.csv", -1, {}, 0, 1, "a.csv"},
         {"an export of an unreadable history", "--export-progress @dir/a.csv", -1, QByteArray(2000, 'x'), 1,
          1, "not a database"},
         {"a full disk while writing a worksheet",

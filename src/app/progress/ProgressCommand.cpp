@@ -13,7 +13,12 @@ namespace morvel::progress {
 
 int ProgressCommand::run(int argc, char** argv) {
     int at = 1;
-    while (at < argc && std::strcmp(argv[at], OPTION) != 0) ++at;
+    // Any number of leading dashes, as for every other option.
+    const auto is_option = [](const char* argument) {
+        while (*argument == '-') ++argument;
+        return std::strcmp(argument, OPTION + 2) == 0;
+    };
+    while (at < argc && !is_option(argv[at])) ++at;
     if (at >= argc) return -1;
 
     QCoreApplication app(argc, argv);
