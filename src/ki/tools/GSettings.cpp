@@ -122,16 +122,20 @@ QString GSettings::keep_copy_of_file(const QString& fileName) {
             continue;
         }
         QFile copy(name);
-        if (copy.open(QIODevice::WriteOnly | QIODevice::NewOnly) && copy.write(content) == content.size() &&
-            copy.flush()) {
-            copy.close();
+        // NewOnly: a copy that appeared since the look above is another one's, never touched.
+        if (!copy.open(QIODevice::WriteOnly | QIODevice::NewOnly)) {
+            pp_error("GSettings, cannot keep a copy of '$' in '$': $", fileName, name, copy.errorString());
+            return {};
+        }
+        const bool written = copy.write(content) == content.size() && copy.flush();
+        const QString why = copy.errorString();
+        copy.close();
+        if (written && copy.error() == QFileDevice::NoError) {
             pp_error("GSettings, settings file '$' holds values that cannot be read; a copy is kept in '$'",
                      fileName, name);
             return name;
         }
-        const QString why = copy.errorString();
-        copy.close();
-        copy.remove();
+        copy.remove();  // a cut-off copy would pass for the whole file
         pp_error("GSettings, cannot keep a copy of '$' in '$': $", fileName, name, why);
         return {};
     }
