@@ -84,6 +84,11 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
         // What start-up does before the store reads a file.
         GSettings::set_aside_damaged_file(settings.fileName());
         settings.sync();
+        // A damaged file is never moved over an older copy: without this the copies would pile
+        // up until none could be made and the file stayed in place.
+        const QFileInfo store(settings.fileName());
+        for (const QString& copy : store.dir().entryList({store.fileName() + QStringLiteral(".damaged*")}))
+            QFile::remove(store.dir().filePath(copy));
     } else {
         settings.clear();
         while (input.remaining_bytes() > 0) {

@@ -26,8 +26,8 @@ TEST(Catalogue, LevelLineParsing) {
         const char16_t* line;
         const char* parsed;
     } rows[] = {
-        {"shipped form", u"20013 = { 中 | zhōng | middle; center | Mitte; Zentrum | середина; центр }",
-         "中 | zhōng | middle; center | Mitte; Zentrum | середина; центр"},
+        {"shipped form", u"20013 = { 中 | zhōng | middle; centre | Mitte; Zentrum | середина; центр }",
+         "中 | zhōng | middle; centre | Mitte; Zentrum | середина; центр"},
         {"first field never checked", u"20013 = { X | a | b | c | d }", "中 | a | b | c | d"},
         {"blanks insignificant", u"  19971 ={a|b|c|d|e}  ", "七 | b | c | d | e"},
         {"empty fields kept", u"19971 = { | | | | }", "七 |  |  |  | "},

@@ -16,6 +16,7 @@
 #include <QDir>
 #include <QDirIterator>
 #include <QFile>
+#include <QFileInfo>
 #include <QTemporaryDir>
 #include <QThread>
 #include <cstddef>
@@ -180,12 +181,21 @@ namespace {
 class HostileSettings : public SettingsTest {
 protected:
     void TearDown() override {
-        QFile::remove(damaged());
+        remove_copies();
         SettingsTest::TearDown();
         // A refused write stays in the store's status; the next case must see its own.
         GSettings::reopen_for_tests();
     }
     static QString damaged() { return GSettings::instance().fileName() + ".damaged"; }
+    // The kept copies of the store beside it, oldest name first.
+    static QStringList copies() {
+        const QFileInfo store(GSettings::instance().fileName());
+        return store.dir().entryList({store.fileName() + ".damaged*"}, QDir::Files, QDir::Name);
+    }
+    static void remove_copies() {
+        const QDir dir = QFileInfo(GSettings::instance().fileName()).dir();
+        for (const QString& name : copies()) QFile::remove(dir.filePath(name));
+    }
 };
 
 GNode window_node() {
@@ -253,6 +263,46 @@ TEST_F(HostileSettings, DamagedFileIsSetAsideAndTheProgramStartsOnDefaults) {
         EXPECT_TRUE(read_file(settings.fileName()).contains("theme=1"))
             << "the next save writes a fresh file";
         settings.clear_config();
+    }
+}
+
+TEST_F(HostileSettings, EveryFileReplacedByDefaultsLeavesACopyBesideTheOlderOnes) {
+    const QString node = GNode::to_qstring(window_node());
+    const QByteArray cutNode = node.left(node.size() / 8 * 4).toLatin1();
+    const struct Row {
+        const char* name;
+        QByteArray content;
+    } rows[] = {
+        {"window node cut short", "[Window]\nWinHanzi=" + cutNode + "\n"},
+        {"configuration version beyond any integer", "[config]\nversion=99999999999999999999999\n"},
+        {"30 MB value in place of a node", "[Window]\nWinHanzi=" + QByteArray(30'000'000, 'A') + "\n"},
+        {"garbage bytes", garbage(4000, 29)},
+        {"binary file", "\x7f" "ELF\x02\x01\x01" + QByteArray(9, '\0') + garbage(2000, 31)},
+    };
+    const QByteArray older = "[ui]\ntheme=1\n";
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.name);
+        GSettings::reopen_for_tests();
+        remove_copies();
+        QDir().mkpath(QFileInfo(damaged()).path());
+        write_file(damaged(), older);
+        write_file(GSettings::instance().fileName(), row.content);
+        // What a start does: check the file, read the stored values, save the defaults.
+        GSettings::set_aside_damaged_file(GSettings::instance().fileName());
+        GSettings& settings = GSettings::instance();
+        settings.sync();
+        EXPECT_EQ(settings.get_config_version(), 0u);
+        EXPECT_TRUE(settings.get_window_node("WinHanzi").is_empty());
+        settings.clear_config();
+        settings.set_window_node(window_node(), "WinHanzi");
+        settings.sync();
+
+        const QStringList kept = copies();
+        EXPECT_EQ(kept.size(), 2) << kept.join(' ').toStdString();
+        if (kept.size() != 2) continue;
+        EXPECT_EQ(read_file(damaged()), older) << "an older copy is never replaced";
+        EXPECT_EQ(read_file(QFileInfo(damaged()).dir().filePath(kept.last())), row.content)
+            << "the replaced file is kept as it was";
     }
 }
 

@@ -228,7 +228,7 @@ TEST_F(WindowTest, TranslationLineAndToolTipsFollowTheLanguage) {
         {QLocale::German, "Mitte; Zentrum", "Nächstes Schriftzeichen"},
         {QLocale::Russian, "середина; центр", "Следующий иероглиф"},
         {QLocale::French, QString(), "Next Hieroglyph"},  // no meanings, English texts
-        {QLocale::English, "middle; center", "Next Hieroglyph"},
+        {QLocale::English, "middle; centre", "Next Hieroglyph"},
     };
     for (const auto& row : rows) {
         SCOPED_TRACE(row.language);

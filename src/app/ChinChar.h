@@ -18,7 +18,7 @@ struct ChinChar {
     QString german;
     QString russian;
 
-    /// Parses "20013 = { 中 | zhōng | middle; center | Mitte; Zentrum | середина; центр }".
+    /// Parses "20013 = { 中 | zhōng | middle; centre | Mitte; Zentrum | середина; центр }".
     /// The number alone decides the character; the first field is not checked. An invalid
     /// line gives a record with `unicode` 0.
     static ChinChar from_string(const QString& line);

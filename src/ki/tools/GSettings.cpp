@@ -30,6 +30,25 @@ QString window_key(const QString& name) {
     return QString::fromLatin1(GSettings::GROUP_WINDOW) + u'/' + name;
 }
 
+// Copies of a damaged settings file: "<file>.damaged", then "<file>.damaged.2", ".3", ...
+constexpr int MAX_COPIES = 100;
+
+QString copy_name(const QString& fileName, int n) {
+    const QString name = fileName + QStringLiteral(".damaged");
+    return n == 1 ? name : name + u'.' + QString::number(n);
+}
+
+bool taken(const QString& name) {
+    const QFileInfo info(name);
+    return info.exists() || info.isSymLink();
+}
+
+bool holds(const QString& name, const QByteArray& content) {
+    if (QFileInfo(name).size() != content.size()) return false;
+    QFile file(name);
+    return file.open(QIODevice::ReadOnly) && file.readAll() == content;
+}
+
 }  // namespace
 
 GSettings::GSettings(QObject* parent) : QSettings(parent) {}
@@ -67,12 +86,15 @@ bool GSettings::set_aside_damaged_file(const QString& fileName) {
     }
     if (reason.isEmpty()) return true;
 
-    const QString aside = fileName + QStringLiteral(".damaged");
-    QFile::remove(aside);
-    if (QFile::rename(fileName, aside)) {
-        pp_error("GSettings, settings file '$' is damaged ($), moved to '$'; starting on defaults", fileName,
-                 reason, aside);
-        return false;
+    // QFile::rename never replaces an existing file, so an older copy survives a race too.
+    for (int n = 1; n <= MAX_COPIES; ++n) {
+        const QString aside = copy_name(fileName, n);
+        if (QFile::rename(fileName, aside)) {
+            pp_error("GSettings, settings file '$' is damaged ($), moved to '$'; starting on defaults", fileName,
+                     reason, aside);
+            return false;
+        }
+        if (!taken(aside)) break;
     }
     const QString elsewhere =
         QDir::tempPath() + QStringLiteral("/settings-") + QString::number(QCoreApplication::applicationPid());
@@ -82,6 +104,49 @@ bool GSettings::set_aside_damaged_file(const QString& fileName) {
         "GSettings, settings file '$' is damaged ($) and cannot be moved; this run keeps its settings in '$'",
         fileName, reason, elsewhere);
     return false;
+}
+
+QString GSettings::keep_copy_of_file(const QString& fileName) {
+    QFile file(fileName);
+    if (!file.exists()) return {};
+    if (!file.open(QIODevice::ReadOnly)) {
+        pp_error("GSettings, cannot read '$' to keep a copy: $", fileName, file.errorString());
+        return {};
+    }
+    const QByteArray content = file.readAll();
+    file.close();
+    for (int n = 1; n <= MAX_COPIES; ++n) {
+        const QString name = copy_name(fileName, n);
+        if (taken(name)) {
+            if (holds(name, content)) return name;
+            continue;
+        }
+        QFile copy(name);
+        // NewOnly: a copy that appeared since the look above is another one's, never touched.
+        if (!copy.open(QIODevice::WriteOnly | QIODevice::NewOnly)) {
+            pp_error("GSettings, cannot keep a copy of '$' in '$': $", fileName, name, copy.errorString());
+            return {};
+        }
+        const bool written = copy.write(content) == content.size() && copy.flush();
+        const QString why = copy.errorString();
+        copy.close();
+        if (written && copy.error() == QFileDevice::NoError) {
+            pp_error("GSettings, settings file '$' holds values that cannot be read; a copy is kept in '$'",
+                     fileName, name);
+            return name;
+        }
+        copy.remove();  // a cut-off copy would pass for the whole file
+        pp_error("GSettings, cannot keep a copy of '$' in '$': $", fileName, name, why);
+        return {};
+    }
+    pp_error("GSettings, no copy of '$' kept: $ older copies are in the way", fileName, MAX_COPIES);
+    return {};
+}
+
+void GSettings::refused(const QString& key, const char* type) {
+    pp_warn("GSettings::get, key:'$' does not hold a $", key, type);
+    if (copyKept) return;
+    copyKept = !keep_copy_of_file(fileName()).isEmpty();
 }
 
 void GSettings::sync() {
@@ -129,8 +194,7 @@ void GSettings::restore_splitter_state(QSplitter* splitter) {
         return;
     }
     const QByteArray state = value(splitter_key(splitter)).toByteArray();
-    if (!state.isEmpty() && !splitter->restoreState(state))
-        pp_warn("GSettings::restore_splitter_state, state of '$' refused", splitter->objectName());
+    if (!state.isEmpty() && !splitter->restoreState(state)) refused(splitter_key(splitter), "splitter state");
 }
 
 void GSettings::set_node(const QString& key, const ki::store::GNode& node) {
@@ -141,7 +205,10 @@ void GSettings::set_node(const QString& key, const ki::store::GNode& node) {
 ki::store::GNode GSettings::get_node(const QString& key) {
     const QString text = value(key, QString()).toString();
     if (text.isEmpty()) return {};
-    return ki::store::GNode::from_base_64_string(text);
+    ki::GSysResult<ki::store::GNode> node = ki::store::GNode::from_qstring(text);
+    if (node.ok()) return node.take();
+    refused(key, "node");
+    return {};
 }
 
 void GSettings::set_window_node(const ki::store::GNode& node, const QString& name) {

@@ -40,14 +40,14 @@ public:
     void set(const QString& key, const Qt::GlobalColor& color, const QObject* object = nullptr);
 
     /// The stored value converted to T; the default when the key is missing or the stored
-    /// text does not convert (logged).
+    /// text does not convert (logged, and the file kept as by keep_copy_of_file).
     template <typename T>
     T get(const QString& key, const T& default_value, const QObject* object = nullptr) {
         const QString full_key = object_key(key, object);
         QVariant stored = value(full_key);
         if (!stored.isValid()) return default_value;
         if (!stored.convert(QMetaType::fromType<T>())) {
-            pp_warn("GSettings::get, key:'$' does not hold a $", full_key, QMetaType::fromType<T>().name());
+            refused(full_key, QMetaType::fromType<T>().name());
             return default_value;
         }
         return stored.value<T>();
@@ -82,7 +82,8 @@ public:
 
     /// The node as its Base64 text under key.
     void set_node(const QString& key, const ki::store::GNode& node);
-    /// An empty node when the key is missing or its text is refused (logged).
+    /// An empty node when the key is missing or its text is refused (logged, and the file kept
+    /// as by keep_copy_of_file).
     ki::store::GNode get_node(const QString& key);
 
     /// Drops every key and writes the empty store out.
@@ -96,8 +97,14 @@ public:
     /// could not read it faithfully: a value its decoder would expand without bound (see
     /// ki::io::IniFileCheck), a format error, or a file that cannot be read. Returns whether the
     /// file stays in place. When it cannot be moved, the native settings of this run go to a
-    /// temporary folder instead, so that the damaged file is never read.
+    /// temporary folder instead, so that the damaged file is never read. An older copy is never
+    /// replaced: the name takes a number (".damaged.2", ".damaged.3", ...) when it is taken.
     static bool set_aside_damaged_file(const QString& fileName);
+    /// Copies the file at `fileName` as it is on disk to the first free "<fileName>.damaged"
+    /// name, unless one of those copies already holds the same bytes. Called when a stored value
+    /// is refused, before the defaults that replace it are written. Returns the copy's name, or
+    /// an empty text when there is no file or it cannot be copied (logged).
+    static QString keep_copy_of_file(const QString& fileName);
     /// Reads the stored configuration version; when it is older than `expected_version`,
     /// optionally drops all settings, stores the expected version and returns true.
     bool check_update_config(unsigned int expected_version, bool clear);
@@ -133,10 +140,14 @@ public:
 
 private:
     explicit GSettings(QObject* parent = nullptr);
+    /// A stored value that cannot be read as `type`: logged, and the file kept before the
+    /// default that stands in for it is saved over it.
+    void refused(const QString& key, const char* type);
 
     unsigned int version = 0;
     unsigned int version_minimum = 0;
     bool writeErrorLogged = false;
+    bool copyKept = false;
 };
 
 }  // namespace ki::qt
