@@ -1,0 +1,79 @@
+// The review scheduler: every review of the reference histories (tests/data/fsrs_vectors.csv,
+// made by tools/fsrs/vectors.mjs) replayed, and the cases a learner's own data can bring.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <fstream>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include "app/review/Scheduler.h"
+
+using namespace morvel::review;
+
+namespace {
+
+struct VectorRow {
+    int history = 0, day = 0, rating = 0, elapsed = 0, interval = 0, due = 0, reps = 0, lapses = 0, state = 0;
+    double retention = 0, retrievability = 0, stability = 0, difficulty = 0;
+};
+
+std::vector<VectorRow> read_vectors() {
+    std::ifstream file(QUENLO_SOURCE_DIR "/tests/data/fsrs_vectors.csv");
+    std::vector<VectorRow> rows;
+    std::string line;
+    while (std::getline(file, line)) {
+        if (line.empty() || line[0] == '#' || line[0] == 'h') continue;
+        std::replace(line.begin(), line.end(), ',', ' ');
+        std::istringstream in(line);
+        VectorRow r;
+        in >> r.history >> r.retention >> r.day >> r.rating >> r.elapsed >> r.retrievability >> r.stability >>
+            r.difficulty >> r.interval >> r.due >> r.reps >> r.lapses >> r.state;
+        EXPECT_FALSE(in.fail()) << line;
+        rows.push_back(r);
+    }
+    return rows;
+}
+
+double relative(double got, double want) { return std::abs(got - want) / std::max(std::abs(want), 1e-12); }
+
+}  // namespace
+
+TEST(ReviewScheduler, ReplaysReferenceHistories) {
+    const std::vector<VectorRow> rows = read_vectors();
+    ASSERT_GE(rows.size(), 5000u);
+
+    Card card;
+    int history = -1, histories = 0, intervalMismatches = 0;
+    double worstStability = 0, worstDifficulty = 0, worstRecall = 0;
+    for (const VectorRow& row : rows) {
+        if (row.history != history) {
+            history = row.history;
+            ++histories;
+            card = Card{};
+        }
+        const Scheduler scheduler(row.retention);
+        const std::string where = "history " + std::to_string(row.history) + ", review " + std::to_string(card.reps + 1);
+        worstRecall = std::max(worstRecall, std::abs(scheduler.retrievability(card, row.day) - row.retrievability));
+        card = scheduler.review(card, row.day, static_cast<Rating>(row.rating));
+
+        worstStability = std::max(worstStability, relative(card.stability, row.stability));
+        worstDifficulty = std::max(worstDifficulty, relative(card.difficulty, row.difficulty));
+        if (card.interval != row.interval) ++intervalMismatches;
+        EXPECT_EQ(card.interval, row.interval) << where;
+        EXPECT_EQ(card.due, row.due) << where;
+        EXPECT_EQ(card.reps, row.reps) << where;
+        EXPECT_EQ(card.lapses, row.lapses) << where;
+        EXPECT_EQ(static_cast<int>(card.state), row.state) << where;
+        EXPECT_NEAR(card.stability, row.stability, 1e-4 * row.stability) << where;
+        EXPECT_NEAR(card.difficulty, row.difficulty, 1e-4 * row.difficulty) << where;
+    }
+    EXPECT_GE(histories, 500);
+    EXPECT_LE(worstRecall, 1e-6);
+    RecordProperty("histories", histories);
+    RecordProperty("reviews", static_cast<int>(rows.size()));
+    std::printf("parity: %d histories, %zu reviews, stability %.3g, difficulty %.3g, recall %.3g, %d interval mismatches\n",
+                histories, rows.size(), worstStability, worstDifficulty, worstRecall, intervalMismatches);
+}
