@@ -1,5 +1,5 @@
-// The day's session over a large collection: choosing the next card among 3,000 (most of them
-// reviewed, a tenth due) and one review through the scheduler.
+// The day's session over a large collection: choosing the next card among 3,000 (a tenth of
+// them new, the given percentage due) and one review through the scheduler.
 #include <benchmark/benchmark.h>
 
 #include <algorithm>
@@ -16,9 +16,9 @@ using namespace morvel::review;
 constexpr int CARDS = 3000;
 constexpr int TODAY = 20000;
 
-/// Cards reviewed over the past year with random ratings; about one in ten is due today, the
-/// rest wait for later or are still new.
-std::vector<PlanCard> collection(const Scheduler& scheduler) {
+/// Cards reviewed over the past year with random ratings; `duePercent` of them are due today,
+/// one in ten is still new, the rest wait for later.
+std::vector<PlanCard> collection(const Scheduler& scheduler, int duePercent) {
     std::mt19937 random(7);
     std::vector<PlanCard> cards;
     for (int i = 0; i < CARDS; ++i) {
@@ -29,8 +29,8 @@ std::vector<PlanCard> collection(const Scheduler& scheduler) {
                 c.card = scheduler.review(c.card, day, static_cast<Rating>(1 + random() % 4));
                 day = c.card.due + static_cast<int>(random() % 3);
             }
-            // Without this, every card would be due exactly at its last review day + interval.
-            if (i % 10 != 0) c.card.due = std::max(c.card.due, TODAY + 1);
+            c.card.due = static_cast<int>(random() % 100) < duePercent ? std::min(c.card.due, TODAY)
+                                                                        : std::max(c.card.due, TODAY + 1);
         }
         cards.push_back(c);
     }
@@ -39,14 +39,15 @@ std::vector<PlanCard> collection(const Scheduler& scheduler) {
 
 void BM_Review_NextOf3000(benchmark::State& state) {
     const Scheduler scheduler;
-    SessionPlan plan(scheduler, [] { return TODAY; }, collection(scheduler), SessionPlan::DEFAULT_NEW_LIMIT);
+    SessionPlan plan(scheduler, [] { return TODAY; }, collection(scheduler, static_cast<int>(state.range(0))),
+                     SessionPlan::DEFAULT_NEW_LIMIT);
     if (plan.next().kind != PlanStep::Kind::REVIEW) {
         state.SkipWithError("no card due in the collection");
         return;
     }
     for (auto _ : state) benchmark::DoNotOptimize(plan.next());
 }
-BENCHMARK(BM_Review_NextOf3000)->Unit(benchmark::kMicrosecond);
+BENCHMARK(BM_Review_NextOf3000)->Arg(10)->Arg(100)->Unit(benchmark::kMicrosecond);
 
 void BM_Review_SchedulerReview(benchmark::State& state) {
     const Scheduler scheduler;
