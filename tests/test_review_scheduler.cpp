@@ -77,3 +77,65 @@ TEST(ReviewScheduler, ReplaysReferenceHistories) {
     std::printf("parity: %d histories, %zu reviews, stability %.3g, difficulty %.3g, recall %.3g, %d interval mismatches\n",
                 histories, rows.size(), worstStability, worstDifficulty, worstRecall, intervalMismatches);
 }
+
+TEST(ReviewScheduler, StoredDataItCannotTrust) {
+    Card held;
+    held.stability = 10.0;
+    held.difficulty = 5.0;
+    held.lastReview = 100;
+    held.due = 110;
+    held.state = CardState::REVIEW;
+    Card broken = held;
+    broken.stability = std::nan("");
+    Card tooEasy = held;
+    tooEasy.difficulty = 0.5;
+    struct Row {
+        const char* name;
+        Scheduler scheduler;
+        Card card;
+        int day;
+        Card sameAs;
+        int sameDay;
+    };
+    const Row rows[] = {
+        {"a clock set back counts as the day of the last review", Scheduler(), held, 97, held, 100},
+        {"a stability that is not a number starts over", Scheduler(), broken, 120, Card{}, 120},
+        {"a difficulty below 1 starts over", Scheduler(), tooEasy, 120, Card{}, 120},
+        {"retention 0 schedules as 0.90", Scheduler(0.0), held, 120, held, 120},
+        {"retention above 1 schedules as 0.90", Scheduler(1.5), held, 120, held, 120},
+        {"retention not a number schedules as 0.90", Scheduler(std::nan("")), held, 120, held, 120},
+        {"a maximum interval of 0 becomes 36,500 days", Scheduler(0.9, 0), held, 120, held, 120},
+    };
+    const Scheduler plain;
+    for (const Row& row : rows) {
+        for (Rating rating : {Rating::AGAIN, Rating::HARD, Rating::GOOD, Rating::EASY}) {
+            const Card got = row.scheduler.review(row.card, row.day, rating);
+            const Card want = plain.review(row.sameAs, row.sameDay, rating);
+            EXPECT_TRUE(std::isfinite(got.stability)) << row.name;
+            EXPECT_DOUBLE_EQ(got.stability, want.stability) << row.name;
+            EXPECT_DOUBLE_EQ(got.difficulty, want.difficulty) << row.name;
+            EXPECT_EQ(got.interval, want.interval) << row.name;
+        }
+    }
+}
+
+TEST(ReviewScheduler, KnownFromThreeWeeks) {
+    struct Row {
+        const char* name;
+        double stability;
+        CardState state;
+        bool known;
+    };
+    const Row rows[] = {
+        {"just under three weeks is not known yet", 20.99, CardState::REVIEW, false},
+        {"three weeks is known", 21.0, CardState::REVIEW, true},
+        {"a card never reviewed is not known", 30.0, CardState::NEW, false},
+    };
+    for (const Row& row : rows) {
+        Card card;
+        card.stability = row.stability;
+        card.difficulty = 5.0;
+        card.state = row.state;
+        EXPECT_EQ(card.known(), row.known) << row.name;
+    }
+}
