@@ -30,7 +30,7 @@ std::vector<PlanCard> collection(const Scheduler& scheduler, int duePercent) {
                 day = c.card.due + static_cast<int>(random() % 3);
             }
             c.card.due = static_cast<int>(random() % 100) < duePercent ? std::min(c.card.due, TODAY)
-                                                                        : std::max(c.card.due, TODAY + 1);
+                                                                       : std::max(c.card.due, TODAY + 1);
         }
         cards.push_back(c);
     }
@@ -39,8 +39,9 @@ std::vector<PlanCard> collection(const Scheduler& scheduler, int duePercent) {
 
 void BM_Review_NextOf3000(benchmark::State& state) {
     const Scheduler scheduler;
-    SessionPlan plan(scheduler, [] { return TODAY; }, collection(scheduler, static_cast<int>(state.range(0))),
-                     SessionPlan::DEFAULT_NEW_LIMIT);
+    SessionPlan plan(
+        scheduler, [] { return TODAY; }, collection(scheduler, static_cast<int>(state.range(0))),
+        SessionPlan::DEFAULT_NEW_LIMIT);
     if (plan.next().kind != PlanStep::Kind::REVIEW) {
         state.SkipWithError("no card due in the collection");
         return;

@@ -38,7 +38,8 @@ TEST(ReviewGrade, ProposedGrade) {
 }
 
 TEST(ReviewLocalDay, DayTurnsAtLocalMidnight) {
-    const qint64 lateUtc = QDateTime(QDate(2026, 11, 25), QTime(23, 30), QTimeZone::utc()).toMSecsSinceEpoch();
+    const qint64 lateUtc =
+        QDateTime(QDate(2026, 11, 25), QTime(23, 30), QTimeZone::utc()).toMSecsSinceEpoch();
     const int day = static_cast<int>(QDate(2026, 11, 25).toJulianDay() - 2440588);
     struct Row {
         const char* name;
@@ -102,12 +103,24 @@ struct Action {
     int day = 0;
 };
 
-Action next(PlanStep::Kind kind, char32_t cp = 0) { return {Action::NEXT, 0, {kind, cp}}; }
-Action introduce(char32_t cp) { return {Action::INTRODUCE, cp}; }
-Action grade(char32_t cp) { return {Action::GRADE, cp}; }
-Action progress(int reviews, int fresh, int left) { return {Action::PROGRESS, 0, {}, {reviews, fresh, left}}; }
-Action set_day(int day) { return {Action::SET_DAY, 0, {}, {}, day}; }
-Action restart() { return {Action::RESTART}; }
+Action next(PlanStep::Kind kind, char32_t cp = 0) {
+    return {Action::NEXT, 0, {kind, cp}};
+}
+Action introduce(char32_t cp) {
+    return {Action::INTRODUCE, cp};
+}
+Action grade(char32_t cp) {
+    return {Action::GRADE, cp};
+}
+Action progress(int reviews, int fresh, int left) {
+    return {Action::PROGRESS, 0, {}, {reviews, fresh, left}};
+}
+Action set_day(int day) {
+    return {Action::SET_DAY, 0, {}, {}, day};
+}
+Action restart() {
+    return {Action::RESTART};
+}
 
 using K = PlanStep::Kind;
 
@@ -139,14 +152,14 @@ TEST(ReviewPlan, PlaysSessions) {
         {"after midnight the limit starts afresh and tomorrow's reviews come due",
          5,
          5,
-         {grade(U'x'), grade(U'y'), next(K::DONE), set_day(TODAY + 1), progress(0, 0, 4), next(K::REVIEW, U'z'),
-          grade(U'z'), next(K::NEW, U'a')}},
+         {grade(U'x'), grade(U'y'), next(K::DONE), set_day(TODAY + 1), progress(0, 0, 4),
+          next(K::REVIEW, U'z'), grade(U'z'), next(K::NEW, U'a')}},
         {"a restart in the middle resumes with the same counts",
          5,
          3,
-         {next(K::REVIEW, U'x'), grade(U'x'), restart(), progress(1, 3, 3), next(K::REVIEW, U'y'), grade(U'y'),
-          introduce(U'a'), grade(U'a'), restart(), progress(2, 4, 1), next(K::NEW, U'b'), introduce(U'b'),
-          grade(U'b'), restart(), next(K::DONE)}},
+         {next(K::REVIEW, U'x'), grade(U'x'), restart(), progress(1, 3, 3), next(K::REVIEW, U'y'),
+          grade(U'y'), introduce(U'a'), grade(U'a'), restart(), progress(2, 4, 1), next(K::NEW, U'b'),
+          introduce(U'b'), grade(U'b'), restart(), next(K::DONE)}},
         {"a restart across midnight starts the new day",
          5,
          5,
@@ -158,8 +171,9 @@ TEST(ReviewPlan, PlaysSessions) {
         store.introduced[TODAY] = row.introducedBefore;
         int today = TODAY;
         auto build = [&] {
-            return SessionPlan(scheduler, [&today] { return today; }, store.cards, row.limit,
-                               store.introduced[today], store.reviewedOn[today]);
+            return SessionPlan(
+                scheduler, [&today] { return today; }, store.cards, row.limit, store.introduced[today],
+                store.reviewedOn[today]);
         };
         SessionPlan plan = build();
         int index = 0;
@@ -198,10 +212,12 @@ TEST(ReviewPlan, PlaysSessions) {
 TEST(ReviewPlan, BadInputKeepsPlanUsable) {
     const Scheduler scheduler;
     const int today = TODAY;
-    SessionPlan odd(scheduler, [&] { return today; }, Store().cards, 7);
+    SessionPlan odd(
+        scheduler, [&] { return today; }, Store().cards, 7);
     EXPECT_EQ(odd.new_limit(), SessionPlan::DEFAULT_NEW_LIMIT) << "a limit that is not offered";
 
-    SessionPlan plan(scheduler, [&] { return today; }, Store().cards, 10);
+    SessionPlan plan(
+        scheduler, [&] { return today; }, Store().cards, 10);
     const PlanProgress before = plan.progress();
     EXPECT_EQ(plan.graded(U'?', Rating::GOOD), Card{}) << "an unknown character";
     plan.introduced(U'x');  // not new: must not count against the limit

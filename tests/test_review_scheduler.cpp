@@ -37,7 +37,9 @@ std::vector<VectorRow> read_vectors() {
     return rows;
 }
 
-double relative(double got, double want) { return std::abs(got - want) / std::max(std::abs(want), 1e-12); }
+double relative(double got, double want) {
+    return std::abs(got - want) / std::max(std::abs(want), 1e-12);
+}
 
 }  // namespace
 
@@ -55,8 +57,10 @@ TEST(ReviewScheduler, ReplaysReferenceHistories) {
             card = Card{};
         }
         const Scheduler scheduler(row.retention);
-        const std::string where = "history " + std::to_string(row.history) + ", review " + std::to_string(card.reps + 1);
-        worstRecall = std::max(worstRecall, std::abs(scheduler.retrievability(card, row.day) - row.retrievability));
+        const std::string where =
+            "history " + std::to_string(row.history) + ", review " + std::to_string(card.reps + 1);
+        worstRecall =
+            std::max(worstRecall, std::abs(scheduler.retrievability(card, row.day) - row.retrievability));
         card = scheduler.review(card, row.day, static_cast<Rating>(row.rating));
 
         worstStability = std::max(worstStability, relative(card.stability, row.stability));
@@ -74,8 +78,10 @@ TEST(ReviewScheduler, ReplaysReferenceHistories) {
     EXPECT_LE(worstRecall, 1e-6);
     RecordProperty("histories", histories);
     RecordProperty("reviews", static_cast<int>(rows.size()));
-    std::printf("parity: %d histories, %zu reviews, stability %.3g, difficulty %.3g, recall %.3g, %d interval mismatches\n",
-                histories, rows.size(), worstStability, worstDifficulty, worstRecall, intervalMismatches);
+    std::printf(
+        "parity: %d histories, %zu reviews, stability %.3g, difficulty %.3g, recall %.3g, %d interval "
+        "mismatches\n",
+        histories, rows.size(), worstStability, worstDifficulty, worstRecall, intervalMismatches);
 }
 
 TEST(ReviewScheduler, StoredDataItCannotTrust) {

@@ -9,11 +9,11 @@ namespace morvel::review {
 
 /// What happened while the learner wrote one character from memory.
 struct RecallResult {
-    int misses = 0;             ///< Rejected traces over all strokes.
-    int strokesShown = 0;       ///< Strokes shown after repeated misses.
-    bool showMeUsed = false;    ///< The learner asked to see a stroke.
-    int score = 0;              ///< 0 to 100.
-    int durationMs = 0;         ///< From the prompt to the last stroke.
+    int misses = 0;               ///< Rejected traces over all strokes.
+    int strokesShown = 0;         ///< Strokes shown after repeated misses.
+    bool showMeUsed = false;      ///< The learner asked to see a stroke.
+    int score = 0;                ///< 0 to 100.
+    int durationMs = 0;           ///< From the prompt to the last stroke.
     std::optional<int> medianMs;  ///< The learner's median for this character, if there is one.
 };
 

@@ -21,9 +21,13 @@ double round_half_up(double x) {
 }
 
 /// The model keeps every intermediate value to 8 decimals; the intervals depend on it.
-double round8(double x) { return round_half_up(x * 1e8) / 1e8; }
+double round8(double x) {
+    return round_half_up(x * 1e8) / 1e8;
+}
 
-double decay() { return -W[20]; }
+double decay() {
+    return -W[20];
+}
 
 /// The curve's factor, chosen so that recall is 90 % after `stability` days.
 double curve_factor() {
@@ -35,7 +39,9 @@ double forgetting_curve(int elapsed, double stability) {
     return round8(std::pow(1.0 + curve_factor() * elapsed / stability, decay()));
 }
 
-double init_difficulty(int g) { return round8(W[4] - std::exp((g - 1) * W[5]) + 1.0); }
+double init_difficulty(int g) {
+    return round8(W[4] - std::exp((g - 1) * W[5]) + 1.0);
+}
 
 double next_difficulty(double d, int g) {
     const double delta = -W[6] * (g - 3);
@@ -54,7 +60,8 @@ double recall_stability(double d, double s, double r, int g) {
 
 double forget_stability(double d, double s, double r) {
     const double afterFail = round8(std::clamp(
-        W[11] * std::pow(d, -W[12]) * (std::pow(s + 1.0, W[13]) - 1.0) * std::exp((1.0 - r) * W[14]), S_MIN, S_MAX));
+        W[11] * std::pow(d, -W[12]) * (std::pow(s + 1.0, W[13]) - 1.0) * std::exp((1.0 - r) * W[14]), S_MIN,
+        S_MAX));
     // A lapse never raises stability.
     return std::min(std::max(round8(s), S_MIN), afterFail);
 }
@@ -68,7 +75,8 @@ bool usable(const Card& card) {
 
 Scheduler::Scheduler(double retention, int maximumInterval) {
     if (!(retention > 0.0 && retention <= 1.0)) {
-        ki::pp_warn("Scheduler::Scheduler, retention $ outside (0, 1], using $", retention, DEFAULT_RETENTION);
+        ki::pp_warn("Scheduler::Scheduler, retention $ outside (0, 1], using $", retention,
+                    DEFAULT_RETENTION);
         retention = DEFAULT_RETENTION;
     }
     if (maximumInterval < 1) {
@@ -130,6 +138,8 @@ Card Scheduler::review(const Card& card, int day, Rating rating) const {
     return next;
 }
 
-int Scheduler::interval(const Card& card, int day, Rating rating) const { return review(card, day, rating).interval; }
+int Scheduler::interval(const Card& card, int day, Rating rating) const {
+    return review(card, day, rating).interval;
+}
 
 }  // namespace morvel::review

@@ -10,7 +10,9 @@ namespace morvel::review {
 
 namespace {
 
-bool due_on(const Card& card, int day) { return card.state != CardState::NEW && card.due <= day; }
+bool due_on(const Card& card, int day) {
+    return card.state != CardState::NEW && card.due <= day;
+}
 
 }  // namespace
 
@@ -18,7 +20,8 @@ SessionPlan::SessionPlan(const Scheduler& scheduler, std::function<int()> today,
                          int newLimit, int introducedToday, int reviewedToday)
     : scheduler(&scheduler), today(std::move(today)), cards_(std::move(cards)) {
     if (std::find(NEW_LIMITS.begin(), NEW_LIMITS.end(), newLimit) == NEW_LIMITS.end()) {
-        ki::pp_warn("SessionPlan::SessionPlan, new limit $ not offered, using $", newLimit, DEFAULT_NEW_LIMIT);
+        ki::pp_warn("SessionPlan::SessionPlan, new limit $ not offered, using $", newLimit,
+                    DEFAULT_NEW_LIMIT);
         newLimit = DEFAULT_NEW_LIMIT;
     }
     this->newLimit = newLimit;

@@ -49,8 +49,8 @@ public:
     /// `introducedToday` and `reviewedToday` are what the stored history holds for that day, so
     /// that the daily limit holds across restarts. A new limit not in NEW_LIMITS is logged and
     /// replaced by the default.
-    SessionPlan(const Scheduler& scheduler, std::function<int()> today, std::vector<PlanCard> cards, int newLimit,
-                int introducedToday = 0, int reviewedToday = 0);
+    SessionPlan(const Scheduler& scheduler, std::function<int()> today, std::vector<PlanCard> cards,
+                int newLimit, int introducedToday = 0, int reviewedToday = 0);
 
     /// The next step. A new character introduced and not yet graded stays the next step.
     PlanStep next();
