@@ -30,6 +30,8 @@
 
 #include "app/AppData.h"
 #include "app/ModelAppData.h"
+#include "app/morvel.h"
+#include "app/progress/LessonRecorder.h"
 #include "app/Window.h"
 #include "app/stroke/CanvasHanzi.h"
 
@@ -102,6 +104,38 @@ void send_mouse(QWidget* target, QEvent::Type type, QPoint local, Qt::MouseButto
     ev.setTimestamp(++stamp);
     QCoreApplication::sendEvent(target, &ev);
 }
+
+// Character units to widget pixels: the frame fitted and centred into the canvas, computed here
+// on its own.
+QPoint to_pixel(const morvel::CanvasHanzi* canvas, glm::vec2 p) {
+    const ki::math::Rect box = canvas->get_view_box();
+    const float scale = std::min(canvas->width() / box.w, canvas->height() / box.h);
+    const glm::vec2 offset{(canvas->width() - box.w * scale) / 2.0f - box.x * scale,
+                           (canvas->height() - box.h * scale) / 2.0f - box.y * scale};
+    const glm::vec2 q = offset + p * scale;
+    return QPoint(int(std::lround(q.x)), int(std::lround(q.y)));
+}
+
+// Traces stroke `k` of the canvas's character with the mouse, along its centre line or reversed.
+void trace_stroke(morvel::CanvasHanzi* canvas, int k, bool reversed) {
+    const ki::math::Path& centre = canvas->get_anim().strokes[size_t(k)].pathAnim;
+    const float length = centre.get_length();
+    auto at = [&](float along) { return to_pixel(canvas, centre.point_at_length(reversed ? length - along : along)); };
+    send_mouse(canvas, QEvent::MouseButtonPress, at(0.0f), Qt::LeftButton);
+    for (float along = 20.0f; along < length; along += 20.0f)
+        send_mouse(canvas, QEvent::MouseMove, at(along), Qt::LeftButton);
+    send_mouse(canvas, QEvent::MouseButtonRelease, at(length), Qt::NoButton);
+}
+
+// Counts the paint events a widget receives.
+struct PaintCounter : QObject {
+    explicit PaintCounter(QWidget* target) { target->installEventFilter(this); }
+    bool eventFilter(QObject*, QEvent* ev) override {
+        if (ev->type() == QEvent::Paint) ++count;
+        return false;
+    }
+    int count = 0;
+};
 
 class WindowTest : public testing::Test {
 protected:
@@ -217,72 +251,76 @@ TEST_F(WindowTest, SelectionByListButtonsAndHotkeysPlaysAtOnceAndMovesNoButton) 
     }
 }
 
-TEST_F(WindowTest, TranslationLineAndToolTipsFollowTheLanguage) {
+// A regression guard: the canvas caption, the reason of a rejected trace and the "due" label
+// kept the old language until the next trace or character.
+TEST_F(WindowTest, EveryVisibleTextFollowsALanguageSwitchAtOnce) {
     Window& w = open();
+    LessonOptions options = w.get_options();
+    options.reviewDue = true;
+    w.apply_options(options);
     w.on_index(INDEX_ZHONG);
+    ASSERT_TRUE(w.get_recorder().is_open());
+    trace_stroke(canvas_of(w), 0, true);
+    settle();
+    ASSERT_TRUE(canvas_of(w)->get_rejection().is_rejected());
+    PaintCounter painted(canvas_of(w));
     const struct {
         QLocale::Language language;
-        QString meaning;
-        QString nextTip;
+        QString meaning, nextTip, counter, due, level;
     } rows[] = {
-        {QLocale::German, "Mitte; Zentrum", "Nächstes Schriftzeichen"},
-        {QLocale::Russian, "середина; центр", "Следующий иероглиф"},
-        {QLocale::French, QString(), "Next Hieroglyph"},  // no meanings, English texts
-        {QLocale::English, "middle; centre", "Next Hieroglyph"},
+        {QLocale::German, "Mitte; Zentrum", "Nächstes Schriftzeichen", "Strich 1 von 4", "Nichts fällig", "Stufe 1"},
+        {QLocale::Russian, "середина; центр", "Следующий иероглиф", "Черта 1 из 4", "Повторять нечего", "Уровень 1"},
+        {QLocale::French, QString(), "Next Hieroglyph", "Stroke 1 of 4", "Nothing due", "Level 1"},  // no meanings
+        {QLocale::English, "middle; centre", "Next Hieroglyph", "Stroke 1 of 4", "Nothing due", "Level 1"},
     };
     for (const auto& row : rows) {
         SCOPED_TRACE(row.language);
+        const int paintsBefore = painted.count;
         ki::qt::lang::set_lang(row.language);
+        settle();
         EXPECT_EQ(w.findChild<QLabel*>(QStringLiteral("translation"))->text(), row.meaning);
         EXPECT_NE(button(w, row.nextTip), nullptr);
+        EXPECT_GT(painted.count, paintsBefore) << "caption and reason are worded when painted";
+        EXPECT_EQ(canvas_of(w)->counter_text(), row.counter);
+        EXPECT_TRUE(w.findChild<QLabel*>(QStringLiteral("due"))->text().startsWith(row.due));
+        EXPECT_EQ(w.findChild<QLabel*>(QStringLiteral("level"))->text(), row.level);
     }
     EXPECT_TRUE(translation_panel_of(w)->isVisibleTo(&w)) << "hidden only by its menu item";
 }
 
-// Traces stroke `k` of the canvas's character with the mouse, along its centre line or reversed.
-void trace_stroke(morvel::CanvasHanzi* canvas, int k, bool reversed) {
-    // The character's frame fitted and centred into the widget, computed here on its own.
-    const ki::math::Rect box = canvas->get_view_box();
-    const float scale = std::min(canvas->width() / box.w, canvas->height() / box.h);
-    const glm::vec2 offset{(canvas->width() - box.w * scale) / 2.0f - box.x * scale,
-                           (canvas->height() - box.h * scale) / 2.0f - box.y * scale};
-    const ki::math::Path& centre = canvas->get_anim().strokes[size_t(k)].pathAnim;
-    const float length = centre.get_length();
-    auto at = [&](float along) {
-        const glm::vec2 q = offset + centre.point_at_length(reversed ? length - along : along) * scale;
-        return QPoint(int(std::lround(q.x)), int(std::lround(q.y)));
-    };
-    send_mouse(canvas, QEvent::MouseButtonPress, at(0.0f), Qt::LeftButton);
-    for (float along = 20.0f; along < length; along += 20.0f)
-        send_mouse(canvas, QEvent::MouseMove, at(along), Qt::LeftButton);
-    send_mouse(canvas, QEvent::MouseButtonRelease, at(length), Qt::NoButton);
-}
-
 TEST_F(WindowTest, TracingWithTheMouseTeachesAndFinishesTheCharacter) {
     using F = morvel::prog2::Feedback;
+    constexpr int TIMER = -1, ROUNDS_FROM_MENU = -2;
     struct Row {
         const char* name;
         int hintAfter;
         bool rounds;
-        std::vector<std::pair<int, bool>> traces;  // stroke, reversed; stroke -1 runs the timer out
+        std::vector<std::pair<int, bool>> traces;  // stroke, reversed; or TIMER runs out, ROUNDS_FROM_MENU
         std::vector<F> sounds;                     // the last one says whether the character is complete
         bool hinting;
         int learned;
+        const char* counter;
     };
     const F A = F::ACCEPTED, R = F::REJECTED, C = F::COMPLETE;
+    const std::pair<int, bool> all[] = {{0, false}, {1, false}, {2, false}, {3, false}};
+    const std::vector<std::pair<int, bool>> whole(std::begin(all), std::end(all));
     // clang-format off
     const Row rows[] = {
-        {"every stroke traced finishes the character", 3, false, {{0, false}, {1, false}, {2, false}, {3, false}},
-         {A, A, A, C}, false, 4},
-        {"three misses start the hint", 3, false, {{0, true}, {0, true}, {0, true}}, {R, R, R}, true, 0},
+        {"every stroke traced finishes the character", 3, false, whole, {A, A, A, C}, false, 4, "Done"},
+        {"three misses start the hint", 3, false, {{0, true}, {0, true}, {0, true}}, {R, R, R}, true, 0, "Stroke 1 of 4"},
         {"an accepted stroke starts the count again", 3, false, {{0, true}, {0, true}, {0, false}, {1, true}},
-         {R, R, A, R}, false, 1},
-        {"a later stroke traced first is a miss", 1, false, {{2, false}}, {R}, true, 0},
+         {R, R, A, R}, false, 1, "Stroke 2 of 4"},
+        {"a later stroke traced first is a miss", 1, false, {{2, false}}, {R}, true, 0, "Stroke 1 of 4"},
         {"hints off never hint", 0, false, {{0, true}, {0, true}, {0, true}, {0, true}, {0, true}},
-         {R, R, R, R, R}, false, 0},
-        {"in practice rounds the first round is not the end", 3, true,
-         {{0, false}, {1, false}, {2, false}, {3, false}}, {A, A, A, A}, false, 4},
-        {"the timer ends the hint", 3, false, {{0, true}, {0, true}, {0, true}, {-1, false}}, {R, R, R}, false, 0},
+         {R, R, R, R, R}, false, 0, "Stroke 1 of 4"},
+        {"in practice rounds the first round is not the end", 3, true, whole, {A, A, A, A}, false, 4,
+         "Round 1 of 3 · Done"},
+        {"practice rounds switched on after the last stroke count no stroke past the last", 3, false,
+         {{0, false}, {1, false}, {2, false}, {3, false}, {ROUNDS_FROM_MENU, false}}, {A, A, A, C}, false, 4, "Done"},
+        {"the timer ends the hint", 3, false, {{0, true}, {0, true}, {0, true}, {TIMER, false}}, {R, R, R}, false, 0,
+         "Stroke 1 of 4"},
+        {"a miss after the hint has ended shows it again", 3, false,
+         {{0, true}, {0, true}, {0, true}, {TIMER, false}, {0, true}}, {R, R, R, R}, true, 0, "Stroke 1 of 4"},
     };
     // clang-format on
     Window& w = open();  // in learn mode
@@ -300,13 +338,42 @@ TEST_F(WindowTest, TracingWithTheMouseTeachesAndFinishesTheCharacter) {
         played.clear();
         for (const auto& [stroke, reversed] : row.traces) {
             if (stroke >= 0) trace_stroke(canvas, stroke, reversed);
-            for (int t = 0; stroke < 0 && t < 200 && w.get_control().state().hint >= 0.0f; ++t) w.on_timer();
+            for (int t = 0; stroke == TIMER && t < 200 && w.get_control().state().hint >= 0.0f; ++t) w.on_timer();
+            if (stroke == ROUNDS_FROM_MENU) {
+                std::unique_ptr<ki::qt::GMenu> menu(w.gen_menu_options(Window::OPTIONS_ALL));
+                menu_item(menu.get(), {"Practice", "Practice rounds"})->trigger();
+            }
         }
         EXPECT_EQ(played, row.sounds);
         EXPECT_EQ(w.get_control().state().hint >= 0.0f, row.hinting);
         EXPECT_EQ(canvas->get_strokes_learned(), row.learned);
         EXPECT_EQ(w.get_control().state().is_complete(), row.sounds.back() == C);
         EXPECT_EQ(canvas->get_path_mouse().is_empty(), played.back() != R) << "an accepted trace is cleared";
+        EXPECT_EQ(canvas->counter_text(), QString::fromUtf8(row.counter));
+    }
+}
+
+// The hint paints the stroke over the rejected trace it answers, in every theme; it was once
+// hidden under the trace's red band.
+TEST_F(WindowTest, TheHintIsDrawnOverTheRejectedTrace) {
+    Window& w = open();
+    LessonOptions options = w.get_options();
+    options.hintAfterMisses = 3;
+    w.apply_options(options);
+    morvel::CanvasHanzi* canvas = canvas_of(w);
+    for (const unsigned int theme : {0u, 1u, 2u}) {
+        SCOPED_TRACE(theme);
+        w.on_change_theme(theme);
+        w.on_index(INDEX_ZHONG);
+        for (int i = 0; i < 3; ++i) trace_stroke(canvas, 0, true);
+        ASSERT_FALSE(canvas->get_path_mouse().is_empty());
+        while (w.get_control().state().hint >= 0.0f && w.get_control().state().hint < 100.0f) w.on_timer();
+        const ki::math::Path& centre = canvas->get_anim().strokes[0].pathAnim;
+        const QImage image = canvas->grab().toImage();
+        for (const float share : {0.3f, 0.5f, 0.7f}) {
+            const QColor seen = image.pixelColor(to_pixel(canvas, centre.point_at_length(centre.get_length() * share)));
+            EXPECT_EQ(seen, canvas->get_colors().colorAnim) << share;
+        }
     }
 }
 
@@ -430,7 +497,8 @@ TEST_F(WindowTest, LevelsSwitchWithTheirOwnSelectionAndSurviveARestart) {
         EXPECT_EQ(model_of(w)->row_count(), 95);
         EXPECT_EQ(w.get_selected_index(), 0) << "level 2 was never visited";
         w.on_index(10);
-        EXPECT_TRUE(w.windowTitle().endsWith(QStringLiteral("Level 2")));
+        EXPECT_EQ(w.windowTitle(), QStringLiteral("quenlo ") + QString::fromStdString(morvel::get_morvel_version()));
+        EXPECT_EQ(w.findChild<QLabel*>(QStringLiteral("level"))->text(), QStringLiteral("Level 2"));
         // A copied tree without the level's files: a message, and level 2 stays.
         QTemporaryDir empty;
         ki::qt::set_res_prefix(empty.path());

@@ -4,6 +4,7 @@
 #include <ki/qt/GApp.h>
 #include <ki/qt/GSound.h>
 #include <ki/qt/GSoundEffect.h>
+#include <ki/qt/components/GLabel.h>
 #include <ki/qt/components/GMenu.h>
 #include <ki/qt/components/GPanel.h>
 #include <ki/qt/components/otf/GDataScroller.h>
@@ -16,6 +17,7 @@
 #include <ki/tools/os.h>
 
 #include <QAction>
+#include <QDateTime>
 #include <QMediaPlayer>
 #include <QFontMetrics>
 #include <QStyle>
@@ -27,6 +29,7 @@
 #include "app/controls/LessonControls.h"
 #include "app/morvel.h"
 #include "app/options/OptionsMenu.h"
+#include "app/practice/PracticeTexts.h"
 #include "app/practice/Rejection.h"
 #include "app/progress/LessonRecorder.h"
 #include "app/progress/ProgressPanel.h"
@@ -46,6 +49,21 @@ constexpr const char* QUIET_CLIP = ":/wb/shared-res/sounds/quiet.wav";
 // The aids the learner sees now, as the practice history counts them.
 unsigned int history_aids(const CanvasHanzi& canvas) {
     return progress::LessonRecorder::aids_of(canvas.aids_shown(), canvas.get_guide_grid() != LessonOptions::GRID_SQUARES);
+}
+
+// Milliseconds until the first of `codes` falls due (at the start of its due day), -1 when none
+// ever will. Due days are whole local days.
+qint64 ms_to_next_due(const progress::ProgressStore& store, const std::vector<int>& codes) {
+    const qint64 today = store.today();
+    qint64 first = -1;
+    for (const int code : codes) {
+        const progress::CharSummary summary = store.summary(code);
+        if (summary.box > 0 && summary.dueDay > today && (first < 0 || summary.dueDay < first))
+            first = summary.dueDay;
+    }
+    if (first < 0) return -1;
+    const QDateTime start(QDate::fromJulianDay(first), QTime(0, 0));
+    return std::max<qint64>(0, start.toMSecsSinceEpoch() - QDateTime::currentMSecsSinceEpoch());
 }
 
 void banner(const char* title) {
@@ -110,8 +128,12 @@ void Window::ini() {
     body->set_margins(6);
     body->set_spacing(6);
 
-    panList = body->gen_panel(GLAYOUT::HORZ, QStringLiteral("list"));
+    panList = body->gen_panel(GLAYOUT::VERT, QStringLiteral("list"));
     panList->set_margins(0);
+    panList->set_spacing(2);
+    labelLevel = panList->gen_label({}, QStringLiteral("level"));
+    labelLevel->setAlignment(Qt::AlignCenter);
+    labelLevel->setWordWrap(true);
     scroller = new ki::qt::otf::GDataScroller(panList);
     scroller->setFrameShadow(QFrame::Sunken);
     panList->add_widget(scroller, 1);
@@ -167,8 +189,12 @@ void Window::ini() {
 void Window::retranslate() {
     if (controls == nullptr) return;
     controls->retranslate();
+    update_title();
     if (control.is_mode_bit(MODE_TRANSLATION) && model->get_selected_index() >= 0)
         update_translation(static_cast<int>(model->get_selected_index()));
+    update_progress_view();
+    // Its caption and the reason of a rejected trace are worded when painted.
+    canvas->update();
 }
 
 void Window::update_fonts() {
@@ -261,9 +287,9 @@ void Window::paintEvent(QPaintEvent* ev) {
 }
 
 void Window::update_title() {
-    // The level goes into the title: always in view, never in the way.
-    setWindowTitle(ki::str::qprintF("quenlo $ · ", get_morvel_version()) +
-                   tt("Level %1", "Stufe %1", "Уровень %1").arg(data.get_level().number));
+    setWindowTitle(ki::str::qprintF("quenlo $", get_morvel_version()));
+    // The level stands over the list, where the learner looks for the characters.
+    if (labelLevel != nullptr) labelLevel->setText(tt("Level %1", "Stufe %1", "Уровень %1").arg(data.get_level().number));
 }
 
 bool Window::on_level(int number) {
@@ -303,16 +329,13 @@ void Window::update_translation(int index) {
 void Window::inc_sel_index(bool flagUp) {
     ki::pp("Window::inc_sel_index, flagUp:$", flagUp);
     const long long current = model->get_selected_index();
-    long long next = current;
-    if (options.reviewDue && recorder->is_open()) {
+    long long next = -1;
+    if (options.reviewDue && recorder->is_open())
         next = recorder->next_due_index(data.code_points(), static_cast<int>(current), flagUp ? -1 : 1);
-        if (next < 0 || next == current) return;
-    } else if (flagUp) {
-        if (current <= 0) return;
-        next = current - 1;
-    } else {
-        if (current >= model->row_count() - 1) return;
-        next = current + 1;
+    // With nothing else due, review gives way to the level's order: the arrows never go dead.
+    if (next < 0 || next == current) {
+        next = current + (flagUp ? -1 : 1);
+        if (next < 0 || next > model->row_count() - 1) return;
     }
     model->set_selected_index(next);
     scroller->ensure_visible(next);
@@ -321,9 +344,14 @@ void Window::inc_sel_index(bool flagUp) {
 }
 
 void Window::update_progress_view() {
-    const bool due = options.reviewDue && recorder->is_open();
-    controls->show_due(due, due ? progress::ProgressPanel::due_count_text(recorder->due_count(data.code_points()))
-                                : QString());
+    const bool shown = options.reviewDue && recorder->is_open();
+    QString text;
+    if (shown) {
+        const int due = recorder->due_count(data.code_points());
+        text = due > 0 ? progress::ProgressPanel::due_count_text(due)
+                       : practice::nothing_due_text(ms_to_next_due(*recorder->store(), data.code_points()));
+    }
+    controls->show_due(shown, text);
     scroller->update_model();
 }
 

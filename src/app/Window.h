@@ -14,6 +14,7 @@
 #include "app/stroke/ControlAnim.h"
 
 namespace ki::qt {
+class GLabel;
 class GPanel;
 class GSound;
 class GSoundEffect;
@@ -137,6 +138,7 @@ private:
     ModelAppData* model = nullptr;
     ki::qt::otf::GDataScroller* scroller = nullptr;
     ki::qt::GPanel* panList = nullptr;
+    ki::qt::GLabel* labelLevel = nullptr;
     std::unique_ptr<LessonControls> controls;
     ki::qt::GSound* sound = nullptr;
     ki::qt::GSoundEffect* quietEffect = nullptr;

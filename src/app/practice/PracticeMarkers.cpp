@@ -166,12 +166,25 @@ void PracticeMarkers::paint_rejection(GPC& gpc, const Anim& anim, const Rejectio
     gpc.restore();
 }
 
-void PracticeMarkers::paint_stroke_numbers(GPC& gpc, const Anim& anim, const CanvasColors& colors) {
+void PracticeMarkers::paint_stroke_numbers(GPC& gpc, const Anim& anim, const CanvasColors& colors, int count) {
     gpc.save();
     gpc.set_anti_alias(true);
-    for (size_t i = 0; i < anim.strokes.size(); ++i)
+    const size_t n = std::min(anim.strokes.size(), static_cast<size_t>(std::max(0, count)));
+    for (size_t i = 0; i < n; ++i)
         number_disc(gpc, anim.strokes[i].pathAnim.point_start(), static_cast<int>(i) + 1,
                     colors.colorCircleStart, colors);
+    gpc.restore();
+}
+
+void PracticeMarkers::paint_number_before(GPC& gpc, const AnimStroke& stroke, int number,
+                                          const CanvasColors& colors, float clearance) {
+    const ki::math::Path& centre = stroke.pathAnim;
+    const glm::vec2 start = centre.point_start();
+    const glm::vec2 ahead = centre.point_at_length(std::min(centre.get_length(), ARROW_LENGTH));
+    const glm::vec2 dir = glm::distance(start, ahead) > 0.0f ? glm::normalize(ahead - start) : glm::vec2(1.0f, 0.0f);
+    gpc.save();
+    gpc.set_anti_alias(true);
+    number_disc(gpc, start - dir * (clearance + NUMBER_RADIUS + HALO), number, colors.colorCircleStart, colors);
     gpc.restore();
 }
 

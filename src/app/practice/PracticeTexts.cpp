@@ -2,6 +2,7 @@
 
 #include <ki/qt/lang.h>
 
+#include <algorithm>
 #include <iterator>
 
 namespace morvel::practice {
@@ -90,6 +91,33 @@ QString counter_watch_text() {
 
 QString counter_round_text(int round, int rounds) {
     return tt({"Round %1 of %2", "Runde %1 von %2", "Круг %1 из %2"}).arg(round).arg(rounds);
+}
+
+QString nothing_due_text(qint64 msToNext) {
+    const QString nothing = tt({"Nothing due", "Nichts fällig", "Повторять нечего"});
+    if (msToNext < 0) return nothing;
+    constexpr qint64 MINUTE = 60 * 1000, HOUR = 60 * MINUTE, DAY = 24 * HOUR;
+    // Rounded up: "next in 0 min" would read as due now.
+    const qint64 minutes = std::max<qint64>(1, (msToNext + MINUTE - 1) / MINUTE);
+    QString when;
+    if (minutes < 60)
+        when = tt({"next in %1 min", "nächstes in %1 Min.", "следующий через %1 мин"}).arg(minutes);
+    else if (msToNext < 2 * DAY)
+        when = tt({"next in %1 h", "nächstes in %1 Std.", "следующий через %1 ч"}).arg((msToNext + HOUR / 2) / HOUR);
+    else
+        when = tt({"next in %1 d", "nächstes in %1 Tg.", "следующий через %1 дн."}).arg((msToNext + DAY / 2) / DAY);
+    return nothing + QStringLiteral(" · ") + when;
+}
+
+QString tolerance_text(int radius, int tightest, int loosest, int standard) {
+    QString way;
+    if (radius <= tightest)
+        way = tt({"tight", "streng", "строго"});
+    else if (radius >= loosest)
+        way = tt({"loose", "großzügig", "свободно"});
+    else if (radius == standard)
+        way = tt({"default", "Standard", "по умолчанию"});
+    return way.isEmpty() ? QString::number(radius) : QStringLiteral("%1 · %2").arg(radius).arg(way);
 }
 
 }  // namespace morvel::practice

@@ -43,4 +43,12 @@ QString counter_watch_text();
 /// "Round 2 of 3" for `round` (from 1) of `rounds`.
 QString counter_round_text(int round, int rounds);
 
+/// "Nothing due · next in 5 h": no character waits for review, the next one is due in `msToNext`
+/// milliseconds (minutes below an hour, hours below two days, days beyond). Without a next one
+/// (negative `msToNext`) only "Nothing due".
+QString nothing_due_text(qint64 msToNext);
+/// A tolerance radius with the way it judges ("40 · tight", "200 · loose"); between the ends,
+/// the number alone, the start value marked "default".
+QString tolerance_text(int radius, int tightest, int loosest, int standard);
+
 }  // namespace morvel::practice

@@ -206,28 +206,31 @@ void CanvasHanzi::draw(ki::qt::GPC& gpc, const ki::math::Rect& rect) {
     }
     if (is_learn_mode()) {
         draw_learning(gpc);
-        if (markerShown) PracticeMarkers::paint_rejection(gpc, anim, rejection, colors, rCircle);
     } else {
         draw_standard(gpc);
-        if (strokeNumbers) PracticeMarkers::paint_stroke_numbers(gpc, anim, colors);
+        if (strokeNumbers)
+            PracticeMarkers::paint_stroke_numbers(gpc, anim, colors, static_cast<int>(anim.strokes.size()));
     }
     gpc.restore();
     if (captions) draw_captions(gpc, rect);
 }
 
-void CanvasHanzi::draw_captions(ki::qt::GPC& gpc, const ki::math::Rect& rect) const {
-    using Corner = PracticeMarkers::Corner;
-    if (!is_learn_mode()) {
-        PracticeMarkers::paint_caption(gpc, rect, practice::counter_watch_text(), colors, Corner::TOP_LEFT);
-        return;
-    }
+QString CanvasHanzi::counter_text() const {
+    if (!is_learn_mode()) return practice::counter_watch_text();
     const prog2::LessonState& state = lesson->state();
-    QString counter = state.is_complete() ? practice::counter_done_text()
-                                          : practice::counter_stroke_text(state.strokesLearned, state.strokeCount);
+    // A finished round reads "Done" too, also while the next round waits.
+    QString counter = state.is_done() ? practice::counter_done_text()
+                                      : practice::counter_stroke_text(state.strokesLearned, state.strokeCount);
     if (state.rounds > 1 && !state.is_complete())
         counter = practice::counter_round_text(state.round, state.rounds) + QStringLiteral(" · ") + counter;
-    PracticeMarkers::paint_caption(gpc, rect, counter, colors, Corner::TOP_LEFT);
-    PracticeMarkers::paint_caption(gpc, rect, practice::reason_text(rejection), colors, Corner::BOTTOM_LEFT);
+    return counter;
+}
+
+void CanvasHanzi::draw_captions(ki::qt::GPC& gpc, const ki::math::Rect& rect) const {
+    using Corner = PracticeMarkers::Corner;
+    PracticeMarkers::paint_caption(gpc, rect, counter_text(), colors, Corner::TOP_LEFT);
+    if (is_learn_mode())
+        PracticeMarkers::paint_caption(gpc, rect, practice::reason_text(rejection), colors, Corner::BOTTOM_LEFT);
 }
 
 void CanvasHanzi::draw_background(ki::qt::GPC& gpc, const ki::math::Rect& rect) {
@@ -294,21 +297,28 @@ void CanvasHanzi::draw_learning(ki::qt::GPC& gpc) const {
     }
     const int learned = get_strokes_learned();
     if (learned > 0 && learned <= count) fill_outlines(gpc, learned, colors.colorDone);
-    const float hint = lesson->state().hint;
-    if (hint >= 0.0f && learned < count) {
-        const size_t index = static_cast<size_t>(learned);
-        ink_stroke(gpc, index, anim.strokes[index].pathAnim.get_length() * hint / 100.0f,
-                   round_pen(colors.colorAnim, WIDTH_INK));
-    }
     const ki::math::Path& trace = judge.get_path();
     if (!trace.is_empty()) {
         const bool clean = judge.get_errors() == 0 && !rejection.is_rejected();
         const QColor& color = clean ? colors.colorTraceGood : colors.colorTraceBad;
         gpc.stroke_path(ki::qt::GPC::math_path_to_painter_path(trace), round_pen(color, WIDTH_INK));
     }
+    if (markerShown) PracticeMarkers::paint_rejection(gpc, anim, rejection, colors, rCircle);
+    // The hint goes over the rejected trace and the marker it answers.
+    const float hint = lesson->state().hint;
+    if (hint >= 0.0f && learned < count) {
+        const size_t index = static_cast<size_t>(learned);
+        ink_stroke(gpc, index, anim.strokes[index].pathAnim.get_length() * hint / 100.0f,
+                   round_pen(colors.colorAnim, WIDTH_INK));
+    }
     const AnimStroke* stroke = current_stroke();
-    if ((aids & DRAW_HELPER_CIRCLES) != 0 && stroke != nullptr)
-        PracticeMarkers::paint_helper_circles(gpc, *stroke, colors, rCircle, widthCircle);
+    const bool circles = (aids & DRAW_HELPER_CIRCLES) != 0 && stroke != nullptr;
+    if (circles) PracticeMarkers::paint_helper_circles(gpc, *stroke, colors, rCircle, widthCircle);
+    if (!strokeNumbers) return;
+    PracticeMarkers::paint_stroke_numbers(gpc, anim, colors, learned);
+    if (stroke != nullptr)
+        PracticeMarkers::paint_number_before(gpc, *stroke, learned + 1, colors,
+                                             circles ? static_cast<float>(rCircle / 4 + widthCircle) : 0.0f);
 }
 
 void CanvasHanzi::mousePressEvent(QMouseEvent* ev) {

@@ -77,13 +77,17 @@ public:
     int get_guide_grid() const { return guideGrid; }
     void set_draw_config(unsigned int config);
     void set_draw_config_bits(unsigned int bits, bool on);
-    /// Practice aids: strict judging, stroke numbers in watch mode, the guide grid in the
+    /// Practice aids: strict judging, stroke numbers (in learn mode those written and the
+    /// current one beside its start), the guide grid in the
     /// character's box (LessonOptions::Grid).
     void set_strict(bool on) { strict = on; }
     void set_stroke_numbers(bool on);
     void set_guide_grid(int grid);
     /// The mode and stroke counter in a corner, and the reason of a rejected trace.
     void set_captions(bool on);
+    /// The counter as the caption shows it now, in the current language ("Round 1 of 3 · Stroke
+    /// 2 of 4", "Done", "Watch").
+    QString counter_text() const;
     /// Why the last trace was rejected; NONE after an accepted trace and from the next press.
     const practice::Rejection& get_rejection() const { return rejection; }
     /// How long the outline of a wrongly traced later stroke stays up.

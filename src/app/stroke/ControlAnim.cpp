@@ -111,9 +111,9 @@ bool ControlAnim::stroke_rejected(int hintAfter) {
     LessonState next = current;
     ++next.misses;
     const size_t index = static_cast<size_t>(std::max(0, current.strokesLearned));
+    // Past the threshold every further miss shows the stroke again.
     const bool hint = hintAfter > 0 && next.misses >= hintAfter && index < lengths.size();
     if (hint) {
-        next.misses = 0;
         next.hint = 0.0f;
         // The step is a share of the whole character: a stroke's share is that much faster.
         hintSpeed = lengths[index] > 0.0f ? totalLength / lengths[index] : 1.0f;
@@ -163,7 +163,8 @@ void ControlAnim::next_round() {
 void ControlAnim::set_rounds(int rounds) {
     LessonState next = current;
     next.rounds = std::max(1, rounds);
-    next.round = std::min(next.round, next.rounds);
+    // A finished character stays finished; more rounds start with the next one or "Again".
+    next.round = current.is_complete() ? next.rounds : std::min(next.round, next.rounds);
     commit(next);
 }
 

@@ -36,7 +36,7 @@ struct LessonState {
     /// Strokes traced so far: the index of the stroke to trace now.
     int strokesLearned = 0;
     int strokeCount = 0;
-    /// Rejected traces of the current stroke since it became current or was last hinted.
+    /// Rejected traces of the current stroke since it became current.
     int misses = 0;
     /// Practice rounds: the character is traced `rounds` times, with fewer aids each round.
     int round = 1;
@@ -98,8 +98,8 @@ public:
     void hold_at(float percent);
     void set_progress(float percent);
     void stroke_accepted();
-    /// Counts a miss; after `hintAfter` misses (0: never) the count starts again and the current
-    /// stroke paints itself as a hint, as fast along it as watch mode draws. True when it does.
+    /// Counts a miss; from the `hintAfter`th miss on (0: never) each miss lets the current stroke
+    /// paint itself as a hint, as fast along it as watch mode draws. True when it does.
     bool stroke_rejected(int hintAfter);
     /// Watch mode: to the end of the next stroke, or back to the end of the one before the
     /// current position, holding there.
@@ -110,7 +110,7 @@ public:
     void restart();
     /// After a finished round that is not the last: the next round from the first stroke.
     void next_round();
-    /// 1 or more.
+    /// 1 or more; a finished character stays finished.
     void set_rounds(int rounds);
 
     /// "ControlAnim.modeFlags" (default 23, unknown bits dropped) and "incSpeed" (default 5,
