@@ -20,6 +20,7 @@
 #include <QLabel>
 #include <QMap>
 #include <QMouseEvent>
+#include <QRegularExpression>
 #include <QSlider>
 #include <QTemporaryDir>
 #include <QTest>
@@ -350,6 +351,54 @@ TEST_F(WindowTest, TracingWithTheMouseTeachesAndFinishesTheCharacter) {
         EXPECT_EQ(w.get_control().state().is_complete(), row.sounds.back() == C);
         EXPECT_EQ(canvas->get_path_mouse().is_empty(), played.back() != R) << "an accepted trace is cleared";
         EXPECT_EQ(canvas->counter_text(), QString::fromUtf8(row.counter));
+    }
+}
+
+// A regression guard: with review on and nothing due the arrows did nothing and said nothing.
+TEST_F(WindowTest, ReviewWithNothingDueMovesThroughTheLevelAndSaysWhenTheNextIsDue) {
+    Window& w = open();
+    QApplication::setActiveWindow(&w);
+    std::unique_ptr<ki::qt::GMenu> menu(w.gen_menu_options(Window::OPTIONS_ALL));
+    menu_item(menu.get(), {"Practice", "Review due characters"})->trigger();
+    ASSERT_TRUE(w.get_recorder().is_open());
+    ASSERT_EQ(w.get_recorder().due_count(catalogue().code_points()), 0);
+    auto* due = w.findChild<QLabel*>(QStringLiteral("due"));
+    const auto places = [&w]() {
+        std::vector<int> xs;
+        for (auto* b : w.findChild<QWidget*>(QStringLiteral("buttons"))->findChildren<ki::qt::GButton*>())
+            xs.push_back(b->mapTo(&w, QPoint()).x());
+        return xs;
+    };
+    const std::vector<int> placed = places();
+    const auto key = [&w](Qt::Key k) { return [&w, k]() { QTest::keyClick(&w, k); }; };
+    struct Row {
+        const char* name;
+        int start;
+        std::function<void()> act;
+        int expected;
+    };
+    const Row rows[] = {
+        {"right key", 4, key(Qt::Key_Right), 5},
+        {"left key", 4, key(Qt::Key_Left), 3},
+        {"next button", 10, [&w]() { button(w, QStringLiteral("Next Hieroglyph"))->click(); }, 11},
+        {"left key at the first character stays", 0, key(Qt::Key_Left), 0},
+        {"a finished character, then the right key", 0, [&]() {
+             trace_stroke(canvas_of(w), 0, false);  // 一 has one stroke
+             ASSERT_TRUE(w.get_control().state().is_complete());
+             EXPECT_TRUE(due->text().contains(QRegularExpression(QStringLiteral("^Nothing due · next in \\d+ (min|h)$"))))
+                 << due->text().toStdString();
+             QTest::keyClick(&w, Qt::Key_Right);
+         }, 1},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.name);
+        w.on_index(row.start);
+        row.act();
+        settle();
+        EXPECT_EQ(w.get_selected_index(), row.expected);
+        EXPECT_TRUE(due->isVisibleTo(&w));
+        EXPECT_TRUE(due->text().startsWith(QStringLiteral("Nothing due"))) << due->text().toStdString();
+        EXPECT_EQ(places(), placed) << "no button moves with the label";
     }
 }
 

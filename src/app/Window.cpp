@@ -189,6 +189,7 @@ void Window::ini() {
 void Window::retranslate() {
     if (controls == nullptr) return;
     controls->retranslate();
+    fit_due_label();
     update_title();
     if (control.is_mode_bit(MODE_TRANSLATION) && model->get_selected_index() >= 0)
         update_translation(static_cast<int>(model->get_selected_index()));
@@ -201,7 +202,14 @@ void Window::update_fonts() {
     std::vector<QString> pinyins;
     for (unsigned int i = 0; i < data.size(); ++i) pinyins.push_back(data.appObject_at(i).chinChar.pinyin);
     controls->fit_fonts(font(), std::move(pinyins));
+    fit_due_label();
     update_list_width();
+}
+
+void Window::fit_due_label() {
+    constexpr qint64 MINUTE = 60 * 1000;
+    controls->fit_due({progress::ProgressPanel::due_count_text(9999), practice::nothing_due_text(59 * MINUTE),
+                       practice::nothing_due_text(47 * 60 * MINUTE), practice::nothing_due_text(99 * 24 * 60 * MINUTE)});
 }
 
 void Window::update_list_width() {

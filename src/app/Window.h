@@ -124,6 +124,7 @@ private:
     /// The "12 due" label and the list marks, after the history changed.
     void update_progress_view();
     void update_fonts();
+    void fit_due_label();
     void update_list_width();
     void retranslate();
     void on_toggle_list();

@@ -50,6 +50,7 @@ LessonControls::LessonControls(ki::qt::GPanel* column, const Actions& actions) {
     buttonLearn = buttons->gen_button(QString::fromLatin1(ICON_STROKE), {});
     labelDue = buttons->gen_label({}, QStringLiteral("due"));
     labelDue->setVisible(false);
+    labelDue->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
     labelPinyin = buttons->gen_label({}, QStringLiteral("pinyin"));
     labelPinyin->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
     const std::pair<ki::qt::GButton*, const std::function<void()>*> clicks[] = {
@@ -126,6 +127,13 @@ void LessonControls::show_progress(float progress) {
 
 void LessonControls::show_list_shown(bool shown) {
     buttonList->set_icon(QString::fromLatin1(shown ? ICON_HIDE : ICON_SHOW));
+}
+
+void LessonControls::fit_due(const std::vector<QString>& samples) {
+    const QFontMetrics metrics(labelDue->font());
+    int widest = 0;
+    for (const QString& text : samples) widest = std::max(widest, metrics.horizontalAdvance(text));
+    labelDue->setFixedWidth(widest + metrics.averageCharWidth());
 }
 
 void LessonControls::show_due(bool shown, const QString& text) {

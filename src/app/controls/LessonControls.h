@@ -49,6 +49,9 @@ public:
     void show_list_shown(bool shown);
     /// The "12 due" label; hidden when `shown` is false.
     void show_due(bool shown, const QString& text);
+    /// The "due" label gets the width of the widest of `samples`, so that no button moves when
+    /// its text changes. Again after a change of language or font.
+    void fit_due(const std::vector<QString>& samples);
 
 private:
     ki::qt::GPanel* panTranslation = nullptr;
