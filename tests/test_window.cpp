@@ -268,11 +268,16 @@ TEST_F(WindowTest, EveryVisibleTextFollowsALanguageSwitchAtOnce) {
     const struct {
         QLocale::Language language;
         QString meaning, nextTip, counter, due, level;
+        QStringList loosest;  // the menu path to the loosest tolerance
     } rows[] = {
-        {QLocale::German, "Mitte; Zentrum", "Nächstes Schriftzeichen", "Strich 1 von 4", "Nichts fällig", "Stufe 1"},
-        {QLocale::Russian, "середина; центр", "Следующий иероглиф", "Черта 1 из 4", "Повторять нечего", "Уровень 1"},
-        {QLocale::French, QString(), "Next Hieroglyph", "Stroke 1 of 4", "Nothing due", "Level 1"},  // no meanings
-        {QLocale::English, "middle; centre", "Next Hieroglyph", "Stroke 1 of 4", "Nothing due", "Level 1"},
+        {QLocale::German, "Mitte; Zentrum", "Nächstes Schriftzeichen", "Strich 1 von 4", "Nichts fällig", "Stufe 1",
+         {"Lernmodus", "Strichtoleranz", "200 · großzügig"}},
+        {QLocale::Russian, "середина; центр", "Следующий иероглиф", "Черта 1 из 4", "Повторять нечего", "Уровень 1",
+         {"Режим обучения", "Допуск черты", "200 · свободно"}},
+        {QLocale::French, QString(), "Next Hieroglyph", "Stroke 1 of 4", "Nothing due", "Level 1",  // no meanings
+         {"Learn Mode", "Stroke Tolerance", "200 · loose"}},
+        {QLocale::English, "middle; centre", "Next Hieroglyph", "Stroke 1 of 4", "Nothing due", "Level 1",
+         {"Learn Mode", "Stroke Tolerance", "200 · loose"}},
     };
     for (const auto& row : rows) {
         SCOPED_TRACE(row.language);
@@ -285,6 +290,8 @@ TEST_F(WindowTest, EveryVisibleTextFollowsALanguageSwitchAtOnce) {
         EXPECT_EQ(canvas_of(w)->counter_text(), row.counter);
         EXPECT_TRUE(w.findChild<QLabel*>(QStringLiteral("due"))->text().startsWith(row.due));
         EXPECT_EQ(w.findChild<QLabel*>(QStringLiteral("level"))->text(), row.level);
+        std::unique_ptr<ki::qt::GMenu> menu(w.gen_menu_options(Window::OPTIONS_ALL));
+        EXPECT_NE(menu_item(menu.get(), row.loosest), nullptr);
     }
     EXPECT_TRUE(translation_panel_of(w)->isVisibleTo(&w)) << "hidden only by its menu item";
 }
@@ -402,6 +409,49 @@ TEST_F(WindowTest, ReviewWithNothingDueMovesThroughTheLevelAndSaysWhenTheNextIsD
     }
 }
 
+// Stroke numbers in learn mode: those of the strokes written and the current one's, none ahead.
+TEST_F(WindowTest, StrokeNumbersShowWhatIsWrittenAndWhatComesNext) {
+    constexpr int INDEX_SAN = 2;  // 三: three strokes, their starts well apart
+    struct Row {
+        const char* name;
+        bool learn;
+        int traced;
+        std::vector<bool> numbered;  // per stroke: a number near its start
+    };
+    const Row rows[] = {
+        {"learn mode before the first stroke", true, 0, {true, false, false}},
+        {"learn mode after one stroke", true, 1, {true, true, false}},
+        {"learn mode, the character done", true, 3, {true, true, true}},
+        {"watch mode numbers every stroke", false, 0, {true, true, true}},
+    };
+    Window& w = open();
+    morvel::CanvasHanzi* canvas = canvas_of(w);
+    const auto toggle = [&w]() {
+        std::unique_ptr<ki::qt::GMenu> menu(w.gen_menu_options(Window::OPTIONS_ALL));
+        menu_item(menu.get(), {"Practice", "Stroke numbers"})->trigger();
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.name);
+        w.get_control().set_mode_bits(MODE_LEARN, row.learn);
+        w.get_control().set_mode_bits(MODE_AUTO_DRAW, false);
+        w.on_index(INDEX_SAN);
+        for (int k = 0; k < row.traced; ++k) trace_stroke(canvas, k, false);
+        ASSERT_EQ(canvas->get_strokes_learned(), row.traced);
+        const QImage plain = canvas->grab().toImage();
+        toggle();
+        const QImage numbered = canvas->grab().toImage();
+        toggle();
+        for (size_t k = 0; k < row.numbered.size(); ++k) {
+            const glm::vec2 start = canvas->get_anim().strokes[k].pathAnim.point_start();
+            const QRect near = QRect(to_pixel(canvas, start - glm::vec2(120.0f)), to_pixel(canvas, start + glm::vec2(120.0f)));
+            bool changed = false;
+            for (int y = near.top(); y <= near.bottom() && !changed; ++y)
+                for (int x = near.left(); x <= near.right() && !changed; ++x) changed = plain.pixel(x, y) != numbered.pixel(x, y);
+            EXPECT_EQ(changed, row.numbered[k]) << "stroke " << k;
+        }
+    }
+}
+
 // The hint paints the stroke over the rejected trace it answers, in every theme; it was once
 // hidden under the trace's red band.
 TEST_F(WindowTest, TheHintIsDrawnOverTheRejectedTrace) {
@@ -449,6 +499,8 @@ TEST_F(WindowTest, StoredOptionsFromEveryMenuItemAndFromAHostileStore) {
          [](Window& w) { return canvas_of(w)->get_draw_config() == 26u; }},
         {"tolerance 60", true, {"Learn Mode", "Stroke Tolerance", "60"}, "rCircle", 60,
          [](Window& w) { return canvas_of(w)->get_r_circle() == 60; }},
+        {"the tightest tolerance says so", true, {"Learn Mode", "Stroke Tolerance", "40 · tight"}, "rCircle", 40,
+         [](Window& w) { return canvas_of(w)->get_r_circle() == 40; }},
         {"slider on", false, {"Watch Mode", "Slider"}, "ControlAnim.modeFlags", watch | MODE_SLIDER, [](Window& w) {
              // Moving it holds the drawing there.
              slider_of(w)->setValue(40);
