@@ -452,6 +452,29 @@ TEST_F(WindowTest, StrokeNumbersShowWhatIsWrittenAndWhatComesNext) {
     }
 }
 
+// A regression guard: the mark of a practised character stood in its row's top corner, so the
+// sliver of a row cut off at the bottom of the list showed a mark beside the row above it.
+TEST_F(WindowTest, AListMarkNeverShowsAboveItsCharacter) {
+    Window& w = open();
+    w.on_index(0);
+    trace_stroke(canvas_of(w), 0, false);  // 一 has one stroke: now practised and marked
+    settle();
+    ki::qt::GPanel* row = list_of(w)->get_row_widget(0);
+    ASSERT_NE(row, nullptr);
+    const QImage image = row->grab().toImage();
+    const QRgb background = image.pixel(1, image.height() / 2);
+    const int markLeft = image.width() - 20;
+    const auto first_row_with = [&](int from, int to) {
+        for (int y = 0; y < image.height(); ++y)
+            for (int x = from; x < to; ++x)
+                if (image.pixel(x, y) != background) return y;
+        return image.height();
+    };
+    const int markTop = first_row_with(markLeft, image.width() - 1);
+    ASSERT_LT(markTop, image.height()) << "the practised row has a mark";
+    EXPECT_LE(first_row_with(ModelAppData::ROW_MARGIN, markLeft), markTop);
+}
+
 // The hint paints the stroke over the rejected trace it answers, in every theme; it was once
 // hidden under the trace's red band.
 TEST_F(WindowTest, TheHintIsDrawnOverTheRejectedTrace) {

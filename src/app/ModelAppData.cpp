@@ -19,7 +19,8 @@ namespace morvel::prog2 {
 
 namespace {
 
-// The practice state of a row, in its top right corner over the other content.
+// The practice state of a row, at its right edge beside the character: at mid-height, so that
+// the sliver of a row cut off at the list's bottom never shows a mark without its character.
 class RowMark : public QWidget {
 public:
     RowMark(QWidget* row, progress::Mastery mastery, bool due) : QWidget(row), mastery(mastery), due(due) {
@@ -41,7 +42,7 @@ protected:
 private:
     void place() {
         const int side = SIZE;
-        setGeometry(parentWidget()->width() - side - 2, 2, side, side);
+        setGeometry(parentWidget()->width() - side - 2, (parentWidget()->height() - side) / 2, side, side);
     }
     static constexpr int SIZE = 16;
     progress::Mastery mastery;
