@@ -128,6 +128,14 @@ void trace_stroke(morvel::CanvasHanzi* canvas, int k, bool reversed) {
     send_mouse(canvas, QEvent::MouseButtonRelease, at(length), Qt::NoButton);
 }
 
+// Where the buttons of the bar are, left to right.
+std::vector<int> button_places(Window& w) {
+    std::vector<int> xs;
+    for (auto* b : w.findChild<QWidget*>(QStringLiteral("buttons"))->findChildren<ki::qt::GButton*>())
+        xs.push_back(b->mapTo(&w, QPoint()).x());
+    return xs;
+}
+
 // Counts the paint events a widget receives.
 struct PaintCounter : QObject {
     explicit PaintCounter(QWidget* target) { target->installEventFilter(this); }
@@ -370,13 +378,7 @@ TEST_F(WindowTest, ReviewWithNothingDueMovesThroughTheLevelAndSaysWhenTheNextIsD
     ASSERT_TRUE(w.get_recorder().is_open());
     ASSERT_EQ(w.get_recorder().due_count(catalogue().code_points()), 0);
     auto* due = w.findChild<QLabel*>(QStringLiteral("due"));
-    const auto places = [&w]() {
-        std::vector<int> xs;
-        for (auto* b : w.findChild<QWidget*>(QStringLiteral("buttons"))->findChildren<ki::qt::GButton*>())
-            xs.push_back(b->mapTo(&w, QPoint()).x());
-        return xs;
-    };
-    const std::vector<int> placed = places();
+    const std::vector<int> placed = button_places(w);
     const auto key = [&w](Qt::Key k) { return [&w, k]() { QTest::keyClick(&w, k); }; };
     struct Row {
         const char* name;
@@ -405,7 +407,7 @@ TEST_F(WindowTest, ReviewWithNothingDueMovesThroughTheLevelAndSaysWhenTheNextIsD
         EXPECT_EQ(w.get_selected_index(), row.expected);
         EXPECT_TRUE(due->isVisibleTo(&w));
         EXPECT_TRUE(due->text().startsWith(QStringLiteral("Nothing due"))) << due->text().toStdString();
-        EXPECT_EQ(places(), placed) << "no button moves with the label";
+        EXPECT_EQ(button_places(w), placed) << "no button moves with the label";
     }
 }
 
@@ -615,7 +617,11 @@ TEST_F(WindowTest, LevelsSwitchWithTheirOwnSelectionAndSurviveARestart) {
     {
         Window& w = open();
         w.on_index(5);
+        const std::vector<int> placed = button_places(w);
         ASSERT_TRUE(w.on_level(4));
+        settle();
+        // Its pinyin column was wider once: every button moved.
+        EXPECT_EQ(button_places(w), placed) << "no button moves with the level";
         w.on_index(100);
         ASSERT_TRUE(w.on_level(2));
         EXPECT_EQ(model_of(w)->row_count(), 95);
@@ -684,3 +690,4 @@ TEST_F(WindowTest, AnOptionChangeSurvivesAKillRightAfterIt) {
                     .get_window_node(WINDOW_NODE)
                     .get<bool>(QStringLiteral("flagShowUnicode"), false));
 }
+

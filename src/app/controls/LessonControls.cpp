@@ -93,9 +93,14 @@ void LessonControls::fit_fonts(const QFont& windowFont, std::vector<QString> pin
     if (larger.pointSizeF() > 0) larger.setPointSizeF(larger.pointSizeF() * 1.3);
     labelTranslation->setFont(larger);
     labelPinyin->setFont(larger);
+    // The longest syllables of Mandarin in every tone join in, so that the width is the same in
+    // every level: the buttons keep their places when the learner changes level too.
+    for (const char* syllable : {"zhuāng", "zhuáng", "zhuǎng", "zhuàng", "chuāng", "chuáng", "chuǎng", "chuàng",
+                                 "shuāng", "shuáng", "shuǎng", "shuàng"})
+        pinyins.push_back(QString::fromUtf8(syllable));
     // Measuring every pinyin of a large level costs milliseconds at start-up; the widest is
     // among the longest, so only those are measured.
-    const size_t measured = std::min<size_t>(pinyins.size(), 12);
+    const size_t measured = std::min<size_t>(pinyins.size(), 24);
     std::partial_sort(pinyins.begin(), pinyins.begin() + static_cast<std::ptrdiff_t>(measured), pinyins.end(),
                       [](const QString& a, const QString& b) { return a.size() > b.size(); });
     int widest = 0;

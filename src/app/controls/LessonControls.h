@@ -37,7 +37,8 @@ public:
     /// Tool tips in the current language.
     void retranslate();
     /// Translation and pinyin 1.3 times the window's font. The pinyin label gets the width of
-    /// the widest of `pinyins`, so the buttons before it never move when the pinyin changes.
+    /// the widest of `pinyins` and of the longest syllables, so the buttons before it never move
+    /// when the pinyin or the level changes.
     void fit_fonts(const QFont& windowFont, std::vector<QString> pinyins);
     /// Pinyin and sound button of the character now shown.
     void show_character(const QString& pinyin, bool recorded);
