@@ -176,15 +176,33 @@ void PracticeMarkers::paint_stroke_numbers(GPC& gpc, const Anim& anim, const Can
     gpc.restore();
 }
 
-void PracticeMarkers::paint_number_before(GPC& gpc, const AnimStroke& stroke, int number,
-                                          const CanvasColors& colors, float clearance) {
-    const ki::math::Path& centre = stroke.pathAnim;
+void PracticeMarkers::paint_number_beside(GPC& gpc, const Anim& anim, int index, const CanvasColors& colors,
+                                          float clearance) {
+    if (index < 0 || index >= static_cast<int>(anim.strokes.size())) return;
+    const ki::math::Path& centre = anim.strokes[static_cast<size_t>(index)].pathAnim;
     const glm::vec2 start = centre.point_start();
     const glm::vec2 ahead = centre.point_at_length(std::min(centre.get_length(), ARROW_LENGTH));
     const glm::vec2 dir = glm::distance(start, ahead) > 0.0f ? glm::normalize(ahead - start) : glm::vec2(1.0f, 0.0f);
+    const glm::vec2 side(-dir.y, dir.x);
+    const float away = clearance + NUMBER_RADIUS + HALO;
+    const glm::vec2 candidates[] = {start - dir * away, start + side * away, start - side * away};
+    // Strokes often start where an earlier one did: its number must stay readable.
+    const auto free = [&](glm::vec2 c) {
+        for (int i = 0; i < index; ++i)
+            if (glm::distance(c, anim.strokes[static_cast<size_t>(i)].pathAnim.point_start()) <
+                2.0f * (NUMBER_RADIUS + HALO))
+                return false;
+        return true;
+    };
+    glm::vec2 place = candidates[0];
+    for (const glm::vec2 c : candidates)
+        if (free(c)) {
+            place = c;
+            break;
+        }
     gpc.save();
     gpc.set_anti_alias(true);
-    number_disc(gpc, start - dir * (clearance + NUMBER_RADIUS + HALO), number, colors.colorCircleStart, colors);
+    number_disc(gpc, place, index + 1, colors.colorCircleStart, colors);
     gpc.restore();
 }
 

@@ -37,10 +37,11 @@ public:
     /// The numbers (from 1) of the first `count` strokes, each on a disc at its centre line's
     /// start, in character units.
     static void paint_stroke_numbers(ki::qt::GPC& gpc, const Anim& anim, const CanvasColors& colors, int count);
-    /// `number` on a disc just before the start of `stroke`, `clearance` units from it on the
-    /// side the stroke comes from, so that the start circle stays in view. In character units.
-    static void paint_number_before(ki::qt::GPC& gpc, const AnimStroke& stroke, int number,
-                                    const CanvasColors& colors, float clearance);
+    /// The number of stroke `index` on a disc beside its start, `clearance` units from it, so
+    /// that the start circle stays in view: before the start, else to one side, wherever the
+    /// numbers of the strokes before it leave room. In character units.
+    static void paint_number_beside(ki::qt::GPC& gpc, const Anim& anim, int index, const CanvasColors& colors,
+                                    float clearance);
     /// The start and end circles of `stroke` as the canvas draws them (radius rCircle / 4,
     /// a dot of rCircle / 10 at the start), each ringed by a halo in the background colour so
     /// they stay visible over traced strokes. In character units.

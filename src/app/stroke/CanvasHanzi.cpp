@@ -317,7 +317,7 @@ void CanvasHanzi::draw_learning(ki::qt::GPC& gpc) const {
     if (!strokeNumbers) return;
     PracticeMarkers::paint_stroke_numbers(gpc, anim, colors, learned);
     if (stroke != nullptr)
-        PracticeMarkers::paint_number_before(gpc, *stroke, learned + 1, colors,
+        PracticeMarkers::paint_number_beside(gpc, anim, learned, colors,
                                              circles ? static_cast<float>(rCircle / 4 + widthCircle) : 0.0f);
 }
 
