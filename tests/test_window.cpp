@@ -31,9 +31,9 @@
 
 #include "app/AppData.h"
 #include "app/ModelAppData.h"
+#include "app/Window.h"
 #include "app/morvel.h"
 #include "app/progress/LessonRecorder.h"
-#include "app/Window.h"
 #include "app/stroke/CanvasHanzi.h"
 
 using ki::qt::GSettings;
@@ -121,7 +121,9 @@ QPoint to_pixel(const morvel::CanvasHanzi* canvas, glm::vec2 p) {
 void trace_stroke(morvel::CanvasHanzi* canvas, int k, bool reversed) {
     const ki::math::Path& centre = canvas->get_anim().strokes[size_t(k)].pathAnim;
     const float length = centre.get_length();
-    auto at = [&](float along) { return to_pixel(canvas, centre.point_at_length(reversed ? length - along : along)); };
+    auto at = [&](float along) {
+        return to_pixel(canvas, centre.point_at_length(reversed ? length - along : along));
+    };
     send_mouse(canvas, QEvent::MouseButtonPress, at(0.0f), Qt::LeftButton);
     for (float along = 20.0f; along < length; along += 20.0f)
         send_mouse(canvas, QEvent::MouseMove, at(along), Qt::LeftButton);
@@ -278,13 +280,33 @@ TEST_F(WindowTest, EveryVisibleTextFollowsALanguageSwitchAtOnce) {
         QString meaning, nextTip, counter, due, level;
         QStringList loosest;  // the menu path to the loosest tolerance
     } rows[] = {
-        {QLocale::German, "Mitte; Zentrum", "Nächstes Schriftzeichen", "Strich 1 von 4", "Nichts fällig", "Stufe 1",
+        {QLocale::German,
+         "Mitte; Zentrum",
+         "Nächstes Schriftzeichen",
+         "Strich 1 von 4",
+         "Nichts fällig",
+         "Stufe 1",
          {"Lernmodus", "Strichtoleranz", "200 · großzügig"}},
-        {QLocale::Russian, "середина; центр", "Следующий иероглиф", "Черта 1 из 4", "Повторять нечего", "Уровень 1",
+        {QLocale::Russian,
+         "середина; центр",
+         "Следующий иероглиф",
+         "Черта 1 из 4",
+         "Повторять нечего",
+         "Уровень 1",
          {"Режим обучения", "Допуск черты", "200 · свободно"}},
-        {QLocale::French, QString(), "Next Hieroglyph", "Stroke 1 of 4", "Nothing due", "Level 1",  // no meanings
+        {QLocale::French,
+         QString(),
+         "Next Hieroglyph",
+         "Stroke 1 of 4",
+         "Nothing due",
+         "Level 1",  // no meanings
          {"Learn Mode", "Stroke Tolerance", "200 · loose"}},
-        {QLocale::English, "middle; centre", "Next Hieroglyph", "Stroke 1 of 4", "Nothing due", "Level 1",
+        {QLocale::English,
+         "middle; centre",
+         "Next Hieroglyph",
+         "Stroke 1 of 4",
+         "Nothing due",
+         "Level 1",
          {"Learn Mode", "Stroke Tolerance", "200 · loose"}},
     };
     for (const auto& row : rows) {
@@ -354,7 +376,8 @@ TEST_F(WindowTest, TracingWithTheMouseTeachesAndFinishesTheCharacter) {
         played.clear();
         for (const auto& [stroke, reversed] : row.traces) {
             if (stroke >= 0) trace_stroke(canvas, stroke, reversed);
-            for (int t = 0; stroke == TIMER && t < 200 && w.get_control().state().hint >= 0.0f; ++t) w.on_timer();
+            for (int t = 0; stroke == TIMER && t < 200 && w.get_control().state().hint >= 0.0f; ++t)
+                w.on_timer();
             if (stroke == ROUNDS_FROM_MENU) {
                 std::unique_ptr<ki::qt::GMenu> menu(w.gen_menu_options(Window::OPTIONS_ALL));
                 menu_item(menu.get(), {"Practice", "Practice rounds"})->trigger();
@@ -391,13 +414,16 @@ TEST_F(WindowTest, ReviewWithNothingDueMovesThroughTheLevelAndSaysWhenTheNextIsD
         {"left key", 4, key(Qt::Key_Left), 3},
         {"next button", 10, [&w]() { button(w, QStringLiteral("Next Hieroglyph"))->click(); }, 11},
         {"left key at the first character stays", 0, key(Qt::Key_Left), 0},
-        {"a finished character, then the right key", 0, [&]() {
+        {"a finished character, then the right key", 0,
+         [&]() {
              trace_stroke(canvas_of(w), 0, false);  // 一 has one stroke
              ASSERT_TRUE(w.get_control().state().is_complete());
-             EXPECT_TRUE(due->text().contains(QRegularExpression(QStringLiteral("^Nothing due · next in \\d+ (min|h)$"))))
+             EXPECT_TRUE(due->text().contains(
+                 QRegularExpression(QStringLiteral("^Nothing due · next in \\d+ (min|h)$"))))
                  << due->text().toStdString();
              QTest::keyClick(&w, Qt::Key_Right);
-         }, 1},
+         },
+         1},
     };
     for (const Row& row : rows) {
         SCOPED_TRACE(row.name);
@@ -445,10 +471,12 @@ TEST_F(WindowTest, StrokeNumbersShowWhatIsWrittenAndWhatComesNext) {
         toggle();
         for (size_t k = 0; k < row.numbered.size(); ++k) {
             const glm::vec2 start = canvas->get_anim().strokes[k].pathAnim.point_start();
-            const QRect near = QRect(to_pixel(canvas, start - glm::vec2(120.0f)), to_pixel(canvas, start + glm::vec2(120.0f)));
+            const QRect near = QRect(to_pixel(canvas, start - glm::vec2(120.0f)),
+                                     to_pixel(canvas, start + glm::vec2(120.0f)));
             bool changed = false;
             for (int y = near.top(); y <= near.bottom() && !changed; ++y)
-                for (int x = near.left(); x <= near.right() && !changed; ++x) changed = plain.pixel(x, y) != numbered.pixel(x, y);
+                for (int x = near.left(); x <= near.right() && !changed; ++x)
+                    changed = plain.pixel(x, y) != numbered.pixel(x, y);
             EXPECT_EQ(changed, row.numbered[k]) << "stroke " << k;
         }
     }
@@ -495,7 +523,8 @@ TEST_F(WindowTest, TheHintIsDrawnOverTheRejectedTrace) {
         const ki::math::Path& centre = canvas->get_anim().strokes[0].pathAnim;
         const QImage image = canvas->grab().toImage();
         for (const float share : {0.3f, 0.5f, 0.7f}) {
-            const QColor seen = image.pixelColor(to_pixel(canvas, centre.point_at_length(centre.get_length() * share)));
+            const QColor seen =
+                image.pixelColor(to_pixel(canvas, centre.point_at_length(centre.get_length() * share)));
             EXPECT_EQ(seen, canvas->get_colors().colorAnim) << share;
         }
     }
@@ -627,7 +656,8 @@ TEST_F(WindowTest, LevelsSwitchWithTheirOwnSelectionAndSurviveARestart) {
         EXPECT_EQ(model_of(w)->row_count(), 95);
         EXPECT_EQ(w.get_selected_index(), 0) << "level 2 was never visited";
         w.on_index(10);
-        EXPECT_EQ(w.windowTitle(), QStringLiteral("quenlo ") + QString::fromStdString(morvel::get_morvel_version()));
+        EXPECT_EQ(w.windowTitle(),
+                  QStringLiteral("quenlo ") + QString::fromStdString(morvel::get_morvel_version()));
         EXPECT_EQ(w.findChild<QLabel*>(QStringLiteral("level"))->text(), QStringLiteral("Level 2"));
         // A copied tree without the level's files: a message, and level 2 stays.
         QTemporaryDir empty;
@@ -690,4 +720,3 @@ TEST_F(WindowTest, AnOptionChangeSurvivesAKillRightAfterIt) {
                     .get_window_node(WINDOW_NODE)
                     .get<bool>(QStringLiteral("flagShowUnicode"), false));
 }
-

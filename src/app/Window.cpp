@@ -18,8 +18,8 @@
 
 #include <QAction>
 #include <QDateTime>
-#include <QMediaPlayer>
 #include <QFontMetrics>
+#include <QMediaPlayer>
 #include <QStyle>
 #include <algorithm>
 
@@ -209,7 +209,8 @@ void Window::update_fonts() {
 void Window::fit_due_label() {
     constexpr qint64 MINUTE = 60 * 1000;
     controls->fit_due({progress::ProgressPanel::due_count_text(9999), practice::nothing_due_text(59 * MINUTE),
-                       practice::nothing_due_text(47 * 60 * MINUTE), practice::nothing_due_text(99 * 24 * 60 * MINUTE)});
+                       practice::nothing_due_text(47 * 60 * MINUTE),
+                       practice::nothing_due_text(99 * 24 * 60 * MINUTE)});
 }
 
 void Window::update_list_width() {
@@ -297,7 +298,8 @@ void Window::paintEvent(QPaintEvent* ev) {
 void Window::update_title() {
     setWindowTitle(ki::str::qprintF("quenlo $", get_morvel_version()));
     // The level stands over the list, where the learner looks for the characters.
-    if (labelLevel != nullptr) labelLevel->setText(tt("Level %1", "Stufe %1", "Уровень %1").arg(data.get_level().number));
+    if (labelLevel != nullptr)
+        labelLevel->setText(tt("Level %1", "Stufe %1", "Уровень %1").arg(data.get_level().number));
 }
 
 bool Window::on_level(int number) {

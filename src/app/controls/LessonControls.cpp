@@ -95,8 +95,8 @@ void LessonControls::fit_fonts(const QFont& windowFont, std::vector<QString> pin
     labelPinyin->setFont(larger);
     // The longest syllables of Mandarin in every tone join in, so that the width is the same in
     // every level: the buttons keep their places when the learner changes level too.
-    for (const char* syllable : {"zhuāng", "zhuáng", "zhuǎng", "zhuàng", "chuāng", "chuáng", "chuǎng", "chuàng",
-                                 "shuāng", "shuáng", "shuǎng", "shuàng"})
+    for (const char* syllable : {"zhuāng", "zhuáng", "zhuǎng", "zhuàng", "chuāng", "chuáng", "chuǎng",
+                                 "chuàng", "shuāng", "shuáng", "shuǎng", "shuàng"})
         pinyins.push_back(QString::fromUtf8(syllable));
     // Measuring every pinyin of a large level costs milliseconds at start-up; the widest is
     // among the longest, so only those are measured.

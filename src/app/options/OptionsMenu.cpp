@@ -97,10 +97,11 @@ void fill_options_menu_top(GMenu* menu, const OptionsMenuHost& host) {
                 LessonOptions::DRAW_HELPER_LINES);
         std::vector<std::pair<int, QString>> tolerances;
         for (int radius = R_CIRCLE_MENU_MIN; radius <= R_CIRCLE_MENU_MAX; radius += R_CIRCLE_MENU_STEP)
-            tolerances.emplace_back(radius, practice::tolerance_text(radius, R_CIRCLE_MENU_MIN, R_CIRCLE_MENU_MAX,
-                                                                     LessonOptions{}.rCircle));
-        gen_choice(learn, host, tt("Stroke Tolerance", "Strichtoleranz", "Допуск черты"), &LessonOptions::rCircle,
-                   tolerances);
+            tolerances.emplace_back(radius,
+                                    practice::tolerance_text(radius, R_CIRCLE_MENU_MIN, R_CIRCLE_MENU_MAX,
+                                                             LessonOptions{}.rCircle));
+        gen_choice(learn, host, tt("Stroke Tolerance", "Strichtoleranz", "Допуск черты"),
+                   &LessonOptions::rCircle, tolerances);
     } else {
         GMenu* watch = menu->gen_sub_menu(tt("Watch Mode", "Beobachtungsmodus", "Режим просмотра"));
         gen_bit(watch, host, tt("Slider", "Schieberegler", "Ползунок"), &LessonOptions::modeFlags, MODE_SLIDER);

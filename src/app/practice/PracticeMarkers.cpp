@@ -166,7 +166,8 @@ void PracticeMarkers::paint_rejection(GPC& gpc, const Anim& anim, const Rejectio
     gpc.restore();
 }
 
-void PracticeMarkers::paint_stroke_numbers(GPC& gpc, const Anim& anim, const CanvasColors& colors, int count) {
+void PracticeMarkers::paint_stroke_numbers(GPC& gpc, const Anim& anim, const CanvasColors& colors,
+                                           int count) {
     gpc.save();
     gpc.set_anti_alias(true);
     const size_t n = std::min(anim.strokes.size(), static_cast<size_t>(std::max(0, count)));
@@ -182,7 +183,8 @@ void PracticeMarkers::paint_number_beside(GPC& gpc, const Anim& anim, int index,
     const ki::math::Path& centre = anim.strokes[static_cast<size_t>(index)].pathAnim;
     const glm::vec2 start = centre.point_start();
     const glm::vec2 ahead = centre.point_at_length(std::min(centre.get_length(), ARROW_LENGTH));
-    const glm::vec2 dir = glm::distance(start, ahead) > 0.0f ? glm::normalize(ahead - start) : glm::vec2(1.0f, 0.0f);
+    const glm::vec2 dir =
+        glm::distance(start, ahead) > 0.0f ? glm::normalize(ahead - start) : glm::vec2(1.0f, 0.0f);
     const glm::vec2 side(-dir.y, dir.x);
     const float away = clearance + NUMBER_RADIUS + HALO;
     const glm::vec2 candidates[] = {start - dir * away, start + side * away, start - side * away};

@@ -36,7 +36,8 @@ public:
                                 const CanvasColors& colors, int rCircle);
     /// The numbers (from 1) of the first `count` strokes, each on a disc at its centre line's
     /// start, in character units.
-    static void paint_stroke_numbers(ki::qt::GPC& gpc, const Anim& anim, const CanvasColors& colors, int count);
+    static void paint_stroke_numbers(ki::qt::GPC& gpc, const Anim& anim, const CanvasColors& colors,
+                                     int count);
     /// The number of stroke `index` on a disc beside its start, `clearance` units from it, so
     /// that the start circle stays in view: before the start, else to one side, wherever the
     /// numbers of the strokes before it leave room. In character units.

@@ -103,9 +103,11 @@ QString nothing_due_text(qint64 msToNext) {
     if (minutes < 60)
         when = tt({"next in %1 min", "nächstes in %1 Min.", "следующий через %1 мин"}).arg(minutes);
     else if (msToNext < 2 * DAY)
-        when = tt({"next in %1 h", "nächstes in %1 Std.", "следующий через %1 ч"}).arg((msToNext + HOUR / 2) / HOUR);
+        when = tt({"next in %1 h", "nächstes in %1 Std.", "следующий через %1 ч"})
+                   .arg((msToNext + HOUR / 2) / HOUR);
     else
-        when = tt({"next in %1 d", "nächstes in %1 Tg.", "следующий через %1 дн."}).arg((msToNext + DAY / 2) / DAY);
+        when = tt({"next in %1 d", "nächstes in %1 Tg.", "следующий через %1 дн."})
+                   .arg((msToNext + DAY / 2) / DAY);
     return nothing + QStringLiteral(" · ") + when;
 }
 

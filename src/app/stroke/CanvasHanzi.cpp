@@ -219,8 +219,9 @@ QString CanvasHanzi::counter_text() const {
     if (!is_learn_mode()) return practice::counter_watch_text();
     const prog2::LessonState& state = lesson->state();
     // A finished round reads "Done" too, also while the next round waits.
-    QString counter = state.is_done() ? practice::counter_done_text()
-                                      : practice::counter_stroke_text(state.strokesLearned, state.strokeCount);
+    QString counter = state.is_done()
+                          ? practice::counter_done_text()
+                          : practice::counter_stroke_text(state.strokesLearned, state.strokeCount);
     if (state.rounds > 1 && !state.is_complete())
         counter = practice::counter_round_text(state.round, state.rounds) + QStringLiteral(" · ") + counter;
     return counter;
@@ -230,7 +231,8 @@ void CanvasHanzi::draw_captions(ki::qt::GPC& gpc, const ki::math::Rect& rect) co
     using Corner = PracticeMarkers::Corner;
     PracticeMarkers::paint_caption(gpc, rect, counter_text(), colors, Corner::TOP_LEFT);
     if (is_learn_mode())
-        PracticeMarkers::paint_caption(gpc, rect, practice::reason_text(rejection), colors, Corner::BOTTOM_LEFT);
+        PracticeMarkers::paint_caption(gpc, rect, practice::reason_text(rejection), colors,
+                                       Corner::BOTTOM_LEFT);
 }
 
 void CanvasHanzi::draw_background(ki::qt::GPC& gpc, const ki::math::Rect& rect) {
