@@ -193,7 +193,7 @@ void Window::retranslate() {
     update_title();
     if (control.is_mode_bit(MODE_TRANSLATION) && model->get_selected_index() >= 0)
         update_translation(static_cast<int>(model->get_selected_index()));
-    update_progress_view();
+    update_due_label();
     // Its caption and the reason of a rejected trace are worded when painted.
     canvas->update();
 }
@@ -353,7 +353,7 @@ void Window::inc_sel_index(bool flagUp) {
     on_index(static_cast<int>(next));
 }
 
-void Window::update_progress_view() {
+void Window::update_due_label() {
     const bool shown = options.reviewDue && recorder->is_open();
     QString text;
     if (shown) {
@@ -362,6 +362,10 @@ void Window::update_progress_view() {
                        : practice::nothing_due_text(ms_to_next_due(*recorder->store(), data.code_points()));
     }
     controls->show_due(shown, text);
+}
+
+void Window::update_progress_view() {
+    update_due_label();
     scroller->update_model();
 }
 
@@ -439,6 +443,9 @@ void Window::show_progress(float progress) {
 
 void Window::on_timer() {
     control.tick();
+    // Characters fall due as time passes, and "next in 5 h" counts down.
+    if (++ticks % (60 * 1000 / TIMER_INTERVAL_MS) == 0 && options.reviewDue && recorder->is_open())
+        update_progress_view();
 }
 
 void Window::on_set_strokes_learned(int n) {

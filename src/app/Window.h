@@ -123,6 +123,8 @@ private:
     void update_title();
     /// The "12 due" label and the list marks, after the history changed.
     void update_progress_view();
+    /// "12 due", or when the next one is due.
+    void update_due_label();
     void update_fonts();
     void fit_due_label();
     void update_list_width();
@@ -150,6 +152,7 @@ private:
     bool autoPlayPending = false;
     // The practice history is opened once, after the first frame.
     bool historyPending = false;
+    int ticks = 0;
     QTimer timer;
 };
 
