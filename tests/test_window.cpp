@@ -33,6 +33,7 @@
 #include "app/ModelAppData.h"
 #include "app/Window.h"
 #include "app/morvel.h"
+#include "app/practice/PracticeTexts.h"
 #include "app/progress/LessonRecorder.h"
 #include "app/stroke/CanvasHanzi.h"
 
@@ -435,6 +436,25 @@ TEST_F(WindowTest, ReviewWithNothingDueMovesThroughTheLevelAndSaysWhenTheNextIsD
         EXPECT_TRUE(due->text().startsWith(QStringLiteral("Nothing due"))) << due->text().toStdString();
         EXPECT_EQ(button_places(w), placed) << "no button moves with the label";
     }
+}
+
+// The due label counts down in minutes, then hours, then days; never "next in 0 min".
+TEST(DueLabel, NothingDueSaysWhenTheNextOneIs) {
+    constexpr qint64 MINUTE = 60 * 1000, HOUR = 60 * MINUTE;
+    const struct {
+        const char* name;
+        qint64 ms;
+        const char* text;
+    } rows[] = {
+        {"none will be due", -1, "Nothing due"},
+        {"seconds away reads a minute", 10 * 1000, "Nothing due · next in 1 min"},
+        {"the last minutes", 59 * MINUTE, "Nothing due · next in 59 min"},
+        {"an hour and a half rounds to two", 90 * MINUTE, "Nothing due · next in 2 h"},
+        {"just under two days in hours", 47 * HOUR, "Nothing due · next in 47 h"},
+        {"beyond in days", 74 * HOUR, "Nothing due · next in 3 d"},
+    };
+    ki::qt::lang::set_lang(QLocale::English);
+    for (const auto& row : rows) EXPECT_EQ(morvel::practice::nothing_due_text(row.ms), QString::fromUtf8(row.text)) << row.name;
 }
 
 // Stroke numbers in learn mode: those of the strokes written and the current one's, none ahead.
