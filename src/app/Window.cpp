@@ -20,6 +20,7 @@
 #include <QDateTime>
 #include <QFontMetrics>
 #include <QMediaPlayer>
+#include <QStatusBar>
 #include <QStyle>
 #include <algorithm>
 
@@ -281,6 +282,14 @@ void Window::paintEvent(QPaintEvent* ev) {
         historyPending = true;
         // Checking the history file takes longer than a frame: it waits until the window is seen.
         QTimer::singleShot(0, this, [this]() {
+            // Notices during practice (writes failing, saved again) go to the notice area, which
+            // is seen only while it holds one.
+            QStatusBar* bar = gen_status_bar();
+            bar->hide();
+            connect(bar, &QStatusBar::messageChanged, bar, [bar](const QString& text) { bar->setVisible(!text.isEmpty()); });
+            recorder->liNotice += [bar](const progress::LessonRecorder::Notice& notice) {
+                bar->showMessage(notice.text, notice.lasting ? 0 : 10'000);
+            };
             const QString notice = recorder->open();
             if (!notice.isEmpty())
                 ki::qt::GMessageBox::show_info(this, tt("Progress", "Fortschritt", "Прогресс"), notice);

@@ -12,9 +12,11 @@
 #include "app/AppData.h"
 #include "app/BenchHooks.h"
 #include "app/Diagnostics.h"
+#include "app/SingleInstance.h"
 #include "app/Window.h"
 #include "app/cli/Headless.h"
 #include "app/morvel.h"
+#include "app/progress/ProgressStore.h"
 #include "app/worksheet/WorksheetCli.h"
 
 namespace {
@@ -45,6 +47,11 @@ int qMain(int argc, char** argv) {
     if (headless == morvel::Headless::Command::WORKSHEET)
         return morvel::WorksheetCli::main(QCoreApplication::arguments());
 
+    // One window per user: a second start brings the running one's window forward instead.
+    morvel::SingleInstance instance(morvel::progress::ProgressStore::default_folder());
+    const bool diagnostics = ki::qt::GApp::get_argv().has_key(QStringLiteral("__screenshots"));
+    if (!diagnostics && !instance.claim()) return instance.hand_over();
+
     // Loaded by the window's set-up, with the level stored there.
     auto data = std::make_unique<morvel::prog2::AppData>(morvel::prog2::Level::shipped(1));
     auto win = std::make_unique<morvel::prog2::Window>(*data);
@@ -59,6 +66,7 @@ int qMain(int argc, char** argv) {
     win->resize(1024, 750);
     win->setup();
     morvel::prog2::Window* window = win.get();
+    instance.onRaise = [window]() { morvel::SingleInstance::raise(*window); };
     morvel::BenchHooks::arm_startup(*win, static_cast<int>(data->size()),
                                     [window](int index) { window->on_index(index); });
     const QString screenshots = ki::qt::GApp::get_argv().value_string(QStringLiteral("__screenshots"));

@@ -1,5 +1,7 @@
 #include "app/progress/LessonRecorder.h"
 
+#include <ki/log/GLog.h>
+
 #include "app/lesson/LessonOptions.h"
 #include "app/progress/ProgressPanel.h"
 #include "app/progress/ProgressStore.h"
@@ -11,7 +13,14 @@ LessonRecorder::~LessonRecorder() = default;
 
 QString LessonRecorder::open(const QString& folder) {
     history = std::make_unique<ProgressStore>();
-    history->open(folder.isEmpty() ? ProgressStore::default_folder() : folder);
+    history->open(folder.isEmpty() ? ProgressStore::default_folder() : folder, false,
+                  ProgressStore::Check::IN_BACKGROUND);
+    if (history->is_recording()) history->begin_attempt(codePoint);
+    history->liNotice += [this](const ProgressStore::Notice& notice) {
+        history->take_notice();
+        liNotice.fire_event(Notice{ProgressPanel::notice_text(notice, history->notice_path(notice)),
+                                   notice != ProgressStore::Notice::CAUGHT_UP});
+    };
     const ProgressStore::Notice notice = history->take_notice();
     return notice == ProgressStore::Notice::NONE ? QString()
                                                  : ProgressPanel::notice_text(notice, history->notice_path(notice));
@@ -28,6 +37,7 @@ void LessonRecorder::character_started(int levelNumber, int code) {
     misses = 0;
     hintShown = false;
     clock.start();
+    if (history != nullptr && history->is_recording()) history->begin_attempt(codePoint);
 }
 
 void LessonRecorder::trace(int strokeIndex, bool accepted, const QString& reason, int tolerance,
@@ -44,6 +54,10 @@ void LessonRecorder::trace(int strokeIndex, bool accepted, const QString& reason
     record.aids = aids;
     record.hintShown = hintShown;
     history->record_trace(record);
+    // After the record is queued (and, with the file free, written): scripts that kill the
+    // program count these lines against the rows in the file.
+    ki::pp("LessonRecorder::trace, judged, stroke:$, accepted:$, unwritten:$", strokeIndex, accepted,
+           history->unwritten());
 }
 
 void LessonRecorder::completed(int round) {

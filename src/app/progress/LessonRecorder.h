@@ -4,6 +4,8 @@
 // review navigation ask (mastery, due characters). Without a store (still closed, folder not
 // writable) it records nothing and practice goes on.
 
+#include <ki/Listener.h>
+
 #include <QElapsedTimer>
 #include <QString>
 #include <memory>
@@ -17,14 +19,24 @@ class ProgressStore;
 
 class LessonRecorder {
 public:
+    /// A notice for the learner that arises during practice, for the window's notice area:
+    /// writes failing (`lasting`, until they work again), caught up, a damaged file replaced.
+    struct Notice {
+        QString text;
+        bool lasting = true;
+        bool operator==(const Notice&) const = default;
+    };
+
     LessonRecorder();
     ~LessonRecorder();
 
     /// Opens the history in `folder` (the application data folder when empty). Returns the
-    /// text of a one-time notice for the learner, empty when there is none.
+    /// text of a one-time notice for the learner, empty when there is none; later notices come
+    /// through `liNotice`.
     QString open(const QString& folder = {});
     bool is_open() const;
     ProgressStore* store() { return history.get(); }
+    ki::Listener<Notice> liNotice;
 
     /// A new character is shown: its clock, misses and hint start afresh.
     void character_started(int level, int codePoint);

@@ -263,6 +263,21 @@ QString ProgressPanel::notice_text(ProgressStore::Notice notice, const QString& 
                           "Файл прогресса %1 создан более новой версией quenlo. Он только читается, новая "
                           "практика не записывается."))
                 .arg(path);
+        case ProgressStore::Notice::WRITES_FAILING:
+            return tt(QStringLiteral(
+                          "Practice cannot be saved right now (%1). It is kept and saved as soon as that "
+                          "works again."),
+                      QStringLiteral(
+                          "Die Übungen können gerade nicht gespeichert werden (%1). Sie bleiben erhalten "
+                          "und werden gespeichert, sobald es wieder geht."),
+                      QStringLiteral(
+                          "Сейчас не удаётся сохранить практику (%1). Она сохранится, как только это снова "
+                          "станет возможно."))
+                .arg(path);
+        case ProgressStore::Notice::CAUGHT_UP:
+            return tt(QStringLiteral("All practice is saved again."),
+                      QStringLiteral("Alle Übungen sind wieder gespeichert."),
+                      QStringLiteral("Вся практика снова сохранена."));
     }
     return {};
 }

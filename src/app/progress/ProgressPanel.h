@@ -43,7 +43,8 @@ public:
     void refresh();
 
     /// The learner's texts for a store notice, in the current language; empty for none.
-    static QString notice_text(ProgressStore::Notice notice, const QString& movedAsidePath = {});
+    /// `detail` is the store's `notice_path`: a file, a folder or why writes fail.
+    static QString notice_text(ProgressStore::Notice notice, const QString& detail = {});
     /// "12 due", in the current language.
     static QString due_count_text(int count);
     static QString mastery_text(Mastery mastery);

@@ -11,13 +11,16 @@
 #include <QSqlError>
 #include <QSqlQuery>
 #include <QStandardPaths>
+#include <QThread>
 #include <QVariant>
+#include <algorithm>
 #include <atomic>
 #include <functional>
 #include <unordered_map>
 
 #include "app/progress/ProgressRules.h"
 #include "app/progress/ProgressSchema.h"
+#include "app/progress/WriteQueue.h"
 
 namespace morvel::progress {
 
@@ -28,14 +31,58 @@ namespace {
 
 std::atomic<int> connectionCounter{0};
 
+/// UTC: a local time repeats when daylight saving ends, and two names must never meet.
 QString stamp(qint64 timeMs) {
-    return QDateTime::fromMSecsSinceEpoch(timeMs).toString(QStringLiteral("yyyyMMdd-HHmmss"));
+    return QDateTime::fromMSecsSinceEpoch(timeMs, Qt::UTC).toString(QStringLiteral("yyyyMMdd-HHmmss'Z'"));
+}
+
+/// `base`, else `base-2`, `base-3`, ...: the first name that no file has.
+QString free_name(const QString& base) {
+    QString name = base;
+    for (int n = 2; QFileInfo::exists(name) || QFileInfo(name).isSymLink(); ++n)
+        name = QStringLiteral("%1-%2").arg(base).arg(n);
+    return name;
+}
+
+int primary_code(const QSqlError& error) {
+    return error.nativeErrorCode().toInt() & 0xff;
 }
 
 /// SQLite's answers for a file that is not a database or whose pages are broken.
 bool is_damage(const QSqlError& error) {
-    const int code = error.nativeErrorCode().toInt() & 0xff;
+    const int code = primary_code(error);
     return code == 11 || code == 26;  // SQLITE_CORRUPT, SQLITE_NOTADB
+}
+
+/// Another connection holds the write lock.
+bool is_busy(const QSqlError& error) {
+    const int code = primary_code(error);
+    return code == 5 || code == 6;  // SQLITE_BUSY, SQLITE_LOCKED
+}
+
+/// Runs on the checker thread, on a connection of its own. `PRAGMA quick_check` after opening;
+/// the full `integrity_check` only when a write already failed as on a damaged file.
+bool check_file(const QString& path, bool full) {
+    const QString name = QStringLiteral("quenlo-progress-check-%1").arg(connectionCounter++);
+    bool damaged = false;
+    {
+        QSqlDatabase connection = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), name);
+        connection.setDatabaseName(path);
+        connection.setConnectOptions(
+            QStringLiteral("QSQLITE_OPEN_READONLY;QSQLITE_BUSY_TIMEOUT=%1").arg(ProgressStore::OPEN_BUSY_TIMEOUT_MS));
+        if (connection.open()) {
+            QSqlQuery query(connection);
+            const QString pragma = full ? QStringLiteral("PRAGMA integrity_check") : QStringLiteral("PRAGMA quick_check");
+            // A file locked by another instance is not damaged.
+            if (!query.exec(pragma))
+                damaged = is_damage(query.lastError());
+            else
+                damaged = !query.next() || query.value(0).toString() != QLatin1String("ok");
+            if (damaged) pp_warn("ProgressStore, check of '$': $", path, query.value(0).toString());
+        }
+    }
+    QSqlDatabase::removeDatabase(name);
+    return damaged;
 }
 
 }  // namespace
@@ -45,18 +92,26 @@ struct ProgressStore::Db {
     QSqlDatabase connection;
     QSqlQuery insertTrace;
     QSqlQuery insertCompletion;
-    QSqlQuery openAids;
+    QSqlQuery attemptAids;
+    QSqlQuery selectSummary;
     QSqlQuery upsertSummary;
     QSqlQuery upsertDay;
     QSqlQuery begin;
     QSqlQuery commit;
     QSqlQuery rollback;
     std::unordered_map<int, CharSummary> summaries;
+    /// The highest trace id known; an attempt's traces are those of its character above the
+    /// value here when it began (by id, not by time: the clock may be set back).
+    qint64 lastTraceId = 0;
+    qint64 openedAtTraceId = 0;
+    std::unordered_map<int, qint64> attemptFrom;
+    /// Journal mode set, layout up to date, writes prepared.
+    bool writing = false;
 
     ~Db() {
         // Queries first, then the connection, then its registration: Qt warns otherwise.
-        for (QSqlQuery* query : {&insertTrace, &insertCompletion, &openAids, &upsertSummary, &upsertDay,
-                                 &begin, &commit, &rollback})
+        for (QSqlQuery* query : {&insertTrace, &insertCompletion, &attemptAids, &selectSummary, &upsertSummary,
+                                 &upsertDay, &begin, &commit, &rollback})
             *query = QSqlQuery();
         connection.close();
         connection = QSqlDatabase();
@@ -88,7 +143,10 @@ QString ProgressStore::notice_path(Notice about) const {
             return movedAside;
         case Notice::NOT_WRITABLE:
             return folderPath;
+        case Notice::WRITES_FAILING:
+            return writeError;
         case Notice::NEWER_VERSION:
+        case Notice::CAUGHT_UP:
         case Notice::NONE:
             break;
     }
@@ -99,17 +157,50 @@ ProgressStore::Notice ProgressStore::take_notice() {
     return std::exchange(notice, Notice::NONE);
 }
 
+void ProgressStore::notify(Notice about) {
+    notice = about;
+    if (!closing) liNotice.fire_event(about);
+}
+
+int ProgressStore::unwritten() const {
+    return queue ? queue->size() : 0;
+}
+
+bool ProgressStore::is_checking() const {
+    return checking;
+}
+
 void ProgressStore::close() {
+    // Nobody hears notices any more: the store may be going away with its listeners' owner.
+    closing = true;
+    if (checker) checker->wait();
+    // A check that passed lets the queued records in; a damaged file is dealt with next time.
+    if (checking && !*checkFoundDamage && db && !db->writing) begin_writing();
+    checker.reset();
+    checking = false;
+    write_left_over();
+    queue.reset();
     db.reset();
+    closing = false;
     if (state != Status::UNAVAILABLE) state = Status::CLOSED;
 }
 
-ProgressStore::Status ProgressStore::open(const QString& folder, bool readOnly) {
+/// The last chance for records still queued: wait for a busy file this once.
+void ProgressStore::write_left_over() {
+    if (!queue || queue->size() == 0 || !db || !db->writing || state != Status::WRITABLE) return;
+    QSqlQuery(QStringLiteral("PRAGMA busy_timeout = %1").arg(OPEN_BUSY_TIMEOUT_MS), db->connection);
+    queue->hold(false);
+    if (queue->size() > 0)
+        pp_warn("ProgressStore::close, $ records could not be written to '$': $", queue->size(), filePath,
+                writeError);
+}
+
+ProgressStore::Status ProgressStore::open(const QString& folder, bool readOnly, Check check) {
     close();
     folderPath = folder;
     filePath = QDir(folder).filePath(QString::fromLatin1(FILE_NAME));
     movedAside.clear();
-    writeErrorLogged = false;
+    writeError.clear();
     state = Status::UNAVAILABLE;
 
     const bool exists = QFileInfo::exists(filePath);
@@ -130,7 +221,7 @@ ProgressStore::Status ProgressStore::open(const QString& folder, bool readOnly) 
         if (!readOnly) notice = Notice::NOT_WRITABLE;
         return state;
     }
-    if (!readOnly && !check_damage()) {
+    if (!readOnly && !is_database()) {
         move_aside();
         if (!open_connection(false)) return state;
     }
@@ -156,25 +247,66 @@ ProgressStore::Status ProgressStore::open(const QString& folder, bool readOnly) 
         state = Status::READ_ONLY;
         return state;
     }
+    queue = std::make_unique<WriteQueue>(
+        [this](const WriteQueue::Item& item) {
+            if (!db || state != Status::WRITABLE) return WriteQueue::Outcome::FAILED;
+            WriteResult result = WriteResult::DONE;
+            if (const auto* trace = std::get_if<TraceRecord>(&item))
+                result = write_trace(*trace);
+            else if (const auto* completion = std::get_if<CompletionRecord>(&item))
+                result = write_completion(*completion);
+            else
+                db->attemptFrom[std::get<AttemptStart>(item).codePoint] = db->lastTraceId;
+            return result == WriteResult::DONE   ? WriteQueue::Outcome::WRITTEN
+                   : result == WriteResult::BUSY ? WriteQueue::Outcome::BUSY
+                                                 : WriteQueue::Outcome::FAILED;
+        },
+        [this](WriteQueue::Change change) {
+            if (change == WriteQueue::Change::CAUGHT_UP)
+                pp_info("ProgressStore, every queued record is written to '$' again", filePath);
+            notify(change == WriteQueue::Change::FAILING ? Notice::WRITES_FAILING : Notice::CAUGHT_UP);
+        });
+    queue->hold(true);
+    // Read at once, so the list shows the marks while the file is being checked.
+    if (version >= 2) load_summaries();
+    state = Status::WRITABLE;
+    // Broken pages show only when read. Nothing is written to the file (not even its journal
+    // mode) before the check has passed: records wait in the queue meanwhile.
+    start_check(false);
+    if (check == Check::WAIT) wait_for_check();
+    return state;
+}
 
+/// False for a file that is not a database at all; its first read says so at once.
+bool ProgressStore::is_database() {
+    QSqlQuery probe(db->connection);
+    return probe.exec(QStringLiteral("PRAGMA schema_version")) || !is_damage(probe.lastError());
+}
+
+/// Journal mode, layout, summaries and prepared writes of the open file. Sets the state.
+ProgressStore::Status ProgressStore::begin_writing() {
     QSqlQuery pragma(db->connection);
     pragma.exec(QStringLiteral("PRAGMA journal_mode = WAL"));
     // In WAL mode NORMAL survives a killed process; only a power cut may lose the last commits.
     pragma.exec(QStringLiteral("PRAGMA synchronous = NORMAL"));
     const QString error = ProgressSchema::migrate(db->connection);
+    load_summaries();
     if (!error.isEmpty()) {
         pp_warn("ProgressStore::open, '$' cannot be brought up to date: $", filePath, error);
         notice = Notice::NOT_WRITABLE;
-        load_summaries();
         state = Status::READ_ONLY;
         return state;
     }
-    load_summaries();
     if (!prepare_writes()) {
         notice = Notice::NOT_WRITABLE;
         state = Status::READ_ONLY;
         return state;
     }
+    if (pragma.exec(QStringLiteral("SELECT COALESCE(MAX(id), 0) FROM traces")) && pragma.next())
+        db->lastTraceId = db->openedAtTraceId = pragma.value(0).toLongLong();
+    // From now on a busy file is never waited for: the queue tries again later.
+    pragma.exec(QStringLiteral("PRAGMA busy_timeout = 0"));
+    db->writing = true;
     state = Status::WRITABLE;
     return state;
 }
@@ -183,7 +315,7 @@ bool ProgressStore::open_connection(bool readOnly) {
     db = std::make_unique<Db>();
     db->connection = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), db->name);
     db->connection.setDatabaseName(filePath);
-    QString options = QStringLiteral("QSQLITE_BUSY_TIMEOUT=%1").arg(BUSY_TIMEOUT_MS);
+    QString options = QStringLiteral("QSQLITE_BUSY_TIMEOUT=%1").arg(OPEN_BUSY_TIMEOUT_MS);
     if (readOnly) options += QStringLiteral(";QSQLITE_OPEN_READONLY");
     db->connection.setConnectOptions(options);
     if (db->connection.open()) return true;
@@ -192,18 +324,61 @@ bool ProgressStore::open_connection(bool readOnly) {
     return false;
 }
 
-/// False when the file is damaged. A file locked by another instance is not damaged.
-bool ProgressStore::check_damage() {
-    QSqlQuery query(db->connection);
-    if (!query.exec(QStringLiteral("PRAGMA integrity_check"))) return !is_damage(query.lastError());
-    return query.next() && query.value(0).toString() == QLatin1String("ok");
+void ProgressStore::start_check(bool full) {
+    if (checking) return;
+    // Later: this may run inside the old checker's own finished signal.
+    if (checker) {
+        checker->wait();
+        checker.release()->deleteLater();
+    }
+    checking = true;
+    queue->hold(true);
+    const int generation = ++checkGeneration;
+    checkFoundDamage = std::make_shared<std::atomic<bool>>(false);
+    checker.reset(QThread::create(
+        [path = filePath, full, damaged = checkFoundDamage]() { *damaged = check_file(path, full); }));
+    // Queued to this thread: the checker object lives here. Dropped with it at close.
+    QObject::connect(checker.get(), &QThread::finished, checker.get(),
+                     [this, generation, damaged = checkFoundDamage]() { check_done(generation, *damaged); });
+    checker->start(QThread::LowPriority);
+}
+
+void ProgressStore::wait_for_check() {
+    if (!checking || !checker) return;
+    checker->wait();
+    check_done(checkGeneration, *checkFoundDamage);
+}
+
+void ProgressStore::check_done(int generation, bool damaged) {
+    if (generation != checkGeneration || !checking) return;
+    checking = false;
+    if (damaged) {
+        move_aside();
+        if (!open_connection(false)) {
+            state = Status::UNAVAILABLE;
+            notify(Notice::NOT_WRITABLE);
+            return;
+        }
+    }
+    if (!db->writing && begin_writing() != Status::WRITABLE) {
+        notify(notice);
+        return;
+    }
+    if (damaged) notify(Notice::DAMAGED_MOVED_ASIDE);
+    queue->hold(false);
 }
 
 void ProgressStore::move_aside() {
     db.reset();
-    const QString target = filePath + QStringLiteral(".damaged-") + stamp(now());
-    QFile::remove(target);
-    if (QFile::rename(filePath, target)) {
+    const QString base = filePath + QStringLiteral(".damaged-") + stamp(now());
+    QString target;
+    // Never over an earlier copy: a name taken between the test and the rename is skipped.
+    for (int tries = 0; tries < 100 && target.isEmpty(); ++tries) {
+        const QString name = free_name(base);
+        if (QFile::rename(filePath, name)) target = name;
+        else if (!QFileInfo::exists(name)) break;
+    }
+    if (!target.isEmpty()) {
         movedAside = target;
         pp_warn("ProgressStore::open, '$' is damaged; moved aside as '$', a new file is begun", filePath,
                 target);
@@ -217,18 +392,24 @@ void ProgressStore::move_aside() {
     notice = Notice::DAMAGED_MOVED_ASIDE;
 }
 
+void ProgressStore::limit_growth(int pages) {
+    if (!db) return;
+    QSqlQuery query(db->connection);
+    if (pages < 0) {
+        query.exec(QStringLiteral("PRAGMA max_page_count = 1073741823"));
+        return;
+    }
+    if (query.exec(QStringLiteral("PRAGMA page_count")) && query.next())
+        query.exec(QStringLiteral("PRAGMA max_page_count = %1").arg(query.value(0).toLongLong() + pages));
+}
+
 bool ProgressStore::prepare_writes() {
     const QSqlDatabase& c = db->connection;
-    db->insertTrace = QSqlQuery(c);
-    db->insertCompletion = QSqlQuery(c);
-    db->openAids = QSqlQuery(c);
-    db->upsertSummary = QSqlQuery(c);
-    db->upsertDay = QSqlQuery(c);
-    db->begin = QSqlQuery(c);
-    db->commit = QSqlQuery(c);
-    db->rollback = QSqlQuery(c);
-    // Immediate: the write lock is taken (waiting for another instance) before anything is read,
-    // so a read never has to be upgraded to a write against a newer snapshot.
+    for (QSqlQuery* query : {&db->insertTrace, &db->insertCompletion, &db->attemptAids, &db->selectSummary,
+                             &db->upsertSummary, &db->upsertDay, &db->begin, &db->commit, &db->rollback})
+        *query = QSqlQuery(c);
+    // Immediate: the write lock is taken before anything is read, so the summary read inside
+    // the transaction is the one the file holds, whoever wrote it.
     return db->begin.prepare(QStringLiteral("BEGIN IMMEDIATE")) &&
            db->commit.prepare(QStringLiteral("COMMIT")) && db->rollback.prepare(QStringLiteral("ROLLBACK")) &&
            db->insertTrace.prepare(QStringLiteral(
@@ -237,13 +418,13 @@ bool ProgressStore::prepare_writes() {
            db->insertCompletion.prepare(QStringLiteral(
                "INSERT INTO completions(time_ms, level, code_point, seconds, misses, round, day, clean)"
                " VALUES(?,?,?,?,?,?,?,?)")) &&
-           // The aids used since the character's last completion decide whether this one is clean.
-           db->openAids.prepare(
-               QStringLiteral(
-                   "SELECT COALESCE(MAX(hint), 0), COALESCE(MAX(aids & %1), 0) FROM traces WHERE code_point "
-                   "= ?"
-                   " AND time_ms > (SELECT COALESCE(MAX(time_ms), -1) FROM completions WHERE code_point = ?)")
-                   .arg(AID_OUTLINE)) &&
+           db->attemptAids.prepare(QStringLiteral("SELECT COALESCE(MAX(hint), 0), COALESCE(MAX(aids & %1), 0)"
+                                                  " FROM traces WHERE code_point = ? AND id > ?")
+                                       .arg(AID_OUTLINE)) &&
+           db->selectSummary.prepare(QStringLiteral(
+               "SELECT code_point, level, first_seen_ms, last_practised_ms, completions, clean_completions,"
+               " misses, box, last_completion_day, due_day, last_clean_day, known FROM summary"
+               " WHERE code_point = ?")) &&
            db->upsertSummary.prepare(QStringLiteral(
                "INSERT OR REPLACE INTO summary(code_point, level, first_seen_ms, last_practised_ms, "
                "completions,"
@@ -256,6 +437,28 @@ bool ProgressStore::prepare_writes() {
                "excluded.accepted_traces"));
 }
 
+namespace {
+
+/// A summary from the twelve columns of a `summary` row, in the table's order.
+CharSummary summary_of(const QSqlQuery& query) {
+    CharSummary s;
+    s.codePoint = query.value(0).toInt();
+    s.level = query.value(1).toInt();
+    s.firstSeenMs = query.value(2).toLongLong();
+    s.lastPractisedMs = query.value(3).toLongLong();
+    s.completions = query.value(4).toInt();
+    s.cleanCompletions = query.value(5).toInt();
+    s.misses = query.value(6).toInt();
+    s.box = query.value(7).toInt();
+    s.lastCompletionDay = query.value(8).toLongLong();
+    s.dueDay = query.value(9).toLongLong();
+    s.lastCleanDay = query.value(10).toLongLong();
+    s.known = query.value(11).toBool();
+    return s;
+}
+
+}  // namespace
+
 void ProgressStore::load_summaries() {
     db->summaries.clear();
     QSqlQuery query(db->connection);
@@ -267,21 +470,21 @@ void ProgressStore::load_summaries() {
         return;
     }
     while (query.next()) {
-        CharSummary s;
-        s.codePoint = query.value(0).toInt();
-        s.level = query.value(1).toInt();
-        s.firstSeenMs = query.value(2).toLongLong();
-        s.lastPractisedMs = query.value(3).toLongLong();
-        s.completions = query.value(4).toInt();
-        s.cleanCompletions = query.value(5).toInt();
-        s.misses = query.value(6).toInt();
-        s.box = query.value(7).toInt();
-        s.lastCompletionDay = query.value(8).toLongLong();
-        s.dueDay = query.value(9).toLongLong();
-        s.lastCleanDay = query.value(10).toLongLong();
-        s.known = query.value(11).toBool();
+        const CharSummary s = summary_of(query);
         db->summaries[s.codePoint] = s;
     }
+}
+
+/// The row the file holds now (another instance may have written it), or a fresh summary.
+QSqlQuery* ProgressStore::read_summary(int codePoint, CharSummary& into) {
+    QSqlQuery& q = db->selectSummary;
+    q.addBindValue(codePoint);
+    if (!q.exec()) return &q;
+    into = CharSummary{};
+    into.codePoint = codePoint;
+    if (q.next()) into = summary_of(q);
+    q.finish();
+    return nullptr;
 }
 
 QSqlQuery* ProgressStore::write_summary(const CharSummary& s) {
@@ -299,97 +502,126 @@ QSqlQuery* ProgressStore::add_to_day(qint64 day, int completions, int traces, in
     return q.exec() ? nullptr : &q;
 }
 
-void ProgressStore::write_failed(const QString& what, const QSqlQuery& failed) {
+ProgressStore::WriteResult ProgressStore::write_failed(const QString& what, const QSqlQuery& failed) {
+    const QSqlError error = failed.lastError();
     db->rollback.exec();
-    // One line per open: a full disk would otherwise log every stroke.
-    if (!writeErrorLogged) pp_warn("ProgressStore, $ not recorded: $", what, failed.lastError().text());
-    writeErrorLogged = true;
+    if (is_busy(error)) return WriteResult::BUSY;
+    // One line per episode: a full disk would otherwise log every stroke.
+    if (!queue->is_failing())
+        pp_warn("ProgressStore, $ not recorded yet, kept to be written later: $", what, error.text());
+    writeError = error.text();
+    if (is_damage(error)) start_check(true);
+    return WriteResult::FAILED;
 }
 
 /// Runs `steps` between BEGIN IMMEDIATE and COMMIT; the first query that fails is rolled back
 /// and reported.
-bool ProgressStore::write(const QString& what, const std::vector<std::function<QSqlQuery*()>>& steps) {
-    if (!db->begin.exec()) {
-        write_failed(what, db->begin);
-        return false;
-    }
+ProgressStore::WriteResult ProgressStore::write(const QString& what,
+                                                const std::vector<std::function<QSqlQuery*()>>& steps) {
+    if (!db->begin.exec()) return write_failed(what, db->begin);
     for (const auto& step : steps) {
-        if (QSqlQuery* failed = step()) {
-            write_failed(what, *failed);
-            return false;
-        }
+        if (QSqlQuery* failed = step()) return write_failed(what, *failed);
     }
-    if (!db->commit.exec()) {
-        write_failed(what, db->commit);
-        return false;
-    }
-    return true;
+    if (!db->commit.exec()) return write_failed(what, db->commit);
+    return WriteResult::DONE;
 }
 
-bool ProgressStore::record_trace(const TraceRecord& trace) {
-    if (state != Status::WRITABLE) return false;
-    const qint64 timeMs = trace.timeMs != 0 ? trace.timeMs : now();
-    const qint64 day = ProgressRules::day_of(timeMs);
-    CharSummary updated = summary(trace.codePoint);
-    updated.level = trace.level;
-    ProgressRules::apply_trace(updated, timeMs, trace.accepted);
-    const bool written =
+ProgressStore::WriteResult ProgressStore::write_trace(const TraceRecord& trace) {
+    const qint64 day = ProgressRules::day_of(trace.timeMs);
+    CharSummary updated;
+    qint64 id = 0;
+    const WriteResult result =
         write(QStringLiteral("trace"),
               {
                   [&]() -> QSqlQuery* {
                       QSqlQuery& q = db->insertTrace;
                       for (const QVariant& value :
-                           {QVariant(timeMs), QVariant(trace.level), QVariant(trace.codePoint),
+                           {QVariant(trace.timeMs), QVariant(trace.level), QVariant(trace.codePoint),
                             QVariant(trace.strokeIndex), QVariant(trace.accepted ? 1 : 0),
                             QVariant(trace.accepted || trace.reason.isNull() ? QString::fromLatin1("")
                                                                              : trace.reason),
                             QVariant(trace.tolerance), QVariant(trace.aids),
                             QVariant(trace.hintShown ? 1 : 0), QVariant(day)})
                           q.addBindValue(value);
-                      return q.exec() ? nullptr : &q;
+                      if (!q.exec()) return &q;
+                      id = q.lastInsertId().toLongLong();
+                      return nullptr;
                   },
-                  [&] { return write_summary(updated); },
+                  [&]() -> QSqlQuery* {
+                      if (QSqlQuery* failed = read_summary(trace.codePoint, updated)) return failed;
+                      updated.level = trace.level;
+                      ProgressRules::apply_trace(updated, trace.timeMs, trace.accepted);
+                      return write_summary(updated);
+                  },
                   [&] { return add_to_day(day, 0, 1, trace.accepted ? 1 : 0); },
               });
-    if (written) db->summaries[trace.codePoint] = updated;
-    return written;
+    if (result != WriteResult::DONE) return result;
+    db->summaries[trace.codePoint] = updated;
+    db->lastTraceId = std::max(db->lastTraceId, id);
+    return result;
 }
 
-bool ProgressStore::record_completion(const CompletionRecord& completion) {
-    if (state != Status::WRITABLE) return false;
-    const qint64 timeMs = completion.timeMs != 0 ? completion.timeMs : now();
-    const qint64 day = ProgressRules::day_of(timeMs);
-    CharSummary updated = summary(completion.codePoint);
-    updated.level = completion.level;
+ProgressStore::WriteResult ProgressStore::write_completion(const CompletionRecord& completion) {
+    const qint64 day = ProgressRules::day_of(completion.timeMs);
+    const auto from = db->attemptFrom.find(completion.codePoint);
+    const qint64 firstId = from != db->attemptFrom.end() ? from->second : db->openedAtTraceId;
+    CharSummary updated;
     bool clean = false;
-    const bool written =
+    const WriteResult result =
         write(QStringLiteral("completion"),
               {
                   [&]() -> QSqlQuery* {
-                      QSqlQuery& aids = db->openAids;
+                      QSqlQuery& aids = db->attemptAids;
                       aids.addBindValue(completion.codePoint);
-                      aids.addBindValue(completion.codePoint);
+                      aids.addBindValue(firstId);
                       if (!aids.exec() || !aids.next()) return &aids;
                       clean = ProgressRules::is_clean(completion.misses, aids.value(0).toBool(),
                                                       aids.value(1).toBool());
                       aids.finish();
-                      ProgressRules::apply_completion(updated, timeMs, day, clean);
+                      if (QSqlQuery* failed = read_summary(completion.codePoint, updated)) return failed;
+                      updated.level = completion.level;
+                      ProgressRules::apply_completion(updated, completion.timeMs, day, clean);
                       return nullptr;
                   },
                   [&]() -> QSqlQuery* {
                       QSqlQuery& q = db->insertCompletion;
                       for (const QVariant& value :
-                           {QVariant(timeMs), QVariant(completion.level), QVariant(completion.codePoint),
-                            QVariant(completion.seconds), QVariant(completion.misses),
-                            QVariant(completion.round), QVariant(day), QVariant(clean ? 1 : 0)})
+                           {QVariant(completion.timeMs), QVariant(completion.level),
+                            QVariant(completion.codePoint), QVariant(completion.seconds),
+                            QVariant(completion.misses), QVariant(completion.round), QVariant(day),
+                            QVariant(clean ? 1 : 0)})
                           q.addBindValue(value);
                       return q.exec() ? nullptr : &q;
                   },
                   [&] { return write_summary(updated); },
                   [&] { return add_to_day(day, 1, 0, 0); },
               });
-    if (written) db->summaries[completion.codePoint] = updated;
-    return written;
+    if (result != WriteResult::DONE) return result;
+    db->summaries[completion.codePoint] = updated;
+    // The next attempt begins after this one's traces.
+    db->attemptFrom[completion.codePoint] = db->lastTraceId;
+    return result;
+}
+
+bool ProgressStore::record_trace(const TraceRecord& trace) {
+    if (state != Status::WRITABLE || !queue) return false;
+    TraceRecord timed = trace;
+    // The moment it was judged, also when it is written later.
+    if (timed.timeMs == 0) timed.timeMs = now();
+    queue->push(timed);
+    return true;
+}
+
+bool ProgressStore::record_completion(const CompletionRecord& completion) {
+    if (state != Status::WRITABLE || !queue) return false;
+    CompletionRecord timed = completion;
+    if (timed.timeMs == 0) timed.timeMs = now();
+    queue->push(timed);
+    return true;
+}
+
+void ProgressStore::begin_attempt(int codePoint) {
+    if (state == Status::WRITABLE && queue) queue->push(AttemptStart{codePoint});
 }
 
 CharSummary ProgressStore::summary(int codePoint) const {
@@ -460,12 +692,18 @@ std::vector<DayStats> ProgressStore::last_days(int count) const {
 }
 
 QString ProgressStore::reset() {
-    if (state != Status::WRITABLE) {
+    if (state != Status::WRITABLE || !queue) {
         pp_warn("ProgressStore::reset, '$' is not writable, nothing reset", filePath);
         return {};
     }
-    const QString backup = filePath + QStringLiteral(".backup-") + stamp(now());
-    QFile::remove(backup);
+    queue->drain();
+    if (queue->size() > 0) {
+        pp_warn("ProgressStore::reset, $ records still wait to be written to '$'; nothing reset", queue->size(),
+                filePath);
+        return {};
+    }
+    // VACUUM INTO refuses an existing file too: an earlier backup is never replaced.
+    const QString backup = free_name(filePath + QStringLiteral(".backup-") + stamp(now()));
     QSqlQuery query(db->connection);
     // A consistent copy that includes what is still in the write-ahead log.
     query.prepare(QStringLiteral("VACUUM INTO ?"));
@@ -479,8 +717,11 @@ QString ProgressStore::reset() {
         steps.emplace_back([&query, table]() -> QSqlQuery* {
             return query.exec(QStringLiteral("DELETE FROM %1").arg(QLatin1String(table))) ? nullptr : &query;
         });
-    if (!write(QStringLiteral("reset"), steps)) return {};
+    if (write(QStringLiteral("reset"), steps) != WriteResult::DONE) return {};
     db->summaries.clear();
+    // Ids start again from 1 in an emptied table.
+    db->attemptFrom.clear();
+    db->lastTraceId = db->openedAtTraceId = 0;
     pp_info("ProgressStore::reset, history emptied, backup in '$'", backup);
     return backup;
 }

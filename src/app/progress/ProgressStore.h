@@ -1,13 +1,20 @@
 #pragma once
 // The learner's practice history in one SQLite file, `progress.sqlite` in the application data
-// folder. Every judged trace is committed at once (WAL), so a killed program loses nothing that
-// was judged. Per-character summaries are kept in memory and in the file, so the queries the
-// window and the progress panel ask are answered without reading the history.
+// folder. Every judged trace goes through a write queue and is committed at once (WAL) when the
+// file is free, so a killed program loses nothing that was judged; a busy file or a failing disk
+// never blocks the caller: the records wait in the queue until they can be written. Each write
+// updates the character's summary from the row the file holds, inside the write transaction, so
+// a second writer's counts are never overwritten. Summaries are also kept in memory, so the
+// queries the window and the progress panel ask are answered without reading the history.
 //
 // Faults never stop practice: a damaged file is moved aside and a new one begun, an unwritable
-// folder records nothing, a file of a newer layout is only read. Each leaves one notice.
+// folder records nothing, a file of a newer layout is only read. Each leaves one notice. The
+// file is checked off the calling thread after opening; records wait until it has been.
+
+#include <ki/Listener.h>
 
 #include <QString>
+#include <atomic>
 #include <functional>
 #include <memory>
 #include <vector>
@@ -15,20 +22,25 @@
 #include "app/progress/ProgressTypes.h"
 
 class QSqlQuery;
+class QThread;
 
 namespace morvel::progress {
+
+class WriteQueue;
 
 class ProgressStore {
 public:
     static constexpr const char* FILE_NAME = "progress.sqlite";
-    /// How long a write waits for another running instance before giving up.
-    static constexpr int BUSY_TIMEOUT_MS = 2000;
+    /// How long opening (and the last write at closing) waits for another connection.
+    static constexpr int OPEN_BUSY_TIMEOUT_MS = 2000;
 
     /// Milliseconds since the epoch; tests inject their own.
     using Clock = std::function<qint64()>;
 
     enum class Status { CLOSED, WRITABLE, READ_ONLY, UNAVAILABLE };
-    enum class Notice { NONE, DAMAGED_MOVED_ASIDE, NOT_WRITABLE, NEWER_VERSION };
+    /// The last two arise while recording: writes fail (the records stay queued), and later
+    /// everything queued has been written after all.
+    enum class Notice { NONE, DAMAGED_MOVED_ASIDE, NOT_WRITABLE, NEWER_VERSION, WRITES_FAILING, CAUGHT_UP };
 
     explicit ProgressStore(Clock clock = {});
     ~ProgressStore();
@@ -38,9 +50,14 @@ public:
     /// The application data folder (QStandardPaths::AppDataLocation).
     static QString default_folder();
 
+    /// How a writable file is checked for damage after opening: `open` waits for the check,
+    /// or returns at once and records wait in the queue until it has passed (the window's way,
+    /// which needs the caller's event loop).
+    enum class Check { WAIT, IN_BACKGROUND };
+
     /// Opens or creates the file in `folder`, migrating an older layout. `readOnly` never
     /// creates or changes anything (for export from the command line).
-    Status open(const QString& folder, bool readOnly = false);
+    Status open(const QString& folder, bool readOnly = false, Check check = Check::WAIT);
     void close();
     Status status() const { return state; }
     bool is_recording() const { return state == Status::WRITABLE; }
@@ -50,12 +67,30 @@ public:
     Notice take_notice();
     /// Where a damaged file was moved to; empty when none was.
     QString moved_aside_path() const { return movedAside; }
-    /// The path a notice is about: the moved-aside file, the unwritable folder or the newer file.
+    /// What a notice is about: the moved-aside file, the unwritable folder, the newer file, or
+    /// why writes fail.
     QString notice_path(Notice about) const;
+    /// Fired with each notice that arises after `open` returned (damage found by the check,
+    /// writes failing, caught up); `take_notice` then gives it too.
+    ki::Listener<Notice> liNotice;
 
-    /// Each returns whether the record was written; false while not recording.
+    /// Each queues the record and returns whether it will be written; false while not
+    /// recording. It is written before the call returns unless the file is busy, failing or
+    /// still being checked.
     bool record_trace(const TraceRecord& trace);
     bool record_completion(const CompletionRecord& completion);
+    /// A new attempt at `codePoint` begins: whether its next completion was aided is decided
+    /// from the traces recorded after this call only.
+    void begin_attempt(int codePoint);
+    /// Records queued and not yet written.
+    int unwritten() const;
+    /// Whether the check of the file after `open` is still running; records wait meanwhile.
+    bool is_checking() const;
+    /// Waits for that check and applies its outcome: for callers without an event loop.
+    void wait_for_check();
+    /// Lets the file grow by at most `pages` more pages, so that further writes fail as on a
+    /// full disk; a negative value lifts the limit. For tests of full-disk handling.
+    void limit_growth(int pages);
 
     /// A summary with only the code point for characters never practised.
     CharSummary summary(int codePoint) const;
@@ -72,31 +107,48 @@ public:
     /// Today's Julian day by the store's clock.
     qint64 today() const;
 
-    /// Empties the history after copying the file to `progress.sqlite.backup-<date-time>` next
-    /// to it. Returns the copy's path, or an empty text (logged) when nothing was reset.
+    /// Empties the history after copying the file to `progress.sqlite.backup-<UTC date-time>`
+    /// next to it (with a counter when that name is taken). Returns the copy's path, or an empty
+    /// text (logged) when nothing was reset, also while records wait to be written.
     QString reset();
 
 private:
     struct Db;
+    enum class WriteResult { DONE, BUSY, FAILED };
+
     bool open_connection(bool readOnly);
-    bool check_damage();
+    bool is_database();
     void move_aside();
+    Status begin_writing();
     bool prepare_writes();
     void load_summaries();
-    bool write(const QString& what, const std::vector<std::function<QSqlQuery*()>>& steps);
+    void start_check(bool full);
+    void check_done(int generation, bool damaged);
+    void notify(Notice about);
+    WriteResult write(const QString& what, const std::vector<std::function<QSqlQuery*()>>& steps);
     QSqlQuery* write_summary(const CharSummary& summary);
+    QSqlQuery* read_summary(int codePoint, CharSummary& into);
     QSqlQuery* add_to_day(qint64 day, int completions, int traces, int accepted);
+    WriteResult write_trace(const TraceRecord& trace);
+    WriteResult write_completion(const CompletionRecord& completion);
+    void write_left_over();
     qint64 now() const;
-    void write_failed(const QString& what, const QSqlQuery& failed);
+    WriteResult write_failed(const QString& what, const QSqlQuery& failed);
 
     Clock clock;
     std::unique_ptr<Db> db;
+    std::unique_ptr<WriteQueue> queue;
+    std::unique_ptr<QThread> checker;
+    std::shared_ptr<std::atomic<bool>> checkFoundDamage;
+    int checkGeneration = 0;
+    bool checking = false;
+    bool closing = false;
     Status state = Status::CLOSED;
     Notice notice = Notice::NONE;
     QString folderPath;
     QString filePath;
     QString movedAside;
-    bool writeErrorLogged = false;
+    QString writeError;
 };
 
 }  // namespace morvel::progress

@@ -1,0 +1,46 @@
+#pragma once
+// One window per user: the first start holds a lock file and listens on a local socket; a later
+// start finds the lock taken, asks the first one to raise its window and ends. The headless
+// commands never get here, so they run beside an open window.
+
+#include <QString>
+#include <functional>
+#include <memory>
+
+class QLocalServer;
+class QLockFile;
+class QWidget;
+
+namespace morvel {
+
+class SingleInstance {
+public:
+    /// The lock file lives in `folder` (the application data folder); the socket's name is
+    /// made from it, so each user (and each data folder) has its own.
+    explicit SingleInstance(const QString& folder);
+    ~SingleInstance();
+    SingleInstance(const SingleInstance&) = delete;
+    SingleInstance& operator=(const SingleInstance&) = delete;
+
+    /// True when no other instance runs: this one then holds the lock and listens. Also true,
+    /// with a log line, when the lock file cannot be made at all (an unwritable folder).
+    bool claim();
+    /// Asks the instance holding the lock to raise its window; false when it does not answer
+    /// within `timeoutMs` (it may still be starting, so connecting is tried again meanwhile).
+    bool ask_to_raise(int timeoutMs = 5000) const;
+    /// For a start that found the lock taken: asks, prints one line and returns the exit code.
+    int hand_over() const;
+    /// Called on the GUI thread when a later start asked for the window.
+    std::function<void()> onRaise;
+
+    /// Brings `window` to the front, restored when it was minimised.
+    static void raise(QWidget& window);
+
+private:
+    QString lockPath;
+    QString serverName;
+    std::unique_ptr<QLockFile> lock;
+    std::unique_ptr<QLocalServer> server;
+};
+
+}  // namespace morvel
