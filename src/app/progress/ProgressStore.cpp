@@ -60,28 +60,43 @@ bool is_busy(const QSqlError& error) {
     return code == 5 || code == 6;  // SQLITE_BUSY, SQLITE_LOCKED
 }
 
-/// Runs on the checker thread, on a connection of its own. `PRAGMA quick_check` after opening;
-/// the full `integrity_check` only when a write already failed as on a damaged file.
-bool check_file(const QString& path, bool full) {
-    const QString name = QStringLiteral("quenlo-progress-check-%1").arg(connectionCounter++);
-    bool damaged = false;
+struct PragmaAnswer {
+    bool ran = false;
+    QString text;  ///< the first row, or why it failed
+    bool damage = false;
+};
+
+/// Runs `pragma` on a read-only connection of the calling thread's own (the checker's).
+PragmaAnswer run_pragma(const QString& path, const QString& pragma) {
+    const QString name = QStringLiteral("quenlo-progress-beside-%1").arg(connectionCounter++);
+    PragmaAnswer answer;
     {
         QSqlDatabase connection = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), name);
         connection.setDatabaseName(path);
-        connection.setConnectOptions(
-            QStringLiteral("QSQLITE_OPEN_READONLY;QSQLITE_BUSY_TIMEOUT=%1").arg(ProgressStore::OPEN_BUSY_TIMEOUT_MS));
+        connection.setConnectOptions(QStringLiteral("QSQLITE_OPEN_READONLY;QSQLITE_BUSY_TIMEOUT=%1")
+                                         .arg(ProgressStore::OPEN_BUSY_TIMEOUT_MS));
         if (connection.open()) {
             QSqlQuery query(connection);
-            const QString pragma = full ? QStringLiteral("PRAGMA integrity_check") : QStringLiteral("PRAGMA quick_check");
-            // A file locked by another instance is not damaged.
-            if (!query.exec(pragma))
-                damaged = is_damage(query.lastError());
+            answer.ran = query.exec(pragma);
+            if (answer.ran)
+                answer.text = query.next() ? query.value(0).toString() : QString();
             else
-                damaged = !query.next() || query.value(0).toString() != QLatin1String("ok");
-            if (damaged) pp_warn("ProgressStore, check of '$': $", path, query.value(0).toString());
+                answer.text = query.lastError().text();
+            answer.damage = !answer.ran && is_damage(query.lastError());
         }
     }
     QSqlDatabase::removeDatabase(name);
+    return answer;
+}
+
+/// On the checker thread: `PRAGMA quick_check` after opening, the full `integrity_check` only
+/// when a write already failed as on a damaged file. A file locked by another instance is not
+/// damaged.
+bool check_file(const QString& path, bool full) {
+    const PragmaAnswer answer =
+        run_pragma(path, full ? QStringLiteral("PRAGMA integrity_check") : QStringLiteral("PRAGMA quick_check"));
+    const bool damaged = answer.damage || (answer.ran && answer.text != QLatin1String("ok"));
+    if (damaged) pp_warn("ProgressStore, check of '$': $", path, answer.text);
     return damaged;
 }
 
