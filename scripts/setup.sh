@@ -17,6 +17,7 @@ PACKAGES=(
   libglm-dev libgtest-dev libgmock-dev
   fonts-noto-cjk gstreamer1.0-plugins-good
   xvfb xauth
+  xdotool sqlite3  # scripts/durability.sh drives the program and reads its history
   poppler-utils
   dpkg-dev desktop-file-utils appstream lintian man-db  # make and check the Debian package
 )

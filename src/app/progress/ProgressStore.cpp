@@ -524,7 +524,8 @@ ProgressStore::WriteResult ProgressStore::write_failed(const QString& what, cons
     // One line per episode: a full disk would otherwise log every stroke.
     if (!queue->is_failing())
         pp_warn("ProgressStore, $ not recorded yet, kept to be written later: $", what, error.text());
-    writeError = error.text();
+    // SQLite's own words ("database or disk is full"), without the driver's addition.
+    writeError = error.databaseText().isEmpty() ? error.text() : error.databaseText();
     if (is_damage(error)) start_check(true);
     return WriteResult::FAILED;
 }
