@@ -264,15 +264,12 @@ QString ProgressPanel::notice_text(ProgressStore::Notice notice, const QString& 
                           "практика не записывается."))
                 .arg(path);
         case ProgressStore::Notice::WRITES_FAILING:
-            return tt(QStringLiteral(
-                          "Practice cannot be saved right now (%1). It is kept and saved as soon as that "
-                          "works again."),
-                      QStringLiteral(
-                          "Die Übungen können gerade nicht gespeichert werden (%1). Sie bleiben erhalten "
-                          "und werden gespeichert, sobald es wieder geht."),
-                      QStringLiteral(
-                          "Сейчас не удаётся сохранить практику (%1). Она сохранится, как только это снова "
-                          "станет возможно."))
+            // One line of the notice area: short enough for the narrowest window.
+            return tt(QStringLiteral("Practice not saved yet (%1): it is kept and saved once that works again."),
+                      QStringLiteral("Übungen noch nicht gespeichert (%1): sie bleiben erhalten und werden "
+                                     "nachgeholt."),
+                      QStringLiteral("Практика пока не сохранена (%1): она сохранится, когда это станет "
+                                     "возможно."))
                 .arg(path);
         case ProgressStore::Notice::CAUGHT_UP:
             return tt(QStringLiteral("All practice is saved again."),
