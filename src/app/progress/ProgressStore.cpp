@@ -31,6 +31,11 @@ namespace {
 
 std::atomic<int> connectionCounter{0};
 
+/// The twelve columns of `summary` in the order `summary_of` reads them.
+constexpr const char* SELECT_SUMMARIES =
+    "SELECT code_point, level, first_seen_ms, last_practised_ms, completions, clean_completions, misses, box,"
+    " last_completion_day, due_day, last_clean_day, known FROM summary";
+
 /// UTC: a local time repeats when daylight saving ends, and two names must never meet.
 QString stamp(qint64 timeMs) {
     return QDateTime::fromMSecsSinceEpoch(timeMs, Qt::UTC).toString(QStringLiteral("yyyyMMdd-HHmmss'Z'"));
@@ -436,10 +441,7 @@ bool ProgressStore::prepare_writes() {
            db->attemptAids.prepare(QStringLiteral("SELECT COALESCE(MAX(hint), 0), COALESCE(MAX(aids & %1), 0)"
                                                   " FROM traces WHERE code_point = ? AND id > ?")
                                        .arg(AID_OUTLINE)) &&
-           db->selectSummary.prepare(QStringLiteral(
-               "SELECT code_point, level, first_seen_ms, last_practised_ms, completions, clean_completions,"
-               " misses, box, last_completion_day, due_day, last_clean_day, known FROM summary"
-               " WHERE code_point = ?")) &&
+           db->selectSummary.prepare(QStringLiteral("%1 WHERE code_point = ?").arg(QLatin1String(SELECT_SUMMARIES))) &&
            db->upsertSummary.prepare(QStringLiteral(
                "INSERT OR REPLACE INTO summary(code_point, level, first_seen_ms, last_practised_ms, "
                "completions,"
@@ -478,9 +480,7 @@ void ProgressStore::load_summaries() {
     db->summaries.clear();
     QSqlQuery query(db->connection);
     query.setForwardOnly(true);
-    if (!query.exec(QStringLiteral(
-            "SELECT code_point, level, first_seen_ms, last_practised_ms, completions, clean_completions,"
-            " misses, box, last_completion_day, due_day, last_clean_day, known FROM summary"))) {
+    if (!query.exec(QLatin1String(SELECT_SUMMARIES))) {
         pp_warn("ProgressStore, summaries cannot be read: $", query.lastError().text());
         return;
     }
@@ -619,20 +619,26 @@ ProgressStore::WriteResult ProgressStore::write_completion(const CompletionRecor
     return result;
 }
 
+namespace {
+
+/// The moment it was judged, also when it is written later.
+template <typename Record>
+Record timed(Record record, qint64 nowMs) {
+    if (record.timeMs == 0) record.timeMs = nowMs;
+    return record;
+}
+
+}  // namespace
+
 bool ProgressStore::record_trace(const TraceRecord& trace) {
     if (state != Status::WRITABLE || !queue) return false;
-    TraceRecord timed = trace;
-    // The moment it was judged, also when it is written later.
-    if (timed.timeMs == 0) timed.timeMs = now();
-    queue->push(timed);
+    queue->push(timed(trace, now()));
     return true;
 }
 
 bool ProgressStore::record_completion(const CompletionRecord& completion) {
     if (state != Status::WRITABLE || !queue) return false;
-    CompletionRecord timed = completion;
-    if (timed.timeMs == 0) timed.timeMs = now();
-    queue->push(timed);
+    queue->push(timed(completion, now()));
     return true;
 }
 
