@@ -114,9 +114,10 @@ TEST_F(HistoryWritesTest, EarlierBackupsAreNeverReplaced) {
         }
         const QString prefix = row.step == RESET ? ".backup-*" : ".damaged-*";
         for (const QString& name : QDir(rowDir.path()).entryList({ProgressStore::FILE_NAME + prefix}))
-            kept.push_back(row.step == DAMAGE ? QByteArray::number(read_file(rowDir.filePath(name)).size())
-                                              : QByteArray::number(Peer(rowDir.filePath(name)).value(
-                                                    "SELECT COUNT(*) FROM traces")));
+            kept.push_back(
+                row.step == DAMAGE
+                    ? QByteArray::number(read_file(rowDir.filePath(name)).size())
+                    : QByteArray::number(Peer(rowDir.filePath(name)).value("SELECT COUNT(*) FROM traces")));
         std::sort(kept.begin(), kept.end());
         std::sort(made.begin(), made.end());
         EXPECT_EQ(kept, made);
@@ -197,9 +198,11 @@ TEST_F(HistoryWritesTest, SecondStartRaisesTheFirst) {
         QString output;
     } starts[] = {
         {"a second start hands over", {}, home.filePath("none")},
-        {"a progress export runs beside the window", {"--export-progress", home.filePath("p.csv")},
+        {"a progress export runs beside the window",
+         {"--export-progress", home.filePath("p.csv")},
          home.filePath("p.csv")},
-        {"a worksheet is written beside the window", {"--worksheet", "一", "--out", home.filePath("w.pdf")},
+        {"a worksheet is written beside the window",
+         {"--worksheet", "一", "--out", home.filePath("w.pdf")},
          home.filePath("w.pdf")},
     };
     for (const auto& start : starts) {
@@ -278,12 +281,18 @@ TEST_F(HistoryWritesTest, AnAttemptIsJudgedByItsOwnTraces) {
         bool lastClean;
     } rows[] = {
         {"clock set back after a completion: the outline still counts",
-         {{0, Step::CLEAN_TRACE}, {0, Step::COMPLETE}, {-2 * HOUR, Step::OUTLINE_TRACE}, {-2 * HOUR, Step::COMPLETE}},
+         {{0, Step::CLEAN_TRACE},
+          {0, Step::COMPLETE},
+          {-2 * HOUR, Step::OUTLINE_TRACE},
+          {-2 * HOUR, Step::COMPLETE}},
          false},
         {"a hint timed after the next completion belongs to the attempt before",
-         {{2 * HOUR, Step::HINT_TRACE}, {0, Step::COMPLETE}, {HOUR, Step::CLEAN_TRACE}, {HOUR, Step::COMPLETE}},
+         {{2 * HOUR, Step::HINT_TRACE},
+          {0, Step::COMPLETE},
+          {HOUR, Step::CLEAN_TRACE},
+          {HOUR, Step::COMPLETE}},
          true},
-        {"an abandoned attempt's outline does not count", 
+        {"an abandoned attempt's outline does not count",
          {{0, Step::OUTLINE_TRACE}, {0, Step::NEW_ATTEMPT}, {0, Step::CLEAN_TRACE}, {0, Step::COMPLETE}},
          true},
         {"clock going on: a hint spoils its attempt",
@@ -297,15 +306,26 @@ TEST_F(HistoryWritesTest, AnAttemptIsJudgedByItsOwnTraces) {
         for (const Step& step : row.steps) {
             nowMs = BASE_MS + step.clock;
             switch (step.what) {
-                case Step::CLEAN_TRACE: store.record_trace(trace(true)); break;
-                case Step::OUTLINE_TRACE: store.record_trace(trace(true, AID_OUTLINE)); break;
-                case Step::HINT_TRACE: store.record_trace(trace(true, 0, true)); break;
-                case Step::COMPLETE: store.record_completion(completion()); break;
-                case Step::NEW_ATTEMPT: store.begin_attempt(CP); break;
+                case Step::CLEAN_TRACE:
+                    store.record_trace(trace(true));
+                    break;
+                case Step::OUTLINE_TRACE:
+                    store.record_trace(trace(true, AID_OUTLINE));
+                    break;
+                case Step::HINT_TRACE:
+                    store.record_trace(trace(true, 0, true));
+                    break;
+                case Step::COMPLETE:
+                    store.record_completion(completion());
+                    break;
+                case Step::NEW_ATTEMPT:
+                    store.begin_attempt(CP);
+                    break;
             }
         }
         store.close();
-        EXPECT_EQ(Peer(rowDir.filePath(ProgressStore::FILE_NAME)).value("SELECT clean FROM completions ORDER BY id DESC"),
+        EXPECT_EQ(Peer(rowDir.filePath(ProgressStore::FILE_NAME))
+                      .value("SELECT clean FROM completions ORDER BY id DESC"),
                   row.lastClean ? 1 : 0);
     }
 }
@@ -323,7 +343,8 @@ TEST_F(HistoryWritesTest, DamageFoundBesidePracticeLosesNothing) {
 
     std::vector<Notice> heard;
     store.liNotice += [&heard](const Notice& notice) { heard.push_back(notice); };
-    ASSERT_EQ(store.open(dir.path(), false, ProgressStore::Check::IN_BACKGROUND), ProgressStore::Status::WRITABLE);
+    ASSERT_EQ(store.open(dir.path(), false, ProgressStore::Check::IN_BACKGROUND),
+              ProgressStore::Status::WRITABLE);
     EXPECT_TRUE(store.is_checking());
     for (bool accepted : {true, false}) store.record_trace(trace(accepted));
     EXPECT_TRUE(read_file(file()) == damaged) << "nothing written before the check";

@@ -24,10 +24,10 @@ constexpr const char* ANSWER = "raised\n";
 SingleInstance::SingleInstance(const QString& folder)
     : lockPath(QDir(folder).filePath(QStringLiteral("quenlo.lock"))),
       serverName(QStringLiteral("quenlo-") +
-                 QString::fromLatin1(QCryptographicHash::hash(QDir(folder).absolutePath().toUtf8(),
-                                                              QCryptographicHash::Sha1)
-                                         .toHex()
-                                         .left(20))) {}
+                 QString::fromLatin1(
+                     QCryptographicHash::hash(QDir(folder).absolutePath().toUtf8(), QCryptographicHash::Sha1)
+                         .toHex()
+                         .left(20))) {}
 
 SingleInstance::~SingleInstance() = default;
 
@@ -38,7 +38,8 @@ bool SingleInstance::claim() {
     lock->setStaleLockTime(0);
     if (!lock->tryLock(0)) {
         if (lock->error() == QLockFile::LockFailedError) return false;
-        ki::pp_warn("SingleInstance::claim, lock '$' cannot be made; a second window is not prevented", lockPath);
+        ki::pp_warn("SingleInstance::claim, lock '$' cannot be made; a second window is not prevented",
+                    lockPath);
         return true;
     }
     server = std::make_unique<QLocalServer>();

@@ -286,7 +286,8 @@ void Window::paintEvent(QPaintEvent* ev) {
             // is seen only while it holds one.
             QStatusBar* bar = gen_status_bar();
             bar->hide();
-            connect(bar, &QStatusBar::messageChanged, bar, [bar](const QString& text) { bar->setVisible(!text.isEmpty()); });
+            connect(bar, &QStatusBar::messageChanged, bar,
+                    [bar](const QString& text) { bar->setVisible(!text.isEmpty()); });
             recorder->liNotice += [bar](const progress::LessonRecorder::Notice& notice) {
                 bar->showMessage(notice.text, notice.lasting ? 0 : 10'000);
             };

@@ -22,8 +22,9 @@ QString LessonRecorder::open(const QString& folder) {
                                    notice != ProgressStore::Notice::CAUGHT_UP});
     };
     const ProgressStore::Notice notice = history->take_notice();
-    return notice == ProgressStore::Notice::NONE ? QString()
-                                                 : ProgressPanel::notice_text(notice, history->notice_path(notice));
+    return notice == ProgressStore::Notice::NONE
+               ? QString()
+               : ProgressPanel::notice_text(notice, history->notice_path(notice));
 }
 
 bool LessonRecorder::is_open() const {

@@ -265,7 +265,8 @@ QString ProgressPanel::notice_text(ProgressStore::Notice notice, const QString& 
                 .arg(path);
         case ProgressStore::Notice::WRITES_FAILING:
             // One line of the notice area: short enough for the narrowest window.
-            return tt(QStringLiteral("Practice not saved yet (%1): it is kept and saved once that works again."),
+            return tt(QStringLiteral(
+                          "Practice not saved yet (%1): it is kept and saved once that works again."),
                       QStringLiteral("Übungen noch nicht gespeichert (%1): sie bleiben erhalten und werden "
                                      "nachgeholt."),
                       QStringLiteral("Практика пока не сохранена (%1): она сохранится, когда это станет "

@@ -98,8 +98,8 @@ PragmaAnswer run_pragma(const QString& path, const QString& pragma) {
 /// when a write already failed as on a damaged file. A file locked by another instance is not
 /// damaged.
 bool check_file(const QString& path, bool full) {
-    const PragmaAnswer answer =
-        run_pragma(path, full ? QStringLiteral("PRAGMA integrity_check") : QStringLiteral("PRAGMA quick_check"));
+    const PragmaAnswer answer = run_pragma(
+        path, full ? QStringLiteral("PRAGMA integrity_check") : QStringLiteral("PRAGMA quick_check"));
     const bool damaged = answer.damage || (answer.ran && answer.text != QLatin1String("ok"));
     if (damaged) pp_warn("ProgressStore, check of '$': $", path, answer.text);
     return damaged;
@@ -130,8 +130,8 @@ struct ProgressStore::Db {
 
     ~Db() {
         // Queries first, then the connection, then its registration: Qt warns otherwise.
-        for (QSqlQuery* query : {&insertTrace, &insertCompletion, &attemptAids, &selectSummary, &upsertSummary,
-                                 &upsertDay, &begin, &commit, &rollback})
+        for (QSqlQuery* query : {&insertTrace, &insertCompletion, &attemptAids, &selectSummary,
+                                 &upsertSummary, &upsertDay, &begin, &commit, &rollback})
             *query = QSqlQuery();
         connection.close();
         connection = QSqlDatabase();
@@ -395,8 +395,10 @@ void ProgressStore::move_aside() {
     // Never over an earlier copy: a name taken between the test and the rename is skipped.
     for (int tries = 0; tries < 100 && target.isEmpty(); ++tries) {
         const QString name = free_name(base);
-        if (QFile::rename(filePath, name)) target = name;
-        else if (!QFileInfo::exists(name)) break;
+        if (QFile::rename(filePath, name))
+            target = name;
+        else if (!QFileInfo::exists(name))
+            break;
     }
     if (!target.isEmpty()) {
         movedAside = target;
@@ -441,7 +443,8 @@ bool ProgressStore::prepare_writes() {
            db->attemptAids.prepare(QStringLiteral("SELECT COALESCE(MAX(hint), 0), COALESCE(MAX(aids & %1), 0)"
                                                   " FROM traces WHERE code_point = ? AND id > ?")
                                        .arg(AID_OUTLINE)) &&
-           db->selectSummary.prepare(QStringLiteral("%1 WHERE code_point = ?").arg(QLatin1String(SELECT_SUMMARIES))) &&
+           db->selectSummary.prepare(
+               QStringLiteral("%1 WHERE code_point = ?").arg(QLatin1String(SELECT_SUMMARIES))) &&
            db->upsertSummary.prepare(QStringLiteral(
                "INSERT OR REPLACE INTO summary(code_point, level, first_seen_ms, last_practised_ms, "
                "completions,"
@@ -583,35 +586,34 @@ ProgressStore::WriteResult ProgressStore::write_completion(const CompletionRecor
     const qint64 firstId = from != db->attemptFrom.end() ? from->second : db->openedAtTraceId;
     CharSummary updated;
     bool clean = false;
-    const WriteResult result =
-        write(QStringLiteral("completion"),
-              {
-                  [&]() -> QSqlQuery* {
-                      QSqlQuery& aids = db->attemptAids;
-                      aids.addBindValue(completion.codePoint);
-                      aids.addBindValue(firstId);
-                      if (!aids.exec() || !aids.next()) return &aids;
-                      clean = ProgressRules::is_clean(completion.misses, aids.value(0).toBool(),
-                                                      aids.value(1).toBool());
-                      aids.finish();
-                      if (QSqlQuery* failed = read_summary(completion.codePoint, updated)) return failed;
-                      updated.level = completion.level;
-                      ProgressRules::apply_completion(updated, completion.timeMs, day, clean);
-                      return nullptr;
-                  },
-                  [&]() -> QSqlQuery* {
-                      QSqlQuery& q = db->insertCompletion;
-                      for (const QVariant& value :
-                           {QVariant(completion.timeMs), QVariant(completion.level),
-                            QVariant(completion.codePoint), QVariant(completion.seconds),
-                            QVariant(completion.misses), QVariant(completion.round), QVariant(day),
-                            QVariant(clean ? 1 : 0)})
-                          q.addBindValue(value);
-                      return q.exec() ? nullptr : &q;
-                  },
-                  [&] { return write_summary(updated); },
-                  [&] { return add_to_day(day, 1, 0, 0); },
-              });
+    const WriteResult result = write(
+        QStringLiteral("completion"),
+        {
+            [&]() -> QSqlQuery* {
+                QSqlQuery& aids = db->attemptAids;
+                aids.addBindValue(completion.codePoint);
+                aids.addBindValue(firstId);
+                if (!aids.exec() || !aids.next()) return &aids;
+                clean = ProgressRules::is_clean(completion.misses, aids.value(0).toBool(),
+                                                aids.value(1).toBool());
+                aids.finish();
+                if (QSqlQuery* failed = read_summary(completion.codePoint, updated)) return failed;
+                updated.level = completion.level;
+                ProgressRules::apply_completion(updated, completion.timeMs, day, clean);
+                return nullptr;
+            },
+            [&]() -> QSqlQuery* {
+                QSqlQuery& q = db->insertCompletion;
+                for (const QVariant& value :
+                     {QVariant(completion.timeMs), QVariant(completion.level), QVariant(completion.codePoint),
+                      QVariant(completion.seconds), QVariant(completion.misses), QVariant(completion.round),
+                      QVariant(day), QVariant(clean ? 1 : 0)})
+                    q.addBindValue(value);
+                return q.exec() ? nullptr : &q;
+            },
+            [&] { return write_summary(updated); },
+            [&] { return add_to_day(day, 1, 0, 0); },
+        });
     if (result != WriteResult::DONE) return result;
     db->summaries[completion.codePoint] = updated;
     // The next attempt begins after this one's traces.
@@ -720,8 +722,8 @@ QString ProgressStore::reset() {
     }
     queue->drain();
     if (queue->size() > 0) {
-        pp_warn("ProgressStore::reset, $ records still wait to be written to '$'; nothing reset", queue->size(),
-                filePath);
+        pp_warn("ProgressStore::reset, $ records still wait to be written to '$'; nothing reset",
+                queue->size(), filePath);
         return {};
     }
     // VACUUM INTO refuses an existing file too: an earlier backup is never replaced.
