@@ -287,7 +287,8 @@ ProgressStore::Status ProgressStore::open(const QString& folder, bool readOnly, 
             notify(change == WriteQueue::Change::FAILING ? Notice::WRITES_FAILING : Notice::CAUGHT_UP);
         });
     queue->hold(true);
-    // Read at once, so the list shows the marks while the file is being checked.
+    // Read at once, so the list shows the marks while the file is being checked (the summary
+    // table came with layout 2; an older file gets it when brought up to date after the check).
     if (version >= 2) load_summaries();
     state = Status::WRITABLE;
     // Broken pages show only when read. Nothing is written to the file (not even its journal
