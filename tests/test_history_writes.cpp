@@ -19,6 +19,7 @@
 
 #include "LoggedTest.h"
 #include "app/SingleInstance.h"
+#include "app/progress/LessonRecorder.h"
 #include "app/progress/ProgressStore.h"
 
 namespace {
@@ -245,24 +246,31 @@ TEST_F(HistoryWritesTest, BusyFileNeitherBlocksNorDrops) {
 
 // On a full disk traces were dropped with a log line only.
 TEST_F(HistoryWritesTest, FullDiskIsToldOnceAndCaughtUp) {
-    std::vector<Notice> heard;
-    store.liNotice += [&heard](const Notice& notice) { heard.push_back(notice); };
-    ASSERT_EQ(store.open(dir.path()), ProgressStore::Status::WRITABLE);
-    store.limit_growth(0);
+    // Through the window's recorder: what it hears is what the notice area shows.
+    LessonRecorder recorder;
+    std::vector<LessonRecorder::Notice> heard;
+    recorder.liNotice += [&heard](const LessonRecorder::Notice& notice) { heard.push_back(notice); };
+    EXPECT_EQ(recorder.open(dir.path()), QString());
+    ProgressStore& history = *recorder.store();
+    ASSERT_TRUE(QTest::qWaitFor([&] { return !history.is_checking(); }, 10'000));
+    recorder.character_started(1, CP);
+    history.limit_growth(0);
     int made = 0, completed = 0;
     while (heard.empty() && made < 5000) {
-        store.record_trace(trace(made % 3 != 0));
-        if (++made % 4 == 0) completed += store.record_completion(completion());
+        recorder.trace(0, ++made % 3 != 0, {}, 80, 0);
+        if (made % 4 == 0) recorder.completed(++completed);
     }
-    ASSERT_EQ(heard, std::vector<Notice>{Notice::WRITES_FAILING});
-    for (int i = 0; i < 20; ++i) store.record_trace(trace(true));
+    ASSERT_EQ(heard.size(), 1u);
+    EXPECT_TRUE(heard[0].lasting) << "shown until saving works again";
+    EXPECT_TRUE(heard[0].text.contains("database or disk is full")) << heard[0].text.toStdString();
+    for (int i = 0; i < 20; ++i) recorder.trace(0, true, {}, 80, 0);
     made += 20;
-    EXPECT_GT(store.unwritten(), 20);
+    EXPECT_GT(history.unwritten(), 20);
     EXPECT_EQ(heard.size(), 1u) << "told once, not per stroke";
-    EXPECT_FALSE(store.notice_path(Notice::WRITES_FAILING).isEmpty()) << "with the reason";
-    store.limit_growth(-1);
+    history.limit_growth(-1);
     EXPECT_TRUE(QTest::qWaitFor([&] { return heard.size() == 2; }, 10'000));
-    EXPECT_EQ(heard.back(), Notice::CAUGHT_UP);
+    EXPECT_FALSE(heard.back().lasting) << "saved again: shown for a while";
+    EXPECT_EQ(history.unwritten(), 0);
     EXPECT_EQ(count("SELECT COUNT(*) FROM traces"), made);
     EXPECT_EQ(count("SELECT COUNT(*) FROM completions"), completed);
 }
