@@ -237,11 +237,12 @@ TEST(PracticeMarkers, CaptionStaysInItsCornerAndTextsFollowTheLanguage) {
         for (int x = 0; x < 600; ++x) ink[x >= 300] += near(image, QPointF(x, y), colors.colorAnim);
     EXPECT_EQ(ink[0], 0);
     EXPECT_GT(ink[1], 20);
-    const char* keys[] = {"wrong_stroke", "backwards", "start", "strayed", "end", "too_short", "missed_part"};
+    const char* keys[] = {"wrong_stroke", "backwards",  "start",        "strayed",      "end",     "too_short",
+                          "missed_part",  "not_smooth", "off_place", "hook_missing", "turn_missing", "too_long"};
     for (QLocale::Language language : {QLocale::English, QLocale::German, QLocale::Russian}) {
         ki::qt::lang::set_lang(language);
         QStringList sentences;
-        for (int i = 0; i < 7; ++i) {
+        for (int i = 0; i < int(std::size(keys)); ++i) {
             const Rejection r{static_cast<Reason>(static_cast<int>(Reason::WRONG_STROKE) + i), 2, 4};
             EXPECT_EQ(reason_key(r.reason), keys[i]);
             EXPECT_EQ(reason_from_key(keys[i]), r.reason);

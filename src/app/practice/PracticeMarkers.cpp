@@ -91,6 +91,16 @@ void arrow(GPC& gpc, const ki::math::Path& centre, const CanvasColors& colors) {
     gpc.fill_path(head, color);
 }
 
+/// A straight arrow from `from` to `to`: where the trace should move.
+void straight_arrow(GPC& gpc, glm::vec2 from, glm::vec2 to, const CanvasColors& colors) {
+    if (glm::distance(from, to) <= ARROW_LENGTH) from = to - (to == from ? glm::vec2(ARROW_LENGTH, 0.0f)
+                                                                      : glm::normalize(to - from) * ARROW_LENGTH);
+    ki::math::Path line;
+    line.move_to(from);
+    line.line_to(to);
+    arrow(gpc, line, colors);
+}
+
 void faint_centre_line(GPC& gpc, const ki::math::Path& centre, const CanvasColors& colors) {
     QColor color = opaque(colors.colorHelperLines);
     color.setAlpha(150);
@@ -139,7 +149,21 @@ void PracticeMarkers::paint_rejection(GPC& gpc, const Anim& anim, const Rejectio
         }
         case Reason::BACKWARDS:
         case Reason::TOO_SHORT:
+        case Reason::TOO_LONG:
             arrow(gpc, centre, colors);
+            break;
+        case Reason::NOT_SMOOTH:
+            faint_centre_line(gpc, centre, colors);
+            cross(gpc, rejection.point, colors);
+            break;
+        case Reason::OFF_PLACE:
+            faint_centre_line(gpc, centre, colors);
+            straight_arrow(gpc, rejection.point, rejection.expected, colors);
+            break;
+        case Reason::HOOK_MISSING:
+        case Reason::TURN_MISSING:
+            faint_centre_line(gpc, centre, colors);
+            haloed_ring(gpc, rejection.expected, ring, colors.colorCircleStart, MARK_WIDTH, colors);
             break;
         case Reason::START:
             haloed_line(gpc, rejection.point, rejection.expected, colors.colorCircleStart, 8.0f, colors,

@@ -28,10 +28,12 @@ public:
     static constexpr float NUMBER_RADIUS = 42.0f;
 
     /// The marker of `rejection` on `anim`, in character units: the matched stroke's outline
-    /// and both numbers (wrong stroke), an arrow along the centre line (backwards, too short),
-    /// the press and the expected start (start), the faint centre line and the first sample
-    /// outside (strayed), the release and the end ring (end), the first missed point (missed
-    /// part). Nothing for NONE or a stroke index out of range.
+    /// and both numbers (wrong stroke), an arrow along the centre line (backwards, too short,
+    /// too long), the press and the expected start (start), the faint centre line and the first
+    /// sample outside (strayed), the release and the end ring (end), the first missed point
+    /// (missed part); over the faint centre line, a cross where the trace turns most (not
+    /// smooth), an arrow from the trace's centre to the stroke's (off place), a ring on the bend
+    /// left out (hook or turn missing). Nothing for NONE or a stroke index out of range.
     static void paint_rejection(ki::qt::GPC& gpc, const Anim& anim, const Rejection& rejection,
                                 const CanvasColors& colors, int rCircle);
     /// The numbers (from 1) of the first `count` strokes, each on a disc at its centre line's

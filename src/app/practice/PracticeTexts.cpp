@@ -2,6 +2,7 @@
 
 #include <ki/qt/lang.h>
 
+#include <QLocale>
 #include <algorithm>
 #include <iterator>
 
@@ -34,6 +35,7 @@ constexpr Texts LABELS[] = {
     {"Tian 田", "Tian 田", "Тянь 田"},
     {"Mi 米", "Mi 米", "Ми 米"},
     {"Practice rounds", "Übungsrunden", "Тренировочные круги"},
+    {"Show my strokes", "Meine Striche zeigen", "Показывать мои черты"},
     {"Again", "Nochmal", "Ещё раз"},
 };
 static_assert(std::size(LABELS) == static_cast<size_t>(PracticeLabel::AGAIN) + 1, "one text per label");
@@ -73,6 +75,16 @@ QString reason_text(const Rejection& rejection) {
         case Reason::MISSED_PART:
             return tt({"A part of the stroke was missed.", "Ein Teil des Strichs fehlt.",
                        "Часть черты пропущена."});
+        case Reason::NOT_SMOOTH:
+            return tt({"Keep the line smooth.", "Die Linie ruhig führen.", "Ведите линию ровно."});
+        case Reason::OFF_PLACE:
+            return tt({"Too far from its place.", "Zu weit von seinem Platz.", "Слишком далеко от своего места."});
+        case Reason::HOOK_MISSING:
+            return tt({"The hook is missing.", "Der Haken fehlt.", "Не хватает крючка."});
+        case Reason::TURN_MISSING:
+            return tt({"The turn is missing.", "Die Biegung fehlt.", "Не хватает излома."});
+        case Reason::TOO_LONG:
+            return tt({"Too long for this stroke.", "Zu lang für diesen Strich.", "Слишком длинно для этой черты."});
     }
     return {};
 }
@@ -87,6 +99,16 @@ QString counter_done_text() {
 
 QString counter_watch_text() {
     return tt({"Watch", "Ansehen", "Просмотр"});
+}
+
+QString result_text(const ScoreCard& card) {
+    if (!card.is_finished()) return {};
+    return tt({"Score %1 · %2 s · Misses: %3 · Weakest: stroke %4", "Wertung %1 · %2 s · Fehlversuche: %3 · "
+               "Schwächster: Strich %4", "Оценка %1 · %2 с · Ошибок: %3 · Слабее всего: черта %4"})
+        .arg(card.character_score())
+        .arg(QLocale(ki::qt::lang::get_lang()).toString(card.seconds(), 'f', 1))
+        .arg(card.misses())
+        .arg(card.weakest_stroke() + 1);
 }
 
 QString counter_round_text(int round, int rounds) {

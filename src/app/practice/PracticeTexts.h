@@ -5,6 +5,7 @@
 #include <QString>
 
 #include "app/practice/Rejection.h"
+#include "app/practice/ScoreCard.h"
 
 namespace morvel::practice {
 
@@ -22,6 +23,7 @@ enum class PracticeLabel {
     GRID_TIAN,
     GRID_MI,
     PRACTICE_ROUNDS,
+    SHOW_MY_STROKES,
     AGAIN,
 };
 
@@ -40,6 +42,8 @@ QString counter_stroke_text(int index, int count);
 QString counter_done_text();
 /// "Watch": the canvas is in watch mode.
 QString counter_watch_text();
+/// "Score 82 · 14.5 s · Misses: 1 · Weakest: stroke 3" for a finished card; empty otherwise.
+QString result_text(const ScoreCard& card);
 /// "Round 2 of 3" for `round` (from 1) of `rounds`.
 QString counter_round_text(int round, int rounds);
 

@@ -7,7 +7,7 @@ namespace morvel::practice {
 
 namespace {
 
-const std::array<std::pair<Reason, const char*>, 7> KEYS{{
+const std::array<std::pair<Reason, const char*>, 12> KEYS{{
     {Reason::WRONG_STROKE, "wrong_stroke"},
     {Reason::BACKWARDS, "backwards"},
     {Reason::START, "start"},
@@ -15,6 +15,11 @@ const std::array<std::pair<Reason, const char*>, 7> KEYS{{
     {Reason::END, "end"},
     {Reason::TOO_SHORT, "too_short"},
     {Reason::MISSED_PART, "missed_part"},
+    {Reason::NOT_SMOOTH, "not_smooth"},
+    {Reason::OFF_PLACE, "off_place"},
+    {Reason::HOOK_MISSING, "hook_missing"},
+    {Reason::TURN_MISSING, "turn_missing"},
+    {Reason::TOO_LONG, "too_long"},
 }};
 
 }  // namespace

@@ -16,6 +16,11 @@ inline constexpr const char* STRAYED = "strayed";
 inline constexpr const char* END = "end";
 inline constexpr const char* TOO_SHORT = "too_short";
 inline constexpr const char* MISSED_PART = "missed_part";
+inline constexpr const char* NOT_SMOOTH = "not_smooth";
+inline constexpr const char* OFF_PLACE = "off_place";
+inline constexpr const char* HOOK_MISSING = "hook_missing";
+inline constexpr const char* TURN_MISSING = "turn_missing";
+inline constexpr const char* TOO_LONG = "too_long";
 }  // namespace reason
 
 /// Bits of `TraceRecord::aids`: the helpers that were on while the trace was drawn.
@@ -37,6 +42,8 @@ struct TraceRecord {
     int tolerance = 0;
     unsigned int aids = 0;
     bool hintShown = false;
+    /// 0 .. 100; -1 for a trace without a score (recorded before scores were kept).
+    int score = -1;
 };
 
 /// A character traced to its last stroke. `timeMs` 0 means "now" by the store's clock.
@@ -47,6 +54,8 @@ struct CompletionRecord {
     double seconds = 0.0;
     int misses = 0;
     int round = 1;
+    /// The character's score 0 .. 100; -1 when unscored.
+    int score = -1;
 };
 
 enum class Mastery { NEW, LEARNING, KNOWN };
@@ -79,8 +88,19 @@ struct DayStats {
     int completions = 0;
     int traces = 0;
     int acceptedTraces = 0;
+    /// The day's average character score; -1 without a scored completion.
+    int score = -1;
 
     bool operator==(const DayStats&) const = default;
+};
+
+/// The scored completions of one character.
+struct ScoreStats {
+    int average = -1;
+    int best = -1;
+    int count = 0;
+
+    bool operator==(const ScoreStats&) const = default;
 };
 
 }  // namespace morvel::progress

@@ -1,0 +1,381 @@
+// Shape measures of a trace against its stroke and the strict verdict built on them, over real
+// level characters and over traces of the seeded generator: the measures row by row, the
+// confusion matrix of strict judging on every level, the lenient judge's verdicts unchanged
+// through the canvas, and the score card of a character.
+#include <gtest/gtest.h>
+#include <ki/log/GLog.h>
+
+#include <QCoreApplication>
+#include <QDir>
+#include <QMouseEvent>
+#include <cmath>
+#include <cstdio>
+#include <glm/geometric.hpp>
+#include <map>
+
+#include "app/practice/ScoreCard.h"
+#include "app/practice/TraceClassifier.h"
+#include "app/practice/TraceGenerator.h"
+#include "app/practice/TraceVerdict.h"
+#include "app/stroke/CanvasHanzi.h"
+#include "app/stroke/StrokeJudge.h"
+
+using namespace morvel::practice;
+using morvel::Anim;
+using morvel::AnimStroke;
+using P = glm::vec2;
+
+namespace {
+
+constexpr int R = 140;
+
+Anim character(int unicode, int levelNumber = 1) {
+    auto result = Anim::build_from_file(QString(":/wb/shared-res/zh/%1/%2.svg").arg(levelNumber).arg(unicode));
+    EXPECT_TRUE(result.ok()) << result.to_string();
+    return result.value;
+}
+
+std::vector<Anim> level(int number) {
+    const QDir dir(QString(":/wb/shared-res/zh/%1").arg(number));
+    std::vector<Anim> all;
+    for (const QString& file : dir.entryList({"*.svg"}, QDir::Files)) all.push_back(character(file.chopped(4).toInt(), number));
+    return all;
+}
+
+// Samples every 10 units along the centre line from share `from` to `to`, each moved by
+// `across(share)` and then by `shift`.
+template <typename Across>
+std::vector<P> along(const AnimStroke& stroke, float from, float to, P shift, Across across) {
+    const ki::math::Path& centre = stroke.pathAnim;
+    const float length = centre.get_length();
+    const int steps = std::max(8, static_cast<int>(std::abs(to - from) * length / 10));
+    std::vector<P> points;
+    for (int i = 0; i <= steps; ++i) {
+        const float share = from + (to - from) * i / steps;
+        points.push_back(centre.point_at_length(length * share) + across(share) + shift);
+    }
+    return points;
+}
+std::vector<P> along(const AnimStroke& stroke, float from = 0, float to = 1, P shift = {}) {
+    return along(stroke, from, to, shift, [](float) { return P(0, 0); });
+}
+
+std::vector<P> straight(P a, P b) {
+    std::vector<P> points;
+    for (int i = 0; i <= 40; ++i) points.push_back(a + (b - a) * (i / 40.0f));
+    return points;
+}
+
+// The normal of the chord from start to end: "beside" a stroke.
+P beside(const AnimStroke& stroke, float by) {
+    const P d = glm::normalize(stroke.pathAnim.point_end() - stroke.pathAnim.point_start());
+    return P(-d.y, d.x) * by;
+}
+
+bool lenient_accepts(const AnimStroke& stroke, const std::vector<P>& samples, int r = R) {
+    morvel::StrokeJudge judge;
+    judge.press(samples.front(), stroke, r);
+    for (size_t i = 1; i + 1 < samples.size(); ++i) judge.move(samples[i], stroke, r);
+    return judge.release(samples.back(), stroke, r) == morvel::StrokeJudge::Verdict::ACCEPTED;
+}
+
+Judgement strict(const Anim& anim, int stroke, const std::vector<P>& samples) {
+    return TraceVerdict::judge(anim, stroke, samples, R, true, lenient_accepts(anim.strokes[size_t(stroke)], samples));
+}
+
+struct QuietLog {
+    unsigned int before = ki::log::get_log_level();
+    QuietLog() { ki::log::set_log_level(ki::log::LOG_WARN); }
+    ~QuietLog() { ki::log::set_log_level(static_cast<int>(before)); }
+};
+
+}  // namespace
+
+TEST(TraceMeasures, DistancePlacementAndSizeOfRealStrokes) {
+    QuietLog quiet;
+    const Anim yi = character(19968), shi = character(21313), wo = character(25105);
+    const AnimStroke &yiLine = yi.strokes[0], &shiDown = shi.strokes[1], &woHook = wo.strokes[4];
+    const P lift(0, -110);
+    std::vector<P> doubled = along(shiDown);
+    for (P& p : doubled) p = doubled.front() + (p - doubled.front()) * 2.0f;
+    std::vector<P> sparse;
+    for (const std::vector<P> dense = along(yiLine); P p : dense)
+        if (sparse.size() * 10 <= size_t(&p - dense.data()) || &p == &dense.back()) sparse.push_back(p);
+    const struct {
+        const char* name;
+        const AnimStroke& stroke;
+        std::vector<P> samples;
+        float frechet, offset, extent;  // frechet and offset in character units
+    } rows[] = {
+        {"the centre line itself", woHook, along(woHook), 0, 0, 1},
+        {"110 units above 一", yiLine, along(yiLine, 0, 1, lift), 110, 110, 1},
+        {"reversed 一 is as far as its length", yiLine, along(yiLine, 1, 0), 799, 0, 1},
+        {"the first half of 十's down stroke", shiDown, along(shiDown, 0, 0.5f), 441, 211, 0.5f},
+        {"十's down stroke twice as long", shiDown, doubled, 844, 422, 2},
+        {"一 sampled ten times as sparsely", yiLine, sparse, 0, 0, 1},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.name);
+        const TraceMeasures m = measures::measure(row.stroke.pathAnim, row.samples, {0, 0, 1024, 1024});
+        EXPECT_NEAR(m.frechet * 1024, row.frechet, 6 + row.frechet * 0.02f);
+        EXPECT_NEAR(m.offsetShare * 1024, row.offset, 6 + row.offset * 0.02f);
+        EXPECT_NEAR(m.extentRatio, row.extent, 0.03f);
+    }
+}
+
+TEST(TraceMeasures, SmoothnessHooksAndTurnsOfRealStrokes) {
+    QuietLog quiet;
+    const Anim yi = character(19968), le = character(20102), xiao = character(23567), wo = character(25105),
+               zhong = character(20013);
+    const AnimStroke &yiLine = yi.strokes[0], &leHook = le.strokes[1], &xiaoHook = xiao.strokes[0],
+                     &woHook = wo.strokes[4], &zhongTurn = zhong.strokes[1], &zhongDown = zhong.strokes[3];
+    // 一 is about 800 units wide: five peaks of ±80 units, and one slow wave of ±10.
+    const auto zigzag = [](float share) { return P(0, 80 * std::asin(std::sin(share * 5 * 3.14159f)) / 1.5708f); };
+    const auto wave = [](float share) { return P(0, 10 * std::sin(share * 6.2832f)); };
+    // A hook left out: the stroke stops where its hook begins.
+    const auto no_hook = [](const AnimStroke& s) {
+        const TraceMeasures m = measures::measure(s.pathAnim, along(s), {0, 0, 1024, 1024});
+        return along(s, 0, m.bends.at(0).at);
+    };
+    const struct {
+        const char* name;
+        const AnimStroke& stroke;
+        std::vector<P> samples;
+        bool smooth;
+        int bends;       // found on the centre line
+        bool hookKept;   // the weakest bend kept (true without bends)
+        bool hook;       // the weakest bend is a hook
+    } rows[] = {
+        {"一 traced along its centre line", yiLine, along(yiLine), true, 0, true, false},
+        {"一 with a slow wave of 10 units", yiLine, along(yiLine, 0, 1, {}, wave), true, 0, true, false},
+        {"一 as a zigzag of five peaks", yiLine, along(yiLine, 0, 1, {}, zigzag), false, 0, true, false},
+        {"了's hook traced", leHook, along(leHook), true, 1, true, true},
+        {"了's hook written straight", leHook, no_hook(leHook), true, 1, false, true},
+        {"小's hook written straight", xiaoHook, no_hook(xiaoHook), true, 1, false, true},
+        {"我's long hook written straight", woHook, no_hook(woHook), true, 1, false, true},
+        {"中's 折 traced", zhongTurn, along(zhongTurn), true, 1, true, false},
+        {"中's 折 as one straight line", zhongTurn,
+         straight(zhongTurn.pathAnim.point_start(), zhongTurn.pathAnim.point_end()), true, 1, false, false},
+        {"中's down stroke: the serif at its top is no turn", zhongDown,
+         straight(zhongDown.pathAnim.point_start(), zhongDown.pathAnim.point_end()), true, 0, true, false},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.name);
+        const TraceMeasures m = measures::measure(row.stroke.pathAnim, row.samples, {0, 0, 1024, 1024});
+        EXPECT_EQ(m.turningExcess <= TraceVerdict::MAX_TURNING_EXCESS, row.smooth) << m.turningExcess;
+        EXPECT_EQ(static_cast<int>(m.bends.size()), row.bends);
+        EXPECT_EQ(m.bendKept >= TraceVerdict::MIN_BEND_KEPT, row.hookKept) << m.bendKept;
+        EXPECT_EQ(m.weakest_is_hook(), row.hook);
+    }
+}
+
+// The strict verdict on real characters: each new reason, its marker's points, and the exact
+// threshold of placement, which passes.
+TEST(TraceVerdict, StrictReasonsOnRealCharacters) {
+    QuietLog quiet;
+    const Anim yi = character(19968), le = character(20102), shi = character(21313);
+    const AnimStroke &yiLine = yi.strokes[0], &leHook = le.strokes[1];
+    const auto zigzag = [](float share) { return P(0, 80 * std::asin(std::sin(share * 5 * 3.14159f)) / 1.5708f); };
+    const float limit = TraceVerdict::MAX_OFFSET * 1024;
+    const Anim wo = character(25105);
+    std::vector<P> bigDot = along(wo.strokes[6]);  // 我's last dot, 148 units: both ends stay in their circles
+    const P middle = measures::centroid(bigDot);
+    for (P& p : bigDot) p = middle + (p - middle) * 1.6f;
+    const TraceMeasures leBends = measures::measure(leHook.pathAnim, along(leHook), {0, 0, 1024, 1024});
+    const struct {
+        const char* name;
+        const Anim anim;
+        int stroke;
+        std::vector<P> samples;
+        Reason reason;
+        int r = R;
+    } rows[] = {
+        {"一 traced well", yi, 0, along(yiLine), Reason::NONE},
+        {"一 as a zigzag", yi, 0, along(yiLine, 0, 1, {}, zigzag), Reason::NOT_SMOOTH},
+        {"一 110 units beside its place", yi, 0, along(yiLine, 0, 1, beside(yiLine, 110)), Reason::OFF_PLACE},
+        {"一 half a unit inside the placement limit", yi, 0, along(yiLine, 0, 1, P(0, 0.5f - limit)), Reason::NONE},
+        {"一 half a unit past the placement limit", yi, 0, along(yiLine, 0, 1, P(0, -0.5f - limit)),
+         Reason::OFF_PLACE},
+        // Left out, the hook's end is beyond the default tolerance; a wide one lets it through.
+        {"了's hook left out, wide tolerance", le, 1, along(leHook, 0, leBends.bends.at(0).at), Reason::HOOK_MISSING,
+         200},
+        {"我's dot far too long", wo, 6, bigDot, Reason::TOO_LONG},
+        {"十 reversed stays backwards", shi, 0, along(shi.strokes[0], 1, 0), Reason::BACKWARDS},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.name);
+        const bool lenient = lenient_accepts(row.anim.strokes[size_t(row.stroke)], row.samples, row.r);
+        ASSERT_TRUE(lenient || row.reason == Reason::BACKWARDS);
+        const Judgement j = TraceVerdict::judge(row.anim, row.stroke, row.samples, row.r, true, lenient);
+        EXPECT_EQ(j.rejection.reason, row.reason);
+        EXPECT_EQ(j.accepted, row.reason == Reason::NONE);
+        if (row.reason == Reason::OFF_PLACE)
+            EXPECT_LT(glm::distance(j.rejection.expected, measures::centroid(measures::resample(
+                                                              row.anim.strokes[size_t(row.stroke)].pathAnim))),
+                      1.0f)
+                << "the arrow points at the stroke's centre";
+        if (row.reason == Reason::HOOK_MISSING) EXPECT_EQ(j.rejection.expected, leBends.bends[0].point);
+        // The lenient judge's verdict is the same judgement without the strict rules.
+        const Judgement off = TraceVerdict::judge(row.anim, row.stroke, row.samples, row.r, false, lenient);
+        EXPECT_EQ(off.score, j.score);
+        EXPECT_EQ(off.accepted, lenient);
+    }
+}
+
+TEST(TraceVerdict, ScoreFallsWithEveryFault) {
+    QuietLog quiet;
+    const Anim yi = character(19968);
+    const AnimStroke& line = yi.strokes[0];
+    const auto score = [&](const std::vector<P>& samples) {
+        return TraceVerdict::score(measures::measure(line.pathAnim, samples, {0, 0, 1024, 1024}));
+    };
+    const auto wave = [](float amplitude) {
+        return [amplitude](float share) { return P(0, amplitude * std::sin(share * 18.85f)); };
+    };
+    EXPECT_EQ(score(along(line)), 100);
+    int before = 100;
+    for (float away : {10.0f, 30.0f, 50.0f, 70.0f}) {
+        const int now = score(along(line, 0, 1, P(0, away)));
+        EXPECT_LT(now, before) << "offset " << away;
+        before = now;
+    }
+    before = 100;
+    for (float amplitude : {5.0f, 20.0f, 40.0f, 60.0f}) {
+        const int now = score(along(line, 0, 1, {}, wave(amplitude)));
+        EXPECT_LT(now, before) << "wave " << amplitude;
+        before = now;
+    }
+    EXPECT_GE(score(along(line, 0, 1, P(0, 200))), 0);
+}
+
+// The matrix the thresholds were chosen on: every stroke of every level, each kind of trace the
+// generator makes, judged as the canvas judges with strict judging on.
+TEST(TraceVerdict, ConfusionMatrixOfStrictJudgingOnEveryLevel) {
+    QuietLog quiet;
+    for (int number = 1; number <= 4; ++number) {
+        TraceGenerator generator(0x5EED0000u + static_cast<unsigned>(number));
+        std::map<TraceKind, std::pair<int, int>> counts;  // accepted, all
+        for (const Anim& anim : level(number)) {
+            for (size_t s = 0; s < anim.strokes.size(); ++s) {
+                for (TraceKind kind : TRACE_KINDS) {
+                    const std::vector<P> samples = generator.trace(anim.strokes[s], kind);
+                    if (samples.empty()) continue;
+                    auto& [accepted, all] = counts[kind];
+                    accepted += strict(anim, int(s), samples).accepted;
+                    ++all;
+                }
+            }
+        }
+        std::printf("level %d, share accepted with strict judging:", number);
+        for (const auto& [kind, count] : counts) {
+            const double share = double(count.first) / count.second;
+            std::printf(" %s %.3f (%d);", kind_name(kind), share, count.second);
+            if (kind == TraceKind::CAREFUL)
+                EXPECT_GE(share, 0.97) << "level " << number;
+            else
+                EXPECT_LE(share, 0.05) << "level " << number << ", " << kind_name(kind);
+        }
+        std::printf("\n");
+        EXPECT_GT(counts[TraceKind::HOOK_MISSING].second, 50);
+        EXPECT_GT(counts[TraceKind::TURN_MISSING].second, 50);
+    }
+}
+
+// Strict judging off: through the canvas's mouse handlers, every generated trace of every level
+// stroke gets the verdict the judge alone gives. A trace 110 units beside its place: counted
+// with strict judging off and on.
+TEST(TraceVerdict, LenientVerdictsThroughTheCanvasAreAsBefore) {
+    QuietLog quiet;
+    morvel::CanvasHanzi canvas;
+    canvas.resize(700, 700);
+    canvas.set_r_circle(R);
+    canvas.own_lesson().set_mode_flags(morvel::prog2::MODE_LEARN);
+    const auto pixel_of = [&canvas](P p) {
+        // The canvas maps pixels to character units by an affine transform; invert it here.
+        const P o = canvas.map_point_to_anim({0, 0}), ex = canvas.map_point_to_anim({1, 0}) - o,
+                ey = canvas.map_point_to_anim({0, 1}) - o;
+        const float det = ex.x * ey.y - ex.y * ey.x;
+        const P d = p - o;
+        return QPoint(int(std::lround((d.x * ey.y - d.y * ey.x) / det)), int(std::lround((ex.x * d.y - ex.y * d.x) / det)));
+    };
+    int accepted = 0, rejected = 0, besideAll = 0, besideLenient = 0, besideStrict = 0;
+    canvas.listenerStrokeLearned += [&accepted]() { ++accepted; };
+    canvas.listenerStrokeRejected += [&rejected]() { ++rejected; };
+    for (int number = 1; number <= 4; ++number) {
+        TraceGenerator generator(0xC0FFEEu + static_cast<unsigned>(number));
+        int k = 0;
+        for (const Anim& anim : level(number)) {
+            canvas.set_anim(anim);
+            canvas.own_lesson().select(static_cast<int>(anim.strokes.size()));
+            for (size_t s = 0; s < anim.strokes.size(); ++s, ++k) {
+                const AnimStroke& stroke = anim.strokes[s];
+                const std::vector<P> samples = generator.trace(stroke, TRACE_KINDS[size_t(k) % std::size(TRACE_KINDS)]);
+                if (samples.empty()) continue;
+                canvas.own_lesson().set_strokes_learned(int(s));
+                morvel::StrokeJudge judge;
+                const auto send = [&](QEvent::Type type, size_t i) {
+                    const QPoint at = pixel_of(samples[i]);
+                    const P mapped = canvas.map_mouse_point_to_anim(at);
+                    if (type == QEvent::MouseButtonPress) judge.press(mapped, stroke, R);
+                    if (type == QEvent::MouseMove) judge.move(mapped, stroke, R);
+                    QMouseEvent ev(type, QPointF(at), QPointF(at), type == QEvent::MouseMove ? Qt::NoButton : Qt::LeftButton,
+                                   type == QEvent::MouseButtonRelease ? Qt::NoButton : Qt::LeftButton, Qt::NoModifier);
+                    QCoreApplication::sendEvent(&canvas, &ev);
+                    return mapped;
+                };
+                const int before = accepted + rejected, acceptedBefore = accepted;
+                send(QEvent::MouseButtonPress, 0);
+                for (size_t i = 1; i + 1 < samples.size(); ++i) send(QEvent::MouseMove, i);
+                const auto old = judge.release(send(QEvent::MouseButtonRelease, samples.size() - 1), stroke, R);
+                using V = morvel::StrokeJudge::Verdict;
+                ASSERT_EQ(accepted + rejected - before, old == V::ACCEPTED || old == V::REJECTED ? 1 : 0);
+                ASSERT_EQ(accepted - acceptedBefore, old == V::ACCEPTED ? 1 : 0)
+                    << "level " << number << ", stroke " << s << ", " << kind_name(TRACE_KINDS[size_t(k) % std::size(TRACE_KINDS)]);
+
+                const std::vector<P> away = along(stroke, 0, 1, beside(stroke, 110));
+                ++besideAll;
+                besideLenient += lenient_accepts(stroke, away);
+                besideStrict += strict(anim, int(s), away).accepted;
+            }
+        }
+    }
+    EXPECT_GT(accepted, 1000);
+    EXPECT_GT(rejected, 1000);
+    std::printf("a trace 110 units beside its place passes %d of %d level strokes with strict judging off, %d with "
+                "it on\n", besideLenient, besideAll, besideStrict);
+    EXPECT_GT(besideLenient, besideAll * 9 / 10);
+    EXPECT_EQ(besideStrict, 0);
+}
+
+TEST(ScoreCard, CharacterScoreTimeMissesAndWeakestStroke) {
+    const struct {
+        const char* name;
+        int strokes;
+        std::vector<std::pair<int, int>> accepted;  // stroke, score
+        int misses;
+        bool finished;
+        int score, weakest;
+        double seconds;
+    } rows[] = {
+        {"nothing yet", 3, {}, 0, false, -1, -1, 0.0},
+        {"two of three", 3, {{0, 90}, {1, 70}}, 1, false, 80, 1, 2.0},
+        {"all three, the weakest first of equals", 3, {{0, 60}, {1, 90}, {2, 60}}, 2, true, 70, 0, 3.0},
+        {"a stroke accepted again counts once", 2, {{0, 40}, {0, 100}, {1, 80}}, 0, true, 90, 1, 3.0},
+        {"scores beyond 0 .. 100 are clamped", 2, {{0, 140}, {1, -20}}, 0, true, 50, 1, 2.0},
+        {"a stroke out of range is ignored", 1, {{3, 10}, {0, 77}}, 0, true, 77, 0, 2.0},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.name);
+        ScoreCard card;
+        card.reset(row.strokes);
+        card.press(1000);
+        qint64 at = 1000;
+        for (const auto& [stroke, score] : row.accepted) card.accepted(stroke, score, at += 1000);
+        for (int i = 0; i < row.misses; ++i) card.missed();
+        EXPECT_EQ(card.is_finished(), row.finished);
+        EXPECT_EQ(card.character_score(), row.score);
+        EXPECT_EQ(card.weakest_stroke(), row.weakest);
+        EXPECT_EQ(card.misses(), row.misses);
+        EXPECT_DOUBLE_EQ(card.seconds(), row.seconds);
+    }
+}
