@@ -112,6 +112,36 @@ TEST_F(ProgressTest, MasteryAndReviewBoxes) {
     }
 }
 
+// Scores come with traces and completions; the panel reads average and best per character, the
+// chart the day's average. A score out of range, or none, counts as none.
+TEST_F(ProgressTest, ScoresPerCharacterAndPerDay) {
+    set_day(3);
+    ASSERT_EQ(store.open(dir.path()), ProgressStore::Status::WRITABLE);
+    const struct {
+        int cp, day, score;
+    } completions[] = {{CP, 1, 60}, {CP, 3, 80}, {CP, 3, -1}, {CP, 3, 140}, {CP2, 3, 91}};
+    for (const auto& c : completions) {
+        set_day(c.day);
+        TraceRecord trace{0, 1, c.cp, 0, true, {}, 80, 0, false};
+        trace.score = c.score;
+        ASSERT_TRUE(store.record_trace(trace));
+        CompletionRecord done{0, 1, c.cp, 4.0, 0, 1};
+        done.score = c.score;
+        ASSERT_TRUE(store.record_completion(done));
+    }
+    const auto stats = store.score_stats();
+    EXPECT_EQ(stats.size(), 2u);
+    EXPECT_EQ(stats.at(CP), (ScoreStats{70, 80, 2}));
+    EXPECT_EQ(stats.at(CP2), (ScoreStats{91, 91, 1}));
+    const std::vector<DayStats> days = store.last_days(3);
+    EXPECT_EQ(days[0].score, 60);
+    EXPECT_EQ(days[1].score, -1) << "no practice, no score";
+    EXPECT_EQ(days[2].score, 86);
+    ProgressStore reread;
+    reread.open(dir.path());
+    EXPECT_EQ(reread.score_stats(), stats) << "kept in the file";
+}
+
 TEST_F(ProgressTest, ReviewNavigationSkipsCharactersNotDue) {
     const std::vector<int> level{0x4E00, CP, CP2, 0x5927};
     ASSERT_EQ(store.open(dir.path()), ProgressStore::Status::WRITABLE);
@@ -139,12 +169,17 @@ TEST_F(ProgressTest, OlderFilesMigrateToTheSameSummaries) {
     ASSERT_EQ(store.open(dir.path()), ProgressStore::Status::WRITABLE);
     ASSERT_TRUE(practise(store, {{0, CLEAN}, {1, HINT}, {2, CLEAN}, {3, CLEAN}, {5, MISS}, {6, OUTLINE}}));
     ASSERT_TRUE(practise(store, {{4, TRACE_ONLY}, {4, MISS}}, CP2));
-    // The history as every layout has kept it.
-    const QString traces =
-                      "time_ms, level, code_point, stroke_index, accepted, reason, tolerance, aids, hint",
-                  completions = "time_ms, level, code_point, seconds, misses, round";
     for (int version = 1; version < ProgressSchema::VERSION; ++version) {
         SCOPED_TRACE(version);
+        // The history as each layout has kept it; from the second on with what it derived.
+        QString traces = "time_ms, level, code_point, stroke_index, accepted, reason, tolerance, aids, hint",
+                completions = "time_ms, level, code_point, seconds, misses, round";
+        QStringList derived;
+        if (version >= 2) {
+            traces += ", day";
+            completions += ", day, clean";
+            derived = {"INSERT INTO summary SELECT * FROM live.summary", "INSERT INTO days SELECT * FROM live.days"};
+        }
         QTemporaryDir oldDir;
         {
             QSqlDatabase db = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), QStringLiteral("old"));
@@ -157,6 +192,7 @@ TEST_F(ProgressTest, OlderFilesMigrateToTheSameSummaries) {
                   QString("INSERT INTO traces(%1) SELECT %1 FROM live.traces").arg(traces),
                   QString("INSERT INTO completions(%1) SELECT %1 FROM live.completions").arg(completions)})
                 ASSERT_TRUE(q.exec(sql)) << q.lastError().text().toStdString();
+            for (const QString& sql : derived) ASSERT_TRUE(q.exec(sql)) << q.lastError().text().toStdString();
         }
         QSqlDatabase::removeDatabase(QStringLiteral("old"));
         ProgressStore migrated([this] { return nowMs; });

@@ -35,6 +35,7 @@
 #include "app/morvel.h"
 #include "app/practice/PracticeTexts.h"
 #include "app/progress/LessonRecorder.h"
+#include "app/progress/ProgressStore.h"
 #include "app/stroke/CanvasHanzi.h"
 
 using ki::qt::GSettings;
@@ -118,12 +119,15 @@ QPoint to_pixel(const morvel::CanvasHanzi* canvas, glm::vec2 p) {
     return QPoint(int(std::lround(q.x)), int(std::lround(q.y)));
 }
 
-// Traces stroke `k` of the canvas's character with the mouse, along its centre line or reversed.
-void trace_stroke(morvel::CanvasHanzi* canvas, int k, bool reversed) {
+// Traces stroke `k` of the canvas's character with the mouse, along its centre line or reversed,
+// each point moved across it by `across(share of the length)`.
+void trace_stroke(morvel::CanvasHanzi* canvas, int k, bool reversed,
+                  const std::function<glm::vec2(float)>& across = {}) {
     const ki::math::Path& centre = canvas->get_anim().strokes[size_t(k)].pathAnim;
     const float length = centre.get_length();
     auto at = [&](float along) {
-        return to_pixel(canvas, centre.point_at_length(reversed ? length - along : along));
+        const glm::vec2 moved = across ? across(along / length) : glm::vec2(0.0f);
+        return to_pixel(canvas, centre.point_at_length(reversed ? length - along : along) + moved);
     };
     send_mouse(canvas, QEvent::MouseButtonPress, at(0.0f), Qt::LeftButton);
     for (float along = 20.0f; along < length; along += 20.0f)
@@ -611,6 +615,8 @@ TEST_F(WindowTest, StoredOptionsFromEveryMenuItemAndFromAHostileStore) {
          [](Window& w) { return w.get_options().nextWhenDone; }},
         {"strict judging on", true, {"Practice", "Strict judging"}, "practiceStrict", true,
          [](Window& w) { return w.get_options().strictJudging; }},
+        {"show my strokes off", true, {"Practice", "Show my strokes"}, "practiceShowMyStrokes", false,
+         [](Window& w) { return !canvas_of(w)->is_show_my_strokes(); }},
         {"mi grid", true, {"Practice", "Practice grid", "Mi 米"}, "practiceGrid", 2,
          [](Window& w) { return w.get_options().practiceGrid == 2; }},
         {"practice rounds on", true, {"Practice", "Practice rounds"}, "practiceRounds", true,
@@ -739,4 +745,51 @@ TEST_F(WindowTest, AnOptionChangeSurvivesAKillRightAfterIt) {
     EXPECT_TRUE(GSettings::instance()
                     .get_window_node(WINDOW_NODE)
                     .get<bool>(QStringLiteral("flagShowUnicode"), false));
+}
+
+// Strict judging through the mouse: a zigzag on 一 is rejected with its reason, a careful trace is
+// accepted, its ink stays over the finished character, and the score is shown and recorded.
+TEST_F(WindowTest, StrictJudgingRejectsAZigzagAndTheLearnersInkAndScoreStay) {
+    Window& w = open();  // in learn mode
+    LessonOptions options = w.get_options();
+    options.strictJudging = true;
+    w.apply_options(options);
+    w.on_index(0);
+    morvel::CanvasHanzi* canvas = canvas_of(w);
+    ASSERT_EQ(canvas->get_unicode(), 0x4E00);
+    // Five peaks of about 80 units across the 800-unit stroke: inside the lenient corridor.
+    trace_stroke(canvas, 0, false, [](float share) {
+        return glm::vec2(0.0f, 80.0f * std::asin(std::sin(share * 5.0f * 3.14159f)) / 1.5708f);
+    });
+    EXPECT_EQ(canvas->get_rejection().reason, morvel::practice::Reason::NOT_SMOOTH);
+    EXPECT_EQ(canvas->get_strokes_learned(), 0);
+    EXPECT_EQ(morvel::practice::reason_text(canvas->get_rejection()), QStringLiteral("Keep the line smooth."));
+
+    trace_stroke(canvas, 0, false, [](float share) { return glm::vec2(0.0f, 12.0f * std::sin(share * 6.28f)); });
+    ASSERT_TRUE(w.get_control().state().is_complete());
+    const morvel::practice::ScoreCard& card = canvas->get_score_card();
+    EXPECT_TRUE(card.is_finished());
+    EXPECT_EQ(card.misses(), 1);
+    EXPECT_GE(card.character_score(), 80);
+    EXPECT_TRUE(morvel::practice::result_text(card).startsWith(
+        QStringLiteral("Score %1 · ").arg(card.character_score())));
+    settle();
+    // The learner's thin ink runs along the middle of the green stroke, 12 units below it at a
+    // quarter of the way; with the option off only the green remains there.
+    const ki::math::Path& centre = canvas->get_anim().strokes[0].pathAnim;
+    const glm::vec2 quarter = centre.point_at_length(centre.get_length() / 4) + glm::vec2(0.0f, 12.0f);
+    const auto ink_at = [&]() {
+        const QColor got = canvas->grab().toImage().pixelColor(to_pixel(canvas, quarter));
+        const QColor ink = morvel::LearnerInk::ink_color();
+        return std::abs(got.red() - ink.red()) + std::abs(got.green() - ink.green()) +
+                   std::abs(got.blue() - ink.blue()) < 60;
+    };
+    EXPECT_TRUE(ink_at());
+    options.showMyStrokes = false;
+    w.apply_options(options);
+    EXPECT_FALSE(ink_at());
+    ASSERT_TRUE(w.get_recorder().is_open());
+    const auto scores = w.get_recorder().store()->score_stats();
+    ASSERT_EQ(scores.count(0x4E00), 1u);
+    EXPECT_EQ(scores.at(0x4E00).best, card.character_score());
 }

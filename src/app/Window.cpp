@@ -464,12 +464,13 @@ void Window::on_set_strokes_learned(int n) {
 }
 
 void Window::on_event_stroke_learned() {
-    recorder->trace(control.get_strokes_learned(), true, {}, canvas->get_r_circle(), history_aids(*canvas));
+    recorder->trace(control.get_strokes_learned(), true, {}, canvas->get_r_circle(), history_aids(*canvas),
+                    canvas->get_last_score());
     canvas->clear_path_mouse();
     control.stroke_accepted();
     const LessonState& state = control.state();
     if (state.is_done()) {
-        recorder->completed(state.round);
+        recorder->completed(state.round, canvas->get_score_card().character_score());
         update_progress_view();
     }
     if (!state.is_complete()) {
@@ -493,7 +494,7 @@ void Window::on_event_stroke_learned() {
 
 void Window::on_event_stroke_rejected() {
     recorder->trace(control.get_strokes_learned(), false, practice::reason_key(canvas->get_rejection().reason),
-                    canvas->get_r_circle(), history_aids(*canvas));
+                    canvas->get_r_circle(), history_aids(*canvas), canvas->get_last_score());
     feedback.play(Feedback::REJECTED);
     if (control.stroke_rejected(options.hintAfterMisses)) recorder->hint_shown();
 }
@@ -543,6 +544,7 @@ void Window::apply_options(const LessonOptions& next) {
     canvas->set_draw_config(next.drawConfig);
     canvas->set_r_circle(next.rCircle);
     canvas->set_strict(next.strictJudging);
+    canvas->set_show_my_strokes(next.showMyStrokes);
     canvas->set_stroke_numbers(next.strokeNumbers);
     canvas->set_guide_grid(next.practiceGrid);
     if (next.showUnicode != before.showUnicode) {

@@ -57,6 +57,7 @@ const Row ROWS[] = {
     {"practiceGrid", &LessonOptions::practiceGrid, Fix::DEFAULT, LessonOptions::GRID_SQUARES, LessonOptions::GRID_MI},
     {"practiceRounds", &LessonOptions::practiceRounds},
     {"practiceReviewDue", &LessonOptions::reviewDue},
+    {"practiceShowMyStrokes", &LessonOptions::showMyStrokes},
 };
 // clang-format on
 

@@ -56,6 +56,8 @@ struct LessonOptions {
     bool practiceRounds = false;
     /// Next and previous (buttons, keys, "next when done") go to the next due character.
     bool reviewDue = false;
+    /// The learner's accepted traces stay drawn over the traced strokes.
+    bool showMyStrokes = true;
 
     bool operator==(const LessonOptions&) const = default;
 

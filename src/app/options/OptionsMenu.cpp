@@ -72,6 +72,7 @@ void fill_practice_menu(GMenu* menu, const OptionsMenuHost& host) {
     gen_flag(practice, host, label_text(L::STROKE_NUMBERS), &LessonOptions::strokeNumbers);
     gen_flag(practice, host, label_text(L::NEXT_WHEN_DONE), &LessonOptions::nextWhenDone);
     gen_flag(practice, host, label_text(L::STRICT_JUDGING), &LessonOptions::strictJudging);
+    gen_flag(practice, host, label_text(L::SHOW_MY_STROKES), &LessonOptions::showMyStrokes);
     gen_choice(practice, host, label_text(L::PRACTICE_GRID), &LessonOptions::practiceGrid,
                {{LessonOptions::GRID_SQUARES, label_text(L::GRID_SQUARES)},
                 {LessonOptions::GRID_TIAN, label_text(L::GRID_TIAN)},

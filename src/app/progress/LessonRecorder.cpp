@@ -42,7 +42,7 @@ void LessonRecorder::character_started(int levelNumber, int code) {
 }
 
 void LessonRecorder::trace(int strokeIndex, bool accepted, const QString& reason, int tolerance,
-                           unsigned int aids) {
+                           unsigned int aids, int score) {
     if (!accepted) ++misses;
     if (history == nullptr || !history->is_recording()) return;
     TraceRecord record;
@@ -54,6 +54,7 @@ void LessonRecorder::trace(int strokeIndex, bool accepted, const QString& reason
     record.tolerance = tolerance;
     record.aids = aids;
     record.hintShown = hintShown;
+    record.score = score;
     history->record_trace(record);
     // After the record is queued (and, with the file free, written): scripts that kill the
     // program count these lines against the rows in the file.
@@ -61,7 +62,7 @@ void LessonRecorder::trace(int strokeIndex, bool accepted, const QString& reason
            history->unwritten());
 }
 
-void LessonRecorder::completed(int round) {
+void LessonRecorder::completed(int round, int score) {
     if (history != nullptr && history->is_recording()) {
         CompletionRecord record;
         record.level = level;
@@ -69,6 +70,7 @@ void LessonRecorder::completed(int round) {
         record.seconds = clock.isValid() ? static_cast<double>(clock.elapsed()) / 1000.0 : 0.0;
         record.misses = misses;
         record.round = round;
+        record.score = score;
         history->record_completion(record);
     }
     // A further round counts its own misses and time.

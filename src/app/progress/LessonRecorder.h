@@ -41,10 +41,12 @@ public:
     /// A new character is shown: its clock, misses and hint start afresh.
     void character_started(int level, int codePoint);
     void hint_shown() { hintShown = true; }
-    /// A judged trace of stroke `strokeIndex`; `reason` is a rejection key or empty.
-    void trace(int strokeIndex, bool accepted, const QString& reason, int tolerance, unsigned int aids);
-    /// The last stroke of practice round `round` was accepted.
-    void completed(int round);
+    /// A judged trace of stroke `strokeIndex`; `reason` is a rejection key or empty; `score`
+    /// 0 .. 100, or -1 when unscored.
+    void trace(int strokeIndex, bool accepted, const QString& reason, int tolerance, unsigned int aids,
+               int score = -1);
+    /// The last stroke of practice round `round` was accepted; `score` is the character's.
+    void completed(int round, int score = -1);
 
     /// History aid bits of the canvas's drawing bits (LessonOptions::DRAW_*) and the grid.
     static unsigned int aids_of(unsigned int drawAids, bool guideGrid);

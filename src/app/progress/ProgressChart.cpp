@@ -1,6 +1,7 @@
 #include "app/progress/ProgressChart.h"
 
 #include <ki/qt/lang.h>
+#include <ki/qt/themes.h>
 
 #include <QDate>
 #include <QLocale>
@@ -13,6 +14,11 @@
 namespace morvel::progress {
 
 using ki::qt::lang::tt;
+
+QColor ProgressChart::score_color(const QPalette& palette) {
+    // Blue stands apart from the highlight bars and the orange accent in every theme.
+    return ki::qt::themes::is_dark_palette(palette) ? QColor(120, 200, 255) : QColor(30, 90, 200);
+}
 
 ProgressChart::ProgressChart(QWidget* parent) : QWidget(parent) {
     setMinimumHeight(140);
@@ -54,6 +60,14 @@ void ProgressChart::paintEvent(QPaintEvent*) {
     x += lineHeight + lineHeight / 2;
     painter.setPen(text);
     painter.drawText(x, fm.ascent(), cleanLabel);
+    x += fm.horizontalAdvance(cleanLabel) + lineHeight;
+    const QColor scoreColor = score_color(pal);
+    painter.setPen(QPen(scoreColor, 2, Qt::DashLine));
+    painter.drawLine(x, lineHeight / 2, x + lineHeight, lineHeight / 2);
+    x += lineHeight + lineHeight / 2;
+    painter.setPen(text);
+    painter.drawText(x, fm.ascent(),
+                     tt(QStringLiteral("Score"), QStringLiteral("Wertung"), QStringLiteral("Оценка")));
 
     int maxCompleted = 1;
     for (const DayStats& day : days) maxCompleted = std::max(maxCompleted, day.completions);
@@ -74,7 +88,9 @@ void ProgressChart::paintEvent(QPaintEvent*) {
 
     const qreal slot = plot.width() / static_cast<qreal>(days.size());
     QPainterPath cleanShare;
+    QPainterPath scoreLine;
     bool penDown = false;
+    bool scoreDown = false;
     for (size_t i = 0; i < days.size(); ++i) {
         const DayStats& day = days[i];
         const qreal x0 = plot.left() + slot * static_cast<qreal>(i);
@@ -82,6 +98,16 @@ void ProgressChart::paintEvent(QPaintEvent*) {
             const qreal h = plot.height() * day.completions / maxCompleted;
             painter.fillRect(QRectF(x0 + slot * 0.15, plot.bottom() - h, slot * 0.7, h), bar);
         }
+        if (day.score >= 0) {
+            const QPointF point(x0 + slot / 2, plot.bottom() - plot.height() * day.score / 100.0);
+            if (scoreDown)
+                scoreLine.lineTo(point);
+            else
+                scoreLine.moveTo(point);
+            scoreLine.addRect(QRectF(point - QPointF(2, 2), QSizeF(4, 4)));
+            scoreLine.moveTo(point);
+        }
+        scoreDown = day.score >= 0;
         if (day.traces == 0) {
             penDown = false;  // no practice that day: a gap, not a fall to zero
             continue;
@@ -98,6 +124,8 @@ void ProgressChart::paintEvent(QPaintEvent*) {
     painter.setPen(QPen(line, 2));
     painter.setBrush(Qt::NoBrush);
     painter.drawPath(cleanShare);
+    painter.setPen(QPen(scoreColor, 2, Qt::DashLine));
+    painter.drawPath(scoreLine);
 
     painter.setPen(text);
     // Day and month name in the interface language, as the table's dates are: "27 Oct", "27. Okt.".

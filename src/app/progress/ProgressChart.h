@@ -1,6 +1,7 @@
 #pragma once
 // The practice of the last days as a chart: a bar per day for the characters completed and a
-// line for the share of clean strokes among the day's judged traces.
+// line for the share of clean strokes among the day's judged traces, and a dashed line for the
+// day's average character score.
 
 #include <QWidget>
 #include <vector>
@@ -16,6 +17,9 @@ public:
 
     /// Oldest day first.
     void set_days(std::vector<DayStats> stats);
+    const std::vector<DayStats>& get_days() const { return days; }
+    /// The colour of the line of the day's average score.
+    static QColor score_color(const QPalette& palette);
     QSize sizeHint() const override;
 
 protected:

@@ -75,6 +75,8 @@ ProgressPanel::ProgressPanel(ProgressStore& progressStore, std::vector<ChinChar>
         tt(QStringLiteral("Last practised"), QStringLiteral("Zuletzt geübt"),
            QStringLiteral("Последняя практика")),
         tt(QStringLiteral("Due"), QStringLiteral("Fällig"), QStringLiteral("Повтор")),
+        tt(QStringLiteral("Average score"), QStringLiteral("Mittlere Wertung"), QStringLiteral("Средняя оценка")),
+        tt(QStringLiteral("Best score"), QStringLiteral("Beste Wertung"), QStringLiteral("Лучшая оценка")),
     });
     tableView = new QTableView(this);
     tableView->setModel(model);
@@ -155,6 +157,7 @@ void ProgressPanel::refresh() {
     model->removeRows(0, model->rowCount());
     model->setRowCount(static_cast<int>(chars.size()));
     std::vector<CharSummary> missed;
+    const std::map<int, ScoreStats> scores = store.score_stats();
     int row = 0;
     for (const ChinChar& ch : chars) {
         const CharSummary s = store.summary(ch.unicode);
@@ -180,6 +183,14 @@ void ProgressPanel::refresh() {
         QStandardItem* dueItem = cell(dueCell, s.box == 0 ? NEVER_DUE : s.dueDay, cp);
         if (due) dueItem->setForeground(ProgressMark::accent(pal));
         model->setItem(row, COL_DUE, dueItem);
+        const auto scored = scores.find(cp);
+        const ScoreStats score = scored == scores.end() ? ScoreStats{} : scored->second;
+        // Unscored characters sort below every score.
+        const auto scoreCell = [&](int value) {
+            return cell(value < 0 ? QString() : QString::number(value), value, cp);
+        };
+        model->setItem(row, COL_AVERAGE_SCORE, scoreCell(score.average));
+        model->setItem(row, COL_BEST_SCORE, scoreCell(score.best));
         if (s.misses > 0) missed.push_back(s);
         ++row;
     }

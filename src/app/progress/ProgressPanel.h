@@ -33,6 +33,8 @@ public:
         COL_MISSES,
         COL_LAST,
         COL_DUE,
+        COL_AVERAGE_SCORE,
+        COL_BEST_SCORE,
         COL_COUNT
     };
 

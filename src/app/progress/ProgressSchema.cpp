@@ -144,10 +144,17 @@ QString add_summaries(QSqlDatabase& db) {
     return error.isEmpty() ? derive_summaries(db) : error;
 }
 
+QString add_scores(QSqlDatabase& db) {
+    return exec_all(db, {
+                            "ALTER TABLE traces ADD COLUMN score INTEGER NOT NULL DEFAULT -1",
+                            "ALTER TABLE completions ADD COLUMN score INTEGER NOT NULL DEFAULT -1",
+                        });
+}
+
 using Step = QString (*)(QSqlDatabase&);
 /// Step i brings a file from version i to version i + 1. Never change a step once released:
 /// files out there were made by it.
-constexpr Step STEPS[] = {create_first_layout, add_summaries};
+constexpr Step STEPS[] = {create_first_layout, add_summaries, add_scores};
 static_assert(std::size(STEPS) == ProgressSchema::VERSION);
 
 }  // namespace

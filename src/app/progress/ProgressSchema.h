@@ -15,7 +15,8 @@ class ProgressSchema {
 public:
     /// 1: judged traces and completions. 2: per-character summary and per-day totals, derived
     /// from the history, plus each record's local day and each completion's cleanliness.
-    static constexpr int VERSION = 2;
+    /// 3: a score (0 .. 100) with every trace and completion, -1 for those recorded before.
+    static constexpr int VERSION = 3;
 
     /// The layout number stored in the file, or -1 when it cannot be read.
     static int version_of(QSqlDatabase& db);

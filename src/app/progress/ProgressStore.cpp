@@ -15,6 +15,7 @@
 #include <QVariant>
 #include <algorithm>
 #include <atomic>
+#include <cmath>
 #include <functional>
 #include <unordered_map>
 
@@ -57,6 +58,11 @@ int primary_code(const QSqlError& error) {
 bool is_damage(const QSqlError& error) {
     const int code = primary_code(error);
     return code == 11 || code == 26;  // SQLITE_CORRUPT, SQLITE_NOTADB
+}
+
+/// A score outside 0 .. 100 is stored as none.
+int score_or_none(int score) {
+    return score >= 0 && score <= 100 ? score : -1;
 }
 
 /// Another connection holds the write lock.
@@ -437,10 +443,10 @@ bool ProgressStore::prepare_writes() {
            db->commit.prepare(QStringLiteral("COMMIT")) && db->rollback.prepare(QStringLiteral("ROLLBACK")) &&
            db->insertTrace.prepare(QStringLiteral(
                "INSERT INTO traces(time_ms, level, code_point, stroke_index, accepted, reason, tolerance,"
-               " aids, hint, day) VALUES(?,?,?,?,?,?,?,?,?,?)")) &&
+               " aids, hint, day, score) VALUES(?,?,?,?,?,?,?,?,?,?,?)")) &&
            db->insertCompletion.prepare(QStringLiteral(
-               "INSERT INTO completions(time_ms, level, code_point, seconds, misses, round, day, clean)"
-               " VALUES(?,?,?,?,?,?,?,?)")) &&
+               "INSERT INTO completions(time_ms, level, code_point, seconds, misses, round, day, clean, score)"
+               " VALUES(?,?,?,?,?,?,?,?,?)")) &&
            db->attemptAids.prepare(QStringLiteral("SELECT COALESCE(MAX(hint), 0), COALESCE(MAX(aids & %1), 0)"
                                                   " FROM traces WHERE code_point = ? AND id > ?")
                                        .arg(AID_OUTLINE)) &&
@@ -561,7 +567,7 @@ ProgressStore::WriteResult ProgressStore::write_trace(const TraceRecord& trace) 
                             QVariant(trace.accepted || trace.reason.isNull() ? QString::fromLatin1("")
                                                                              : trace.reason),
                             QVariant(trace.tolerance), QVariant(trace.aids),
-                            QVariant(trace.hintShown ? 1 : 0), QVariant(day)})
+                            QVariant(trace.hintShown ? 1 : 0), QVariant(day), QVariant(score_or_none(trace.score))})
                           q.addBindValue(value);
                       if (!q.exec()) return &q;
                       id = q.lastInsertId().toLongLong();
@@ -608,7 +614,7 @@ ProgressStore::WriteResult ProgressStore::write_completion(const CompletionRecor
                 for (const QVariant& value :
                      {QVariant(completion.timeMs), QVariant(completion.level), QVariant(completion.codePoint),
                       QVariant(completion.seconds), QVariant(completion.misses), QVariant(completion.round),
-                      QVariant(day), QVariant(clean ? 1 : 0)})
+                      QVariant(day), QVariant(clean ? 1 : 0), QVariant(score_or_none(completion.score))})
                     q.addBindValue(value);
                 return q.exec() ? nullptr : &q;
             },
@@ -713,7 +719,28 @@ std::vector<DayStats> ProgressStore::last_days(int count) const {
         stats.traces = query.value(2).toInt();
         stats.acceptedTraces = query.value(3).toInt();
     }
+    query.prepare(QStringLiteral("SELECT day, AVG(score) FROM completions WHERE score >= 0 AND day BETWEEN ? AND ?"
+                                 " GROUP BY day"));
+    query.addBindValue(first);
+    query.addBindValue(last);
+    if (!query.exec()) return days;
+    while (query.next())
+        days[static_cast<size_t>(query.value(0).toLongLong() - first)].score =
+            static_cast<int>(std::lround(query.value(1).toDouble()));
     return days;
+}
+
+std::map<int, ScoreStats> ProgressStore::score_stats() const {
+    std::map<int, ScoreStats> stats;
+    if (!db) return stats;
+    QSqlQuery query(db->connection);
+    if (!query.exec(QStringLiteral("SELECT code_point, AVG(score), MAX(score), COUNT(*) FROM completions"
+                                   " WHERE score >= 0 GROUP BY code_point")))
+        return stats;
+    while (query.next())
+        stats[query.value(0).toInt()] = ScoreStats{static_cast<int>(std::lround(query.value(1).toDouble())),
+                                                   query.value(2).toInt(), query.value(3).toInt()};
+    return stats;
 }
 
 QString ProgressStore::reset() {

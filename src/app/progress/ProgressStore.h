@@ -16,6 +16,7 @@
 #include <QString>
 #include <atomic>
 #include <functional>
+#include <map>
 #include <memory>
 #include <vector>
 
@@ -104,6 +105,8 @@ public:
     int next_due_index(const std::vector<int>& codePoints, int from, int step) const;
     /// The last `count` days up to today, oldest first, days without practice included.
     std::vector<DayStats> last_days(int count) const;
+    /// Average and best character score per code point, over the scored completions.
+    std::map<int, ScoreStats> score_stats() const;
     /// Today's Julian day by the store's clock.
     qint64 today() const;
 

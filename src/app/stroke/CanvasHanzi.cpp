@@ -11,6 +11,7 @@
 #include <QTouchEvent>
 #include <QVariant>
 #include <algorithm>
+#include <chrono>
 #include <cmath>
 #include <glm/mat3x3.hpp>
 #include <glm/matrix.hpp>
@@ -18,6 +19,7 @@
 #include "app/practice/PracticeMarkers.h"
 #include "app/practice/PracticeTexts.h"
 #include "app/practice/TraceClassifier.h"
+#include "app/practice/TraceVerdict.h"
 #include "app/worksheet/GuideGrid.h"
 
 namespace morvel {
@@ -39,6 +41,11 @@ bool is_synthesised(const QMouseEvent* ev) {
     using Type = QInputDevice::DeviceType;
     const Type type = device->type();
     return type == Type::TouchScreen || type == Type::Stylus || type == Type::Airbrush || type == Type::Puck;
+}
+
+std::int64_t now_ms() {
+    using namespace std::chrono;
+    return duration_cast<milliseconds>(steady_clock::now().time_since_epoch()).count();
 }
 
 std::string mouse_event_to_string(const QMouseEvent* ev) {
@@ -78,6 +85,13 @@ void CanvasHanzi::set_anim(Anim newAnim) {
     judge.clear();
     rejection = {};
     markerShown = false;
+    ink.clear();
+    scoreCard.reset(static_cast<int>(anim.strokes.size()));
+    update();
+}
+
+void CanvasHanzi::set_show_my_strokes(bool on) {
+    showMyStrokes = on;
     update();
 }
 
@@ -230,9 +244,10 @@ QString CanvasHanzi::counter_text() const {
 void CanvasHanzi::draw_captions(ki::qt::GPC& gpc, const ki::math::Rect& rect) const {
     using Corner = PracticeMarkers::Corner;
     PracticeMarkers::paint_caption(gpc, rect, counter_text(), colors, Corner::TOP_LEFT);
-    if (is_learn_mode())
-        PracticeMarkers::paint_caption(gpc, rect, practice::reason_text(rejection), colors,
-                                       Corner::BOTTOM_LEFT);
+    if (!is_learn_mode()) return;
+    const QString below =
+        lesson->state().is_complete() ? practice::result_text(scoreCard) : practice::reason_text(rejection);
+    PracticeMarkers::paint_caption(gpc, rect, below, colors, Corner::BOTTOM_LEFT);
 }
 
 void CanvasHanzi::draw_background(ki::qt::GPC& gpc, const ki::math::Rect& rect) {
@@ -299,6 +314,8 @@ void CanvasHanzi::draw_learning(ki::qt::GPC& gpc) const {
     }
     const int learned = get_strokes_learned();
     if (learned > 0 && learned <= count) fill_outlines(gpc, learned, colors.colorDone);
+    const bool finished = learned == count && scoreCard.is_finished();
+    ink.paint(gpc, anim, learned, showMyStrokes, finished ? scoreCard.weakest_stroke() : -1);
     const ki::math::Path& trace = judge.get_path();
     if (!trace.is_empty()) {
         const bool clean = judge.get_errors() == 0 && !rejection.is_rejected();
@@ -416,6 +433,12 @@ bool CanvasHanzi::trace_press(QPoint pixel) {
         return false;
     }
     judge.press(map_mouse_point_to_anim(pixel), *stroke, rCircle);
+    // The first stroke again (Again, a further round): a new pass with its own scores and ink.
+    if (get_strokes_learned() == 0 && scoreCard.has_accepted()) {
+        scoreCard.reset(static_cast<int>(anim.strokes.size()));
+        ink.clear();
+    }
+    scoreCard.press(now_ms());
     rejection = {};
     markerShown = false;
     update();
@@ -436,13 +459,19 @@ bool CanvasHanzi::trace_release(QPoint pixel) {
     const glm::vec2 point = map_mouse_point_to_anim(pixel);
     StrokeJudge::Verdict verdict = judge.release(point, *stroke, rCircle);
     const int index = get_strokes_learned();
-    if (verdict == StrokeJudge::Verdict::REJECTED) {
-        rejection = practice::TraceClassifier::classify(
-            anim, index, practice::TraceClassifier::samples_of(judge.get_path(), point), rCircle);
-    } else if (verdict == StrokeJudge::Verdict::ACCEPTED && strict) {
-        rejection = practice::TraceClassifier::judge_strict(
-            anim, index, practice::TraceClassifier::samples_of(judge.get_path(), point), rCircle);
-        if (rejection.is_rejected()) verdict = StrokeJudge::Verdict::REJECTED;
+    if (verdict == StrokeJudge::Verdict::ACCEPTED || verdict == StrokeJudge::Verdict::REJECTED) {
+        const practice::Judgement j = practice::TraceVerdict::judge(
+            anim, index, practice::TraceClassifier::samples_of(judge.get_path(), point), rCircle, strict,
+            verdict == StrokeJudge::Verdict::ACCEPTED);
+        rejection = j.rejection;
+        lastScore = j.score;
+        if (verdict == StrokeJudge::Verdict::ACCEPTED && !j.accepted) verdict = StrokeJudge::Verdict::REJECTED;
+        if (verdict == StrokeJudge::Verdict::ACCEPTED) {
+            ink.keep(index, judge.get_path());
+            scoreCard.accepted(index, j.score, now_ms());
+        } else {
+            scoreCard.missed();
+        }
     }
     markerShown = rejection.is_rejected();
     if (rejection.reason == practice::Reason::WRONG_STROKE) {

@@ -15,9 +15,11 @@
 
 #include "app/lesson/LessonOptions.h"
 #include "app/practice/Rejection.h"
+#include "app/practice/ScoreCard.h"
 #include "app/stroke/Anim.h"
 #include "app/stroke/CanvasColors.h"
 #include "app/stroke/ControlAnim.h"
+#include "app/stroke/LearnerInk.h"
 #include "app/stroke/StrokeJudge.h"
 
 class QTouchEvent;
@@ -88,6 +90,14 @@ public:
     /// The counter as the caption shows it now, in the current language ("Round 1 of 3 · Stroke
     /// 2 of 4", "Done", "Watch").
     QString counter_text() const;
+    /// The learner's accepted traces drawn over the traced strokes.
+    void set_show_my_strokes(bool on);
+    bool is_show_my_strokes() const { return showMyStrokes; }
+    const LearnerInk& get_ink() const { return ink; }
+    /// The scores of the current pass over the character; finished with its last stroke.
+    const practice::ScoreCard& get_score_card() const { return scoreCard; }
+    /// The score of the last judged trace, 0 .. 100; -1 before the first.
+    int get_last_score() const { return lastScore; }
     /// Why the last trace was rejected; NONE after an accepted trace and from the next press.
     const practice::Rejection& get_rejection() const { return rejection; }
     /// How long the outline of a wrongly traced later stroke stays up.
@@ -176,6 +186,10 @@ private:
     int guideGrid = 0;
     bool captions = false;
     practice::Rejection rejection;
+    LearnerInk ink;
+    bool showMyStrokes = true;
+    practice::ScoreCard scoreCard;
+    int lastScore = -1;
     // A wrong-stroke marker goes after a while; the count tells a late timer from a current one.
     bool markerShown = false;
     int rejectionCount = 0;

@@ -1,0 +1,46 @@
+#pragma once
+// The learner's own ink: the accepted trace of each stroke, kept as a thin line over the
+// traced strokes so the learner compares their writing with the model, and the mark on the
+// weakest stroke of a finished character. A canvas layer: it paints from what it was given and
+// expects the canvas transform (character units) already set.
+
+#include <QPainterPath>
+#include <vector>
+
+#include "app/stroke/Anim.h"
+#include "app/stroke/CanvasColors.h"
+
+namespace ki::qt {
+class GPC;
+}
+
+namespace morvel {
+
+class LearnerInk {
+public:
+    /// Pen width of the ink and of its light rim, in character units.
+    static constexpr float WIDTH = 12.0f;
+    static constexpr float RIM = 6.0f;
+    /// Pen width of the weakest stroke's mark along its outline.
+    static constexpr float MARK_WIDTH = 10.0f;
+
+    /// Dark blue ink, legible over the green of traced strokes; the rim keeps it legible over
+    /// the dark backgrounds.
+    static QColor ink_color();
+    static QColor rim_color();
+    static QColor mark_color();
+
+    void clear() { traces.clear(); }
+    /// Keeps `trace` as the ink of stroke `index`, replacing an earlier one.
+    void keep(int index, const ki::math::Path& trace);
+    bool has(int index) const;
+
+    /// The ink of strokes 0 .. `shown` - 1 (when `showInk`), and the outline of stroke
+    /// `weakest` of `anim` marked (none for -1).
+    void paint(ki::qt::GPC& gpc, const Anim& anim, int shown, bool showInk, int weakest) const;
+
+private:
+    std::vector<QPainterPath> traces;
+};
+
+}  // namespace morvel
