@@ -314,7 +314,8 @@ void CanvasHanzi::draw_learning(ki::qt::GPC& gpc) const {
     }
     const int learned = get_strokes_learned();
     if (learned > 0 && learned <= count) fill_outlines(gpc, learned, colors.colorDone);
-    const bool finished = learned == count && scoreCard.is_finished();
+    // One stroke is no weakest.
+    const bool finished = learned == count && count > 1 && scoreCard.is_finished();
     ink.paint(gpc, anim, learned, showMyStrokes, finished ? scoreCard.weakest_stroke() : -1);
     const ki::math::Path& trace = judge.get_path();
     if (!trace.is_empty()) {

@@ -4,6 +4,7 @@
 
 #include <QPen>
 #include <algorithm>
+#include <glm/geometric.hpp>
 
 namespace morvel {
 
@@ -20,17 +21,32 @@ QColor LearnerInk::ink_color() {
 }
 
 QColor LearnerInk::rim_color() {
-    return QColor(255, 255, 255, 200);
+    return QColor(255, 255, 255);
 }
 
 QColor LearnerInk::mark_color() {
     return QColor(200, 20, 60);
 }
 
+void LearnerInk::clear() {
+    traces.clear();
+}
+
 void LearnerInk::keep(int index, const ki::math::Path& trace) {
     if (index < 0) return;
     if (static_cast<size_t>(index) >= traces.size()) traces.resize(static_cast<size_t>(index) + 1);
-    traces[static_cast<size_t>(index)] = ki::qt::GPC::math_path_to_painter_path(trace);
+    QPainterPath path;
+    for (const ki::math::Contour& contour : trace.get_contours()) {
+        path.moveTo(contour.start.x, contour.start.y);
+        glm::vec2 last = contour.start;
+        for (size_t i = 0; i < contour.elements.size(); ++i) {
+            const glm::vec2 p = ki::math::element_end(contour.elements[i]);
+            if (glm::distance(p, last) < MIN_STEP && i + 1 < contour.elements.size()) continue;
+            path.lineTo(p.x, p.y);
+            last = p;
+        }
+    }
+    traces[static_cast<size_t>(index)] = path;
 }
 
 bool LearnerInk::has(int index) const {
@@ -38,19 +54,27 @@ bool LearnerInk::has(int index) const {
 }
 
 void LearnerInk::paint(ki::qt::GPC& gpc, const Anim& anim, int shown, bool showInk, int weakest) const {
-    if (weakest >= 0 && static_cast<size_t>(weakest) < anim.strokes.size()) {
+    const int count = showInk ? static_cast<int>(std::min(traces.size(), static_cast<size_t>(std::max(shown, 0)))) : 0;
+    const bool weakestInked = weakest >= 0 && weakest < count && !traces[static_cast<size_t>(weakest)].isEmpty();
+    // Without its ink, the weakest stroke is marked along its outline.
+    if (!weakestInked && weakest >= 0 && static_cast<size_t>(weakest) < anim.strokes.size()) {
         const QPainterPath outline =
             ki::qt::GPC::math_path_to_painter_path(anim.strokes[static_cast<size_t>(weakest)].pathOutline);
         gpc.stroke_path(outline, round_pen(rim_color(), MARK_WIDTH + 2.0f * RIM));
         gpc.stroke_path(outline, round_pen(mark_color(), MARK_WIDTH));
     }
-    if (!showInk) return;
-    const size_t count = std::min(traces.size(), static_cast<size_t>(std::max(shown, 0)));
-    // All rims first, so a crossing stroke's rim never cuts through ink already drawn.
-    const QPen rim = round_pen(rim_color(), WIDTH + 2.0f * RIM);
-    const QPen ink = round_pen(ink_color(), WIDTH);
-    for (size_t i = 0; i < count; ++i) gpc.stroke_path(traces[i], rim);
-    for (size_t i = 0; i < count; ++i) gpc.stroke_path(traces[i], ink);
+    // Bevel joins: round ones cost a curve at every sample, and on a line this thin nobody sees
+    // the difference. All rims first, so a crossing stroke's rim never cuts through ink.
+    const auto pen = [](const QColor& color, float width) {
+        return QPen(QBrush(color), width, Qt::SolidLine, Qt::RoundCap, Qt::BevelJoin);
+    };
+    const QPen rim = pen(rim_color(), WIDTH + 2.0f * RIM);
+    for (int i = 0; i < count; ++i) gpc.stroke_path(traces[static_cast<size_t>(i)], rim);
+    const QPen ink = pen(ink_color(), WIDTH);
+    for (int i = 0; i < count; ++i)
+        if (i != weakest) gpc.stroke_path(traces[static_cast<size_t>(i)], ink);
+    // The weakest stroke's own ink in the mark colour, over the rest.
+    if (weakestInked) gpc.stroke_path(traces[static_cast<size_t>(weakest)], pen(mark_color(), WIDTH));
 }
 
 }  // namespace morvel

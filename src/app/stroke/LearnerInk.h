@@ -20,9 +20,12 @@ class LearnerInk {
 public:
     /// Pen width of the ink and of its light rim, in character units.
     static constexpr float WIDTH = 12.0f;
-    static constexpr float RIM = 6.0f;
+    static constexpr float RIM = 4.0f;
     /// Pen width of the weakest stroke's mark along its outline.
     static constexpr float MARK_WIDTH = 10.0f;
+    /// Trace samples closer than this to the last one kept are dropped: a slow hand gives a
+    /// sample per pixel, and a thin line shows no difference.
+    static constexpr float MIN_STEP = 8.0f;
 
     /// Dark blue ink, legible over the green of traced strokes; the rim keeps it legible over
     /// the dark backgrounds.
@@ -30,13 +33,13 @@ public:
     static QColor rim_color();
     static QColor mark_color();
 
-    void clear() { traces.clear(); }
+    void clear();
     /// Keeps `trace` as the ink of stroke `index`, replacing an earlier one.
     void keep(int index, const ki::math::Path& trace);
     bool has(int index) const;
 
-    /// The ink of strokes 0 .. `shown` - 1 (when `showInk`), and the outline of stroke
-    /// `weakest` of `anim` marked (none for -1).
+    /// The ink of strokes 0 .. `shown` - 1 (when `showInk`), and stroke `weakest` of `anim`
+    /// marked (none for -1): its ink in the mark colour, or without ink its outline.
     void paint(ki::qt::GPC& gpc, const Anim& anim, int shown, bool showInk, int weakest) const;
 
 private:
