@@ -173,7 +173,7 @@ TEST(TraceMeasures, SmoothnessHooksAndTurnsOfRealStrokes) {
 // threshold of placement, which passes.
 TEST(TraceVerdict, StrictReasonsOnRealCharacters) {
     QuietLog quiet;
-    const Anim yi = character(19968), le = character(20102), shi = character(21313);
+    const Anim yi = character(19968), le = character(20102), shi = character(21313), zhong = character(20013);
     const AnimStroke &yiLine = yi.strokes[0], &leHook = le.strokes[1];
     const auto zigzag = [](float share) { return P(0, 80 * std::asin(std::sin(share * 5 * 3.14159f)) / 1.5708f); };
     const float limit = TraceVerdict::MAX_OFFSET * 1024;
@@ -201,6 +201,10 @@ TEST(TraceVerdict, StrictReasonsOnRealCharacters) {
          200},
         {"我's dot far too long", wo, 6, bigDot, Reason::TOO_LONG},
         {"十 reversed stays backwards", shi, 0, along(shi.strokes[0], 1, 0), Reason::BACKWARDS},
+        // Cutting the corner also moves the trace's centre: the corner is what to change.
+        {"中's 折 as one straight line, wide tolerance", zhong, 1,
+         straight(zhong.strokes[1].pathAnim.point_start(), zhong.strokes[1].pathAnim.point_end()),
+         Reason::TURN_MISSING, 200},
     };
     for (const auto& row : rows) {
         SCOPED_TRACE(row.name);

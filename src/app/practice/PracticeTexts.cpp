@@ -78,7 +78,7 @@ QString reason_text(const Rejection& rejection) {
         case Reason::NOT_SMOOTH:
             return tt({"Keep the line smooth.", "Die Linie ruhig führen.", "Ведите линию ровно."});
         case Reason::OFF_PLACE:
-            return tt({"Too far from its place.", "Zu weit von seinem Platz.", "Слишком далеко от своего места."});
+            return tt({"Too far from its place.", "Zu weit von seinem Platz entfernt.", "Слишком далеко от своего места."});
         case Reason::HOOK_MISSING:
             return tt({"The hook is missing.", "Der Haken fehlt.", "Не хватает крючка."});
         case Reason::TURN_MISSING:

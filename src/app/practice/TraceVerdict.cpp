@@ -33,13 +33,15 @@ Rejection TraceVerdict::shape_rules(int indexStroke, const TraceMeasures& m) {
         r.reason = Reason::TOO_LONG;
     } else if (m.extentRatio < MIN_EXTENT_RATIO) {
         r.reason = Reason::TOO_SHORT;
+    } else if (m.weakestBend >= 0 && m.bendKept < MIN_BEND_KEPT) {
+        // Before placement: a corner cut short moves the trace's centre too, and the missing
+        // corner is what the learner has to change.
+        r.reason = m.weakest_is_hook() ? Reason::HOOK_MISSING : Reason::TURN_MISSING;
+        r.expected = m.bends[static_cast<size_t>(m.weakestBend)].point;
     } else if (m.offsetShare > MAX_OFFSET) {
         r.reason = Reason::OFF_PLACE;
         r.point = m.centroid;
         r.expected = m.centroid - m.offset;
-    } else if (m.weakestBend >= 0 && m.bendKept < MIN_BEND_KEPT) {
-        r.reason = m.weakest_is_hook() ? Reason::HOOK_MISSING : Reason::TURN_MISSING;
-        r.expected = m.bends[static_cast<size_t>(m.weakestBend)].point;
     }
     return r.reason == Reason::NONE ? Rejection{} : r;
 }

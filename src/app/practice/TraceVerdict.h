@@ -39,8 +39,8 @@ public:
     static ki::math::Rect box_of(const Anim& anim);
 
     /// The shape rules, checked in this order after the length, direction and coverage rules
-    /// of TraceClassifier::judge_strict: smoothness (NOT_SMOOTH), size (TOO_LONG, TOO_SHORT), placement
-    /// (OFF_PLACE), then the bends (HOOK_MISSING or TURN_MISSING). NONE when all hold.
+    /// of TraceClassifier::judge_strict: smoothness (NOT_SMOOTH), size (TOO_LONG, TOO_SHORT), the
+    /// bends (HOOK_MISSING or TURN_MISSING), then placement (OFF_PLACE). NONE when all hold.
     static Rejection shape_rules(int indexStroke, const TraceMeasures& m);
 
     /// 0 .. 100: closeness, placement, size, smoothness and bends, each scaled so that a
