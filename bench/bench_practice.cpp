@@ -145,7 +145,9 @@ void BM_Practice_JudgeWithEveryMeasure(benchmark::State& state) {
 BENCHMARK(BM_Practice_JudgeWithEveryMeasure)->Unit(benchmark::kMicrosecond);
 
 /// A learn-mode frame of the finished 20-stroke character on a 1024x750 canvas: green strokes,
-/// the learner's ink of every stroke over them, the weakest stroke marked, captions on.
+/// the learner's ink of every stroke over them, the weakest stroke marked, captions on. The ink
+/// layer is kept as an image between accepted strokes, as in use: only the frame right after an
+/// accepted stroke paints it anew.
 void BM_Practice_LearnFrameWithInk(benchmark::State& state) {
     const Anim anim = twenty_strokes();
     if (anim.strokes.size() < STROKES) {

@@ -4,11 +4,15 @@
 // weakest stroke of a finished character. A canvas layer: it paints from what it was given and
 // expects the canvas transform (character units) already set.
 
+#include <QImage>
 #include <QPainterPath>
+#include <QTransform>
 #include <vector>
 
 #include "app/stroke/Anim.h"
 #include "app/stroke/CanvasColors.h"
+
+class QPainter;
 
 namespace ki::qt {
 class GPC;
@@ -43,7 +47,25 @@ public:
     void paint(ki::qt::GPC& gpc, const Anim& anim, int shown, bool showInk, int weakest) const;
 
 private:
+    /// What the cached image shows; any difference paints it anew.
+    struct Key {
+        QTransform transform;
+        QSize size;
+        qreal ratio = 1.0;
+        int shown = -1;
+        bool showInk = false;
+        int weakest = -1;
+        const Anim* anim = nullptr;
+        unsigned int version = 0;
+        bool operator==(const Key&) const = default;
+    };
+    void paint_layer(QPainter& painter, const Anim& anim, int shown, bool showInk, int weakest) const;
+
     std::vector<QPainterPath> traces;
+    // The layer changes only when a stroke is accepted; a frame in between only copies it.
+    unsigned int version = 0;
+    mutable QImage cache;
+    mutable Key cacheKey;
 };
 
 }  // namespace morvel
