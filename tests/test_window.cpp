@@ -757,6 +757,9 @@ TEST_F(WindowTest, StrictJudgingRejectsAZigzagAndTheLearnersInkAndScoreStay) {
     w.on_index(0);
     morvel::CanvasHanzi* canvas = canvas_of(w);
     ASSERT_EQ(canvas->get_unicode(), 0x4E00);
+    ASSERT_TRUE(w.get_recorder().is_open());
+    // Earlier tests may have finished 一 in the same history.
+    const morvel::progress::ScoreStats before = w.get_recorder().store()->score_stats()[0x4E00];
     // Five peaks of about 80 units across the 800-unit stroke: inside the lenient corridor.
     trace_stroke(canvas, 0, false, [](float share) {
         return glm::vec2(0.0f, 80.0f * std::asin(std::sin(share * 5.0f * 3.14159f)) / 1.5708f);
@@ -788,8 +791,7 @@ TEST_F(WindowTest, StrictJudgingRejectsAZigzagAndTheLearnersInkAndScoreStay) {
     options.showMyStrokes = false;
     w.apply_options(options);
     EXPECT_FALSE(ink_at());
-    ASSERT_TRUE(w.get_recorder().is_open());
-    const auto scores = w.get_recorder().store()->score_stats();
-    ASSERT_EQ(scores.count(0x4E00), 1u);
-    EXPECT_EQ(scores.at(0x4E00).best, card.character_score());
+    const morvel::progress::ScoreStats after = w.get_recorder().store()->score_stats()[0x4E00];
+    EXPECT_EQ(after.count, before.count + 1);
+    EXPECT_EQ(after.best, std::max(before.best, card.character_score()));
 }
