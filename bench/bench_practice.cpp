@@ -132,7 +132,8 @@ void BM_Practice_JudgeWithEveryMeasure(benchmark::State& state) {
         const morvel::AnimStroke& stroke = anim.strokes[t];
         judge.press(trace.front(), stroke, R_CIRCLE);
         for (size_t i = 1; i + 1 < trace.size(); ++i) judge.move(trace[i], stroke, R_CIRCLE);
-        const bool lenient = judge.release(trace.back(), stroke, R_CIRCLE) == morvel::StrokeJudge::Verdict::ACCEPTED;
+        const bool lenient =
+            judge.release(trace.back(), stroke, R_CIRCLE) == morvel::StrokeJudge::Verdict::ACCEPTED;
         const morvel::practice::Judgement j =
             morvel::practice::TraceVerdict::judge(anim, static_cast<int>(t), trace, R_CIRCLE, true, lenient);
         accepted += j.accepted;
@@ -168,12 +169,15 @@ void BM_Practice_LearnFrameWithInk(benchmark::State& state) {
     for (const morvel::AnimStroke& stroke : anim.strokes) {
         const float length = stroke.pathAnim.get_length();
         for (int i = 0; i <= SAMPLES + 1; ++i) {
-            const glm::vec3 q = m * glm::vec3(stroke.pathAnim.point_at_length(length * i / (SAMPLES + 1)), 1.0f);
-            const QEvent::Type type = i == 0 ? QEvent::MouseButtonPress
+            const glm::vec3 q =
+                m * glm::vec3(stroke.pathAnim.point_at_length(length * i / (SAMPLES + 1)), 1.0f);
+            const QEvent::Type type = i == 0             ? QEvent::MouseButtonPress
                                       : i == SAMPLES + 1 ? QEvent::MouseButtonRelease
                                                          : QEvent::MouseMove;
-            QMouseEvent ev(type, QPointF(q.x, q.y), QPointF(q.x, q.y), type == QEvent::MouseMove ? Qt::NoButton : Qt::LeftButton,
-                           type == QEvent::MouseButtonRelease ? Qt::NoButton : Qt::LeftButton, Qt::NoModifier);
+            QMouseEvent ev(type, QPointF(q.x, q.y), QPointF(q.x, q.y),
+                           type == QEvent::MouseMove ? Qt::NoButton : Qt::LeftButton,
+                           type == QEvent::MouseButtonRelease ? Qt::NoButton : Qt::LeftButton,
+                           Qt::NoModifier);
             QCoreApplication::sendEvent(&canvas, &ev);
         }
     }

@@ -30,7 +30,8 @@ namespace {
 constexpr int R = 140;
 
 Anim character(int unicode, int levelNumber = 1) {
-    auto result = Anim::build_from_file(QString(":/wb/shared-res/zh/%1/%2.svg").arg(levelNumber).arg(unicode));
+    auto result =
+        Anim::build_from_file(QString(":/wb/shared-res/zh/%1/%2.svg").arg(levelNumber).arg(unicode));
     EXPECT_TRUE(result.ok()) << result.to_string();
     return result.value;
 }
@@ -38,7 +39,8 @@ Anim character(int unicode, int levelNumber = 1) {
 std::vector<Anim> level(int number) {
     const QDir dir(QString(":/wb/shared-res/zh/%1").arg(number));
     std::vector<Anim> all;
-    for (const QString& file : dir.entryList({"*.svg"}, QDir::Files)) all.push_back(character(file.chopped(4).toInt(), number));
+    for (const QString& file : dir.entryList({"*.svg"}, QDir::Files))
+        all.push_back(character(file.chopped(4).toInt(), number));
     return all;
 }
 
@@ -80,7 +82,8 @@ bool lenient_accepts(const AnimStroke& stroke, const std::vector<P>& samples, in
 }
 
 Judgement strict(const Anim& anim, int stroke, const std::vector<P>& samples) {
-    return TraceVerdict::judge(anim, stroke, samples, R, true, lenient_accepts(anim.strokes[size_t(stroke)], samples));
+    return TraceVerdict::judge(anim, stroke, samples, R, true,
+                               lenient_accepts(anim.strokes[size_t(stroke)], samples));
 }
 
 struct QuietLog {
@@ -130,7 +133,9 @@ TEST(TraceMeasures, SmoothnessHooksAndTurnsOfRealStrokes) {
     const AnimStroke &yiLine = yi.strokes[0], &leHook = le.strokes[1], &xiaoHook = xiao.strokes[0],
                      &woHook = wo.strokes[4], &zhongTurn = zhong.strokes[1], &zhongDown = zhong.strokes[3];
     // 一 is about 800 units wide: five peaks of ±80 units, and one slow wave of ±10.
-    const auto zigzag = [](float share) { return P(0, 80 * std::asin(std::sin(share * 5 * 3.14159f)) / 1.5708f); };
+    const auto zigzag = [](float share) {
+        return P(0, 80 * std::asin(std::sin(share * 5 * 3.14159f)) / 1.5708f);
+    };
     const auto wave = [](float share) { return P(0, 10 * std::sin(share * 6.2832f)); };
     // A hook left out: the stroke stops where its hook begins.
     const auto no_hook = [](const AnimStroke& s) {
@@ -142,9 +147,9 @@ TEST(TraceMeasures, SmoothnessHooksAndTurnsOfRealStrokes) {
         const AnimStroke& stroke;
         std::vector<P> samples;
         bool smooth;
-        int bends;       // found on the centre line
-        bool hookKept;   // the weakest bend kept (true without bends)
-        bool hook;       // the weakest bend is a hook
+        int bends;      // found on the centre line
+        bool hookKept;  // the weakest bend kept (true without bends)
+        bool hook;      // the weakest bend is a hook
     } rows[] = {
         {"一 traced along its centre line", yiLine, along(yiLine), true, 0, true, false},
         {"一 with a slow wave of 10 units", yiLine, along(yiLine, 0, 1, {}, wave), true, 0, true, false},
@@ -175,10 +180,13 @@ TEST(TraceVerdict, StrictReasonsOnRealCharacters) {
     QuietLog quiet;
     const Anim yi = character(19968), le = character(20102), shi = character(21313), zhong = character(20013);
     const AnimStroke &yiLine = yi.strokes[0], &leHook = le.strokes[1];
-    const auto zigzag = [](float share) { return P(0, 80 * std::asin(std::sin(share * 5 * 3.14159f)) / 1.5708f); };
+    const auto zigzag = [](float share) {
+        return P(0, 80 * std::asin(std::sin(share * 5 * 3.14159f)) / 1.5708f);
+    };
     const float limit = TraceVerdict::MAX_OFFSET * 1024;
     const Anim wo = character(25105);
-    std::vector<P> bigDot = along(wo.strokes[6]);  // 我's last dot, 148 units: both ends stay in their circles
+    std::vector<P> bigDot =
+        along(wo.strokes[6]);  // 我's last dot, 148 units: both ends stay in their circles
     const P middle = measures::centroid(bigDot);
     for (P& p : bigDot) p = middle + (p - middle) * 1.6f;
     const TraceMeasures leBends = measures::measure(leHook.pathAnim, along(leHook), {0, 0, 1024, 1024});
@@ -193,12 +201,13 @@ TEST(TraceVerdict, StrictReasonsOnRealCharacters) {
         {"一 traced well", yi, 0, along(yiLine), Reason::NONE},
         {"一 as a zigzag", yi, 0, along(yiLine, 0, 1, {}, zigzag), Reason::NOT_SMOOTH},
         {"一 110 units beside its place", yi, 0, along(yiLine, 0, 1, beside(yiLine, 110)), Reason::OFF_PLACE},
-        {"一 half a unit inside the placement limit", yi, 0, along(yiLine, 0, 1, P(0, 0.5f - limit)), Reason::NONE},
+        {"一 half a unit inside the placement limit", yi, 0, along(yiLine, 0, 1, P(0, 0.5f - limit)),
+         Reason::NONE},
         {"一 half a unit past the placement limit", yi, 0, along(yiLine, 0, 1, P(0, -0.5f - limit)),
          Reason::OFF_PLACE},
         // Left out, the hook's end is beyond the default tolerance; a wide one lets it through.
-        {"了's hook left out, wide tolerance", le, 1, along(leHook, 0, leBends.bends.at(0).at), Reason::HOOK_MISSING,
-         200},
+        {"了's hook left out, wide tolerance", le, 1, along(leHook, 0, leBends.bends.at(0).at),
+         Reason::HOOK_MISSING, 200},
         {"我's dot far too long", wo, 6, bigDot, Reason::TOO_LONG},
         {"十 reversed stays backwards", shi, 0, along(shi.strokes[0], 1, 0), Reason::BACKWARDS},
         // Cutting the corner also moves the trace's centre: the corner is what to change.
@@ -214,9 +223,10 @@ TEST(TraceVerdict, StrictReasonsOnRealCharacters) {
         EXPECT_EQ(j.rejection.reason, row.reason);
         EXPECT_EQ(j.accepted, row.reason == Reason::NONE);
         if (row.reason == Reason::OFF_PLACE)
-            EXPECT_LT(glm::distance(j.rejection.expected, measures::centroid(measures::resample(
-                                                              row.anim.strokes[size_t(row.stroke)].pathAnim))),
-                      1.0f)
+            EXPECT_LT(
+                glm::distance(j.rejection.expected, measures::centroid(measures::resample(
+                                                        row.anim.strokes[size_t(row.stroke)].pathAnim))),
+                1.0f)
                 << "the arrow points at the stroke's centre";
         if (row.reason == Reason::HOOK_MISSING) EXPECT_EQ(j.rejection.expected, leBends.bends[0].point);
         // The lenient judge's verdict is the same judgement without the strict rules.
@@ -300,7 +310,8 @@ TEST(TraceVerdict, LenientVerdictsThroughTheCanvasAreAsBefore) {
                 ey = canvas.map_point_to_anim({0, 1}) - o;
         const float det = ex.x * ey.y - ex.y * ey.x;
         const P d = p - o;
-        return QPoint(int(std::lround((d.x * ey.y - d.y * ey.x) / det)), int(std::lround((ex.x * d.y - ex.y * d.x) / det)));
+        return QPoint(int(std::lround((d.x * ey.y - d.y * ey.x) / det)),
+                      int(std::lround((ex.x * d.y - ex.y * d.x) / det)));
     };
     int accepted = 0, rejected = 0, besideAll = 0, besideLenient = 0, besideStrict = 0;
     canvas.listenerStrokeLearned += [&accepted]() { ++accepted; };
@@ -313,7 +324,8 @@ TEST(TraceVerdict, LenientVerdictsThroughTheCanvasAreAsBefore) {
             canvas.own_lesson().select(static_cast<int>(anim.strokes.size()));
             for (size_t s = 0; s < anim.strokes.size(); ++s, ++k) {
                 const AnimStroke& stroke = anim.strokes[s];
-                const std::vector<P> samples = generator.trace(stroke, TRACE_KINDS[size_t(k) % std::size(TRACE_KINDS)]);
+                const std::vector<P> samples =
+                    generator.trace(stroke, TRACE_KINDS[size_t(k) % std::size(TRACE_KINDS)]);
                 if (samples.empty()) continue;
                 canvas.own_lesson().set_strokes_learned(int(s));
                 morvel::StrokeJudge judge;
@@ -322,19 +334,23 @@ TEST(TraceVerdict, LenientVerdictsThroughTheCanvasAreAsBefore) {
                     const P mapped = canvas.map_mouse_point_to_anim(at);
                     if (type == QEvent::MouseButtonPress) judge.press(mapped, stroke, R);
                     if (type == QEvent::MouseMove) judge.move(mapped, stroke, R);
-                    QMouseEvent ev(type, QPointF(at), QPointF(at), type == QEvent::MouseMove ? Qt::NoButton : Qt::LeftButton,
-                                   type == QEvent::MouseButtonRelease ? Qt::NoButton : Qt::LeftButton, Qt::NoModifier);
+                    QMouseEvent ev(type, QPointF(at), QPointF(at),
+                                   type == QEvent::MouseMove ? Qt::NoButton : Qt::LeftButton,
+                                   type == QEvent::MouseButtonRelease ? Qt::NoButton : Qt::LeftButton,
+                                   Qt::NoModifier);
                     QCoreApplication::sendEvent(&canvas, &ev);
                     return mapped;
                 };
                 const int before = accepted + rejected, acceptedBefore = accepted;
                 send(QEvent::MouseButtonPress, 0);
                 for (size_t i = 1; i + 1 < samples.size(); ++i) send(QEvent::MouseMove, i);
-                const auto old = judge.release(send(QEvent::MouseButtonRelease, samples.size() - 1), stroke, R);
+                const auto old =
+                    judge.release(send(QEvent::MouseButtonRelease, samples.size() - 1), stroke, R);
                 using V = morvel::StrokeJudge::Verdict;
                 ASSERT_EQ(accepted + rejected - before, old == V::ACCEPTED || old == V::REJECTED ? 1 : 0);
                 ASSERT_EQ(accepted - acceptedBefore, old == V::ACCEPTED ? 1 : 0)
-                    << "level " << number << ", stroke " << s << ", " << kind_name(TRACE_KINDS[size_t(k) % std::size(TRACE_KINDS)]);
+                    << "level " << number << ", stroke " << s << ", "
+                    << kind_name(TRACE_KINDS[size_t(k) % std::size(TRACE_KINDS)]);
 
                 const std::vector<P> away = along(stroke, 0, 1, beside(stroke, 110));
                 ++besideAll;
@@ -345,8 +361,10 @@ TEST(TraceVerdict, LenientVerdictsThroughTheCanvasAreAsBefore) {
     }
     EXPECT_GT(accepted, 1000);
     EXPECT_GT(rejected, 1000);
-    std::printf("a trace 110 units beside its place passes %d of %d level strokes with strict judging off, %d with "
-                "it on\n", besideLenient, besideAll, besideStrict);
+    std::printf(
+        "a trace 110 units beside its place passes %d of %d level strokes with strict judging off, %d with "
+        "it on\n",
+        besideLenient, besideAll, besideStrict);
     EXPECT_GT(besideLenient, besideAll * 9 / 10);
     EXPECT_EQ(besideStrict, 0);
 }

@@ -24,7 +24,8 @@ std::vector<V> dense(const ki::math::Path& path) {
 }
 
 std::vector<V> dense_line(V a, V b) {
-    return measures::resample(std::vector<V>{a, b}, std::max(16, static_cast<int>(glm::distance(a, b) / DENSE_STEP)));
+    return measures::resample(std::vector<V>{a, b},
+                              std::max(16, static_cast<int>(glm::distance(a, b) / DENSE_STEP)));
 }
 
 /// The first `length` units of `line`.
@@ -34,7 +35,8 @@ std::vector<V> prefix(const std::vector<V>& line, float length) {
     for (size_t i = 1; i < line.size(); ++i) {
         const float piece = glm::distance(line[i - 1], line[i]);
         if (walked + piece >= length) {
-            if (piece > 0.0f) out.push_back(line[i - 1] + (line[i] - line[i - 1]) * ((length - walked) / piece));
+            if (piece > 0.0f)
+                out.push_back(line[i - 1] + (line[i] - line[i - 1]) * ((length - walked) / piece));
             return out;
         }
         walked += piece;
@@ -51,7 +53,9 @@ V direction(V from, V to) {
 /// Longer by `by` units at the end along its last direction, or shorter by -`by`.
 std::vector<V> change_end(std::vector<V> line, float by) {
     if (line.size() < 2) return line;
-    if (by < 0.0f) return prefix(line, std::max(measures::polyline_length(line) + by, 0.5f * measures::polyline_length(line)));
+    if (by < 0.0f)
+        return prefix(line,
+                      std::max(measures::polyline_length(line) + by, 0.5f * measures::polyline_length(line)));
     const V d = direction(line[line.size() - 2], line.back());
     line.push_back(line.back() + d * by);
     return line;
@@ -117,7 +121,8 @@ float TraceGenerator::uniform(float lo, float hi) {
 }
 
 bool TraceGenerator::applies(TraceKind kind, const AnimStroke& stroke, float side) {
-    if (kind != TraceKind::HOOK_MISSING && kind != TraceKind::TURN_MISSING) return !stroke.pathAnim.is_empty();
+    if (kind != TraceKind::HOOK_MISSING && kind != TraceKind::TURN_MISSING)
+        return !stroke.pathAnim.is_empty();
     const std::vector<Bend> bends = measures::bends(measures::resample(stroke.pathAnim), side);
     return std::any_of(bends.begin(), bends.end(),
                        [kind](const Bend& b) { return b.hook == (kind == TraceKind::HOOK_MISSING); });
@@ -152,7 +157,8 @@ std::vector<glm::vec2> TraceGenerator::trace(const AnimStroke& stroke, TraceKind
 
     // A hand rounds corners a little.
     for (int pass = 0; pass < 2; ++pass)
-        for (size_t i = 1; i + 1 < line.size(); ++i) line[i] = (line[i - 1] + 2.0f * line[i] + line[i + 1]) * 0.25f;
+        for (size_t i = 1; i + 1 < line.size(); ++i)
+            line[i] = (line[i - 1] + 2.0f * line[i] + line[i + 1]) * 0.25f;
 
     // Ends a little early or late (a trace stopped half way keeps where it stopped).
     const float endError = uniform(-22.0f, 22.0f);
@@ -204,8 +210,8 @@ std::vector<glm::vec2> TraceGenerator::trace(const AnimStroke& stroke, TraceKind
     }
 
     // Sampled at a varying speed: slow at the ends or in the middle.
-    const int count = std::max(substeps > 1 ? static_cast<int>(peaks * 10.0f) : 0,
-                               static_cast<int>(uniform(25.0f, 70.0f)));
+    const int count =
+        std::max(substeps > 1 ? static_cast<int>(peaks * 10.0f) : 0, static_cast<int>(uniform(25.0f, 70.0f)));
     const float ease = uniform(-0.8f, 0.8f);
     const std::vector<V> even = measures::resample(shaped, 4 * count);
     std::vector<V> samples;

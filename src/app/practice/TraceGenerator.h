@@ -23,9 +23,10 @@ enum class TraceKind {
     TOO_LONG,      ///< about twice the stroke's size
 };
 
-inline constexpr TraceKind TRACE_KINDS[] = {TraceKind::CAREFUL,      TraceKind::ZIGZAG,       TraceKind::SCRIBBLE,
-                                            TraceKind::OFF_PLACE,    TraceKind::HOOK_MISSING, TraceKind::TURN_MISSING,
-                                            TraceKind::REVERSED,     TraceKind::HALF_LENGTH,  TraceKind::TOO_LONG};
+inline constexpr TraceKind TRACE_KINDS[] = {
+    TraceKind::CAREFUL,   TraceKind::ZIGZAG,       TraceKind::SCRIBBLE,
+    TraceKind::OFF_PLACE, TraceKind::HOOK_MISSING, TraceKind::TURN_MISSING,
+    TraceKind::REVERSED,  TraceKind::HALF_LENGTH,  TraceKind::TOO_LONG};
 
 /// "careful", "zigzag", ...
 const char* kind_name(TraceKind kind);

@@ -22,7 +22,8 @@ float windowed_turn(std::span<const float> turnAt, int from, int to) {
 
 std::vector<glm::vec2> smoothed(std::span<const glm::vec2> points) {
     std::vector<glm::vec2> out(points.begin(), points.end());
-    for (size_t i = 1; i + 1 < points.size(); ++i) out[i] = (points[i - 1] + 2.0f * points[i] + points[i + 1]) * 0.25f;
+    for (size_t i = 1; i + 1 < points.size(); ++i)
+        out[i] = (points[i - 1] + 2.0f * points[i] + points[i + 1]) * 0.25f;
     return out;
 }
 
@@ -141,14 +142,16 @@ std::vector<Bend> bends(std::span<const glm::vec2> centre, float side) {
     const float last = static_cast<float>(centre.size() - 1);
     const float length = polyline_length(centre);
     std::vector<float> window(static_cast<size_t>(inner) + 1, 0.0f);
-    for (int i = 1; i <= inner; ++i) window[static_cast<size_t>(i)] = windowed_turn(turnAt, i - BEND_WINDOW, i + BEND_WINDOW);
+    for (int i = 1; i <= inner; ++i)
+        window[static_cast<size_t>(i)] = windowed_turn(turnAt, i - BEND_WINDOW, i + BEND_WINDOW);
     std::vector<bool> taken(window.size(), false);
     // Strongest first, each claiming its window, so one corner is one bend.
     for (;;) {
         int best = -1;
         for (int i = 1; i <= inner; ++i)
             if (!taken[static_cast<size_t>(i)] &&
-                (best < 0 || std::abs(window[static_cast<size_t>(i)]) > std::abs(window[static_cast<size_t>(best)])))
+                (best < 0 ||
+                 std::abs(window[static_cast<size_t>(i)]) > std::abs(window[static_cast<size_t>(best)])))
                 best = i;
         if (best < 0 || std::abs(window[static_cast<size_t>(best)]) < BEND_MIN_ANGLE) break;
         for (int i = best - 2 * BEND_WINDOW; i <= best + 2 * BEND_WINDOW; ++i)
@@ -242,7 +245,8 @@ float hook_kept(std::span<const glm::vec2> trace, std::span<const glm::vec2> cen
     return std::clamp(kept, 0.0f, 1.0f);
 }
 
-TraceMeasures measure(const ki::math::Path& centre, std::span<const glm::vec2> samples, const ki::math::Rect& box) {
+TraceMeasures measure(const ki::math::Path& centre, std::span<const glm::vec2> samples,
+                      const ki::math::Rect& box) {
     TraceMeasures m;
     const float side = std::max({box.w, box.h, 1.0f});
     const std::vector<glm::vec2> line = resample(centre);

@@ -106,7 +106,8 @@ float bend_kept(std::span<const glm::vec2> trace, const Bend& bend, int near);
 float hook_kept(std::span<const glm::vec2> trace, std::span<const glm::vec2> centre, const Bend& bend);
 
 /// Every measure of `samples` against `centre` within `box`.
-TraceMeasures measure(const ki::math::Path& centre, std::span<const glm::vec2> samples, const ki::math::Rect& box);
+TraceMeasures measure(const ki::math::Path& centre, std::span<const glm::vec2> samples,
+                      const ki::math::Rect& box);
 
 }  // namespace measures
 

@@ -50,18 +50,22 @@ int TraceVerdict::score(const TraceMeasures& m) {
     const float closeness = falling(m.frechet, FRECHET_ZERO);
     const float placement = falling(m.offsetShare, MAX_OFFSET);
     // Too small counts like too large by the same factor.
-    const float size = falling(std::abs(std::log(std::max(m.extentRatio, 1e-3f))), std::log(MAX_EXTENT_RATIO));
+    const float size =
+        falling(std::abs(std::log(std::max(m.extentRatio, 1e-3f))), std::log(MAX_EXTENT_RATIO));
     const float smoothness = falling(std::max(0.0f, m.turningExcess), MAX_TURNING_EXCESS);
     const float shape = std::clamp((m.bendKept - MIN_BEND_KEPT) / (1.0f - MIN_BEND_KEPT), 0.0f, 1.0f);
-    const float total = 0.3f * closeness + 0.25f * placement + 0.15f * size + 0.15f * smoothness + 0.15f * shape;
+    const float total =
+        0.3f * closeness + 0.25f * placement + 0.15f * size + 0.15f * smoothness + 0.15f * shape;
     return static_cast<int>(std::lround(100.0f * total));
 }
 
-Judgement TraceVerdict::judge(const Anim& anim, int indexStroke, std::span<const glm::vec2> samples, int rCircle,
-                              bool strict, bool judgeAccepted) {
+Judgement TraceVerdict::judge(const Anim& anim, int indexStroke, std::span<const glm::vec2> samples,
+                              int rCircle, bool strict, bool judgeAccepted) {
     Judgement j;
-    if (indexStroke < 0 || indexStroke >= static_cast<int>(anim.strokes.size()) || samples.size() < 2) return j;
-    j.measures = measures::measure(anim.strokes[static_cast<size_t>(indexStroke)].pathAnim, samples, box_of(anim));
+    if (indexStroke < 0 || indexStroke >= static_cast<int>(anim.strokes.size()) || samples.size() < 2)
+        return j;
+    j.measures =
+        measures::measure(anim.strokes[static_cast<size_t>(indexStroke)].pathAnim, samples, box_of(anim));
     j.score = score(j.measures);
     if (!judgeAccepted) {
         j.rejection = TraceClassifier::classify(anim, indexStroke, samples, rCircle);

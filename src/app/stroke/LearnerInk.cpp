@@ -53,18 +53,26 @@ void LearnerInk::keep(int index, const ki::math::Path& trace) {
 }
 
 bool LearnerInk::has(int index) const {
-    return index >= 0 && static_cast<size_t>(index) < traces.size() && !traces[static_cast<size_t>(index)].isEmpty();
+    return index >= 0 && static_cast<size_t>(index) < traces.size() &&
+           !traces[static_cast<size_t>(index)].isEmpty();
 }
 
 void LearnerInk::paint(ki::qt::GPC& gpc, const Anim& anim, int shown, bool showInk, int weakest) const {
-    const int count = showInk ? static_cast<int>(std::min(traces.size(), static_cast<size_t>(std::max(shown, 0)))) : 0;
+    const int count =
+        showInk ? static_cast<int>(std::min(traces.size(), static_cast<size_t>(std::max(shown, 0)))) : 0;
     if (count == 0 && weakest < 0) return;
     QPainter& painter = gpc.get_painter();
     QPaintDevice* device = painter.device();
     if (device == nullptr) return;
     const qreal ratio = device->devicePixelRatioF();
-    const Key key{painter.worldTransform(), QSize(device->width(), device->height()), ratio, count, showInk, weakest,
-                  &anim, version};
+    const Key key{painter.worldTransform(),
+                  QSize(device->width(), device->height()),
+                  ratio,
+                  count,
+                  showInk,
+                  weakest,
+                  &anim,
+                  version};
     if (!(key == cacheKey) || cache.isNull()) {
         cache = QImage(key.size * ratio, QImage::Format_ARGB32_Premultiplied);
         cache.setDevicePixelRatio(ratio);
@@ -81,8 +89,10 @@ void LearnerInk::paint(ki::qt::GPC& gpc, const Anim& anim, int shown, bool showI
     painter.restore();
 }
 
-void LearnerInk::paint_layer(QPainter& painter, const Anim& anim, int count, bool showInk, int weakest) const {
-    const bool weakestInked = showInk && weakest >= 0 && weakest < count && !traces[static_cast<size_t>(weakest)].isEmpty();
+void LearnerInk::paint_layer(QPainter& painter, const Anim& anim, int count, bool showInk,
+                             int weakest) const {
+    const bool weakestInked =
+        showInk && weakest >= 0 && weakest < count && !traces[static_cast<size_t>(weakest)].isEmpty();
     // Without its ink, the weakest stroke is marked along its outline.
     if (!weakestInked && weakest >= 0 && static_cast<size_t>(weakest) < anim.strokes.size()) {
         const QPainterPath outline =
