@@ -237,8 +237,9 @@ TEST(PracticeMarkers, CaptionStaysInItsCornerAndTextsFollowTheLanguage) {
         for (int x = 0; x < 600; ++x) ink[x >= 300] += near(image, QPointF(x, y), colors.colorAnim);
     EXPECT_EQ(ink[0], 0);
     EXPECT_GT(ink[1], 20);
-    const char* keys[] = {"wrong_stroke", "backwards",  "start",        "strayed",      "end",     "too_short",
-                          "missed_part",  "not_smooth", "off_place", "hook_missing", "turn_missing", "too_long"};
+    const char* keys[] = {"wrong_stroke", "backwards",    "start",        "strayed",
+                          "end",          "too_short",    "missed_part",  "not_smooth",
+                          "off_place",    "hook_missing", "turn_missing", "too_long"};
     for (QLocale::Language language : {QLocale::English, QLocale::German, QLocale::Russian}) {
         ki::qt::lang::set_lang(language);
         QStringList sentences;

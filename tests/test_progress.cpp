@@ -178,7 +178,8 @@ TEST_F(ProgressTest, OlderFilesMigrateToTheSameSummaries) {
         if (version >= 2) {
             traces += ", day";
             completions += ", day, clean";
-            derived = {"INSERT INTO summary SELECT * FROM live.summary", "INSERT INTO days SELECT * FROM live.days"};
+            derived = {"INSERT INTO summary SELECT * FROM live.summary",
+                       "INSERT INTO days SELECT * FROM live.days"};
         }
         QTemporaryDir oldDir;
         {

@@ -766,9 +766,11 @@ TEST_F(WindowTest, StrictJudgingRejectsAZigzagAndTheLearnersInkAndScoreStay) {
     });
     EXPECT_EQ(canvas->get_rejection().reason, morvel::practice::Reason::NOT_SMOOTH);
     EXPECT_EQ(canvas->get_strokes_learned(), 0);
-    EXPECT_EQ(morvel::practice::reason_text(canvas->get_rejection()), QStringLiteral("Keep the line smooth."));
+    EXPECT_EQ(morvel::practice::reason_text(canvas->get_rejection()),
+              QStringLiteral("Keep the line smooth."));
 
-    trace_stroke(canvas, 0, false, [](float share) { return glm::vec2(0.0f, 12.0f * std::sin(share * 6.28f)); });
+    trace_stroke(canvas, 0, false,
+                 [](float share) { return glm::vec2(0.0f, 12.0f * std::sin(share * 6.28f)); });
     ASSERT_TRUE(w.get_control().state().is_complete());
     const morvel::practice::ScoreCard& card = canvas->get_score_card();
     EXPECT_TRUE(card.is_finished());
@@ -785,7 +787,8 @@ TEST_F(WindowTest, StrictJudgingRejectsAZigzagAndTheLearnersInkAndScoreStay) {
         const QColor got = canvas->grab().toImage().pixelColor(to_pixel(canvas, quarter));
         const QColor ink = morvel::LearnerInk::ink_color();
         return std::abs(got.red() - ink.red()) + std::abs(got.green() - ink.green()) +
-                   std::abs(got.blue() - ink.blue()) < 60;
+                   std::abs(got.blue() - ink.blue()) <
+               60;
     };
     EXPECT_TRUE(ink_at());
     options.showMyStrokes = false;

@@ -493,8 +493,9 @@ void Window::on_event_stroke_learned() {
 }
 
 void Window::on_event_stroke_rejected() {
-    recorder->trace(control.get_strokes_learned(), false, practice::reason_key(canvas->get_rejection().reason),
-                    canvas->get_r_circle(), history_aids(*canvas), canvas->get_last_score());
+    recorder->trace(control.get_strokes_learned(), false,
+                    practice::reason_key(canvas->get_rejection().reason), canvas->get_r_circle(),
+                    history_aids(*canvas), canvas->get_last_score());
     feedback.play(Feedback::REJECTED);
     if (control.stroke_rejected(options.hintAfterMisses)) recorder->hint_shown();
 }

@@ -93,8 +93,8 @@ void arrow(GPC& gpc, const ki::math::Path& centre, const CanvasColors& colors) {
 
 /// A straight arrow from `from` to `to`: where the trace should move.
 void straight_arrow(GPC& gpc, glm::vec2 from, glm::vec2 to, const CanvasColors& colors) {
-    if (glm::distance(from, to) <= ARROW_LENGTH) from = to - (to == from ? glm::vec2(ARROW_LENGTH, 0.0f)
-                                                                      : glm::normalize(to - from) * ARROW_LENGTH);
+    if (glm::distance(from, to) <= ARROW_LENGTH)
+        from = to - (to == from ? glm::vec2(ARROW_LENGTH, 0.0f) : glm::normalize(to - from) * ARROW_LENGTH);
     ki::math::Path line;
     line.move_to(from);
     line.line_to(to);

@@ -78,13 +78,15 @@ QString reason_text(const Rejection& rejection) {
         case Reason::NOT_SMOOTH:
             return tt({"Keep the line smooth.", "Die Linie ruhig führen.", "Ведите линию ровно."});
         case Reason::OFF_PLACE:
-            return tt({"Too far from its place.", "Zu weit von seinem Platz entfernt.", "Слишком далеко от своего места."});
+            return tt({"Too far from its place.", "Zu weit von seinem Platz entfernt.",
+                       "Слишком далеко от своего места."});
         case Reason::HOOK_MISSING:
             return tt({"The hook is missing.", "Der Haken fehlt.", "Не хватает крючка."});
         case Reason::TURN_MISSING:
             return tt({"The turn is missing.", "Die Biegung fehlt.", "Не хватает излома."});
         case Reason::TOO_LONG:
-            return tt({"Too long for this stroke.", "Zu lang für diesen Strich.", "Слишком длинно для этой черты."});
+            return tt({"Too long for this stroke.", "Zu lang für diesen Strich.",
+                       "Слишком длинно для этой черты."});
     }
     return {};
 }
@@ -103,8 +105,10 @@ QString counter_watch_text() {
 
 QString result_text(const ScoreCard& card) {
     if (!card.is_finished()) return {};
-    return tt({"Score %1 · %2 s · Misses: %3 · Weakest: stroke %4", "Wertung %1 · %2 s · Fehlversuche: %3 · "
-               "Schwächster: Strich %4", "Оценка %1 · %2 с · Ошибок: %3 · Слабее всего: черта %4"})
+    return tt({"Score %1 · %2 s · Misses: %3 · Weakest: stroke %4",
+               "Wertung %1 · %2 s · Fehlversuche: %3 · "
+               "Schwächster: Strich %4",
+               "Оценка %1 · %2 с · Ошибок: %3 · Слабее всего: черта %4"})
         .arg(card.character_score())
         .arg(QLocale(ki::qt::lang::get_lang()).toString(card.seconds(), 'f', 1))
         .arg(card.misses())

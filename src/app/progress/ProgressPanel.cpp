@@ -75,7 +75,8 @@ ProgressPanel::ProgressPanel(ProgressStore& progressStore, std::vector<ChinChar>
         tt(QStringLiteral("Last practised"), QStringLiteral("Zuletzt geübt"),
            QStringLiteral("Последняя практика")),
         tt(QStringLiteral("Due"), QStringLiteral("Fällig"), QStringLiteral("Повтор")),
-        tt(QStringLiteral("Average score"), QStringLiteral("Mittlere Wertung"), QStringLiteral("Средняя оценка")),
+        tt(QStringLiteral("Average score"), QStringLiteral("Mittlere Wertung"),
+           QStringLiteral("Средняя оценка")),
         tt(QStringLiteral("Best score"), QStringLiteral("Beste Wertung"), QStringLiteral("Лучшая оценка")),
     });
     tableView = new QTableView(this);

@@ -466,7 +466,8 @@ bool CanvasHanzi::trace_release(QPoint pixel) {
             verdict == StrokeJudge::Verdict::ACCEPTED);
         rejection = j.rejection;
         lastScore = j.score;
-        if (verdict == StrokeJudge::Verdict::ACCEPTED && !j.accepted) verdict = StrokeJudge::Verdict::REJECTED;
+        if (verdict == StrokeJudge::Verdict::ACCEPTED && !j.accepted)
+            verdict = StrokeJudge::Verdict::REJECTED;
         if (verdict == StrokeJudge::Verdict::ACCEPTED) {
             ink.keep(index, judge.get_path());
             scoreCard.accepted(index, j.score, now_ms());
