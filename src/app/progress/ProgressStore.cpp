@@ -444,9 +444,9 @@ bool ProgressStore::prepare_writes() {
            db->insertTrace.prepare(QStringLiteral(
                "INSERT INTO traces(time_ms, level, code_point, stroke_index, accepted, reason, tolerance,"
                " aids, hint, day, score) VALUES(?,?,?,?,?,?,?,?,?,?,?)")) &&
-           db->insertCompletion.prepare(QStringLiteral(
-               "INSERT INTO completions(time_ms, level, code_point, seconds, misses, round, day, clean, score)"
-               " VALUES(?,?,?,?,?,?,?,?,?)")) &&
+           db->insertCompletion.prepare(QStringLiteral("INSERT INTO completions(time_ms, level, code_point, "
+                                                       "seconds, misses, round, day, clean, score)"
+                                                       " VALUES(?,?,?,?,?,?,?,?,?)")) &&
            db->attemptAids.prepare(QStringLiteral("SELECT COALESCE(MAX(hint), 0), COALESCE(MAX(aids & %1), 0)"
                                                   " FROM traces WHERE code_point = ? AND id > ?")
                                        .arg(AID_OUTLINE)) &&
@@ -567,7 +567,8 @@ ProgressStore::WriteResult ProgressStore::write_trace(const TraceRecord& trace) 
                             QVariant(trace.accepted || trace.reason.isNull() ? QString::fromLatin1("")
                                                                              : trace.reason),
                             QVariant(trace.tolerance), QVariant(trace.aids),
-                            QVariant(trace.hintShown ? 1 : 0), QVariant(day), QVariant(score_or_none(trace.score))})
+                            QVariant(trace.hintShown ? 1 : 0), QVariant(day),
+                            QVariant(score_or_none(trace.score))})
                           q.addBindValue(value);
                       if (!q.exec()) return &q;
                       id = q.lastInsertId().toLongLong();
@@ -719,8 +720,9 @@ std::vector<DayStats> ProgressStore::last_days(int count) const {
         stats.traces = query.value(2).toInt();
         stats.acceptedTraces = query.value(3).toInt();
     }
-    query.prepare(QStringLiteral("SELECT day, AVG(score) FROM completions WHERE score >= 0 AND day BETWEEN ? AND ?"
-                                 " GROUP BY day"));
+    query.prepare(
+        QStringLiteral("SELECT day, AVG(score) FROM completions WHERE score >= 0 AND day BETWEEN ? AND ?"
+                       " GROUP BY day"));
     query.addBindValue(first);
     query.addBindValue(last);
     if (!query.exec()) return days;
