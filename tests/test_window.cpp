@@ -778,6 +778,7 @@ TEST_F(WindowTest, StrictJudgingRejectsAZigzagAndTheLearnersInkAndScoreStay) {
     EXPECT_GE(card.character_score(), 80);
     EXPECT_TRUE(morvel::practice::result_text(card).startsWith(
         QStringLiteral("Score %1 · ").arg(card.character_score())));
+    EXPECT_FALSE(morvel::practice::result_text(card).contains("Weakest")) << "one stroke is nobody's weakest";
     settle();
     // The learner's thin ink runs along the middle of the green stroke, 12 units below it at a
     // quarter of the way; with the option off only the green remains there.

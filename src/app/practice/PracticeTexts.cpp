@@ -105,12 +105,18 @@ QString counter_watch_text() {
 
 QString result_text(const ScoreCard& card) {
     if (!card.is_finished()) return {};
+    const QString seconds = QLocale(ki::qt::lang::get_lang()).toString(card.seconds(), 'f', 1);
+    if (card.weakest_stroke() < 0)
+        return tt({"Score %1 · %2 s · Misses: %3", "Wertung %1 · %2 s · Fehlversuche: %3", "Оценка %1 · %2 с · Ошибок: %3"})
+            .arg(card.character_score())
+            .arg(seconds)
+            .arg(card.misses());
     return tt({"Score %1 · %2 s · Misses: %3 · Weakest: stroke %4",
                "Wertung %1 · %2 s · Fehlversuche: %3 · "
                "Schwächster: Strich %4",
                "Оценка %1 · %2 с · Ошибок: %3 · Слабее всего: черта %4"})
         .arg(card.character_score())
-        .arg(QLocale(ki::qt::lang::get_lang()).toString(card.seconds(), 'f', 1))
+        .arg(seconds)
         .arg(card.misses())
         .arg(card.weakest_stroke() + 1);
 }

@@ -39,6 +39,8 @@ int ScoreCard::character_score() const {
 
 int ScoreCard::weakest_stroke() const {
     int weakest = -1;
+    // One stroke is not weaker than anything: naming it would only repeat the score.
+    if (scores.size() < 2) return weakest;
     for (size_t i = 0; i < scores.size(); ++i)
         if (scores[i] >= 0 && (weakest < 0 || scores[i] < scores[static_cast<size_t>(weakest)]))
             weakest = static_cast<int>(i);

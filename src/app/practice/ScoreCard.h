@@ -22,7 +22,8 @@ public:
     bool has_accepted() const;
     /// The mean of the stroke scores, rounded; -1 before any stroke is accepted.
     int character_score() const;
-    /// The stroke with the lowest score (the first of equals); -1 before any is accepted.
+    /// The stroke with the lowest score (the first of equals); -1 before any is accepted and for
+    /// a character of one stroke.
     int weakest_stroke() const;
     int stroke_score(int index) const;
     int misses() const { return nMisses; }
