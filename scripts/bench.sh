@@ -6,11 +6,12 @@
 # temporary folder. Extra arguments go to quenlo_bench, e.g. --benchmark_filter=Judge.
 # Set QUENLO_BENCH_RUNS to change the number of start-up runs (default 15),
 # QUENLO_BENCH_STARTUP_ONLY=1 to skip the micro-benchmarks (and their build),
-# QUENLO_BENCH_BUILD_TYPE to measure another CMake build type than Release.
+# QUENLO_BENCH_BUILD_TYPE to measure another CMake build type than Release and
+# QUENLO_BENCH_BUILD_DIR to build somewhere else than build-bench.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
-BUILD_DIR=build-bench
+BUILD_DIR=${QUENLO_BENCH_BUILD_DIR:-build-bench}
 RUNS=${QUENLO_BENCH_RUNS:-15}
 BUILD_TYPE=${QUENLO_BENCH_BUILD_TYPE:-Release}
 STARTUP_ONLY=${QUENLO_BENCH_STARTUP_ONLY:-0}
