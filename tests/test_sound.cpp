@@ -197,40 +197,78 @@ TEST_F(SoundTest, TheAudioLibraryIsMadeOnFirstUseAndPlaysWhatIsAsked) {
     GSound* sound = nullptr;
     GSoundEffect* effect = nullptr;
     const Row rows[] = {
-        {"recording played", true, false, [&](FakeBackend&) { sound->play_sound(RECORDING); }, {1, 0, 1, 1, 0, 0}, 0},
-        {"same recording twice: one source, two starts", true, false,
+        {"recording played",
+         true,
+         false,
+         [&](FakeBackend&) { sound->play_sound(RECORDING); },
+         {1, 0, 1, 1, 0, 0},
+         0},
+        {"same recording twice: one source, two starts",
+         true,
+         false,
          [&](FakeBackend&) {
              sound->play_sound(RECORDING);
              sound->play_sound(RECORDING);
          },
-         {1, 0, 1, 2, 0, 0}, 0},
-        {"no output device: source kept, never started", false, false,
-         [&](FakeBackend&) { sound->play_sound(RECORDING); }, {1, 0, 1, 0, 0, 0}, 0},
-        {"silent run: source kept, never started", true, true, [&](FakeBackend&) { sound->play_sound(RECORDING); },
-         {1, 0, 1, 0, 0, 0}, 0},
-        {"endless set before the first sound reaches the library", true, false,
+         {1, 0, 1, 2, 0, 0},
+         0},
+        {"no output device: source kept, never started",
+         false,
+         false,
+         [&](FakeBackend&) { sound->play_sound(RECORDING); },
+         {1, 0, 1, 0, 0, 0},
+         0},
+        {"silent run: source kept, never started",
+         true,
+         true,
+         [&](FakeBackend&) { sound->play_sound(RECORDING); },
+         {1, 0, 1, 0, 0, 0},
+         0},
+        {"endless set before the first sound reaches the library",
+         true,
+         false,
          [&](FakeBackend&) {
              sound->set_endless();
              sound->play_sound(RECORDING);
          },
-         {1, 0, 1, 1, 0, 1}, 0},
-        {"missing recording: library made, nothing set", true, false,
-         [&](FakeBackend&) { sound->play_sound(MISSING); }, {1, 0, 0, 0, 0, 0}, 0},
-        {"effect ends and reports it", true, false,
+         {1, 0, 1, 1, 0, 1},
+         0},
+        {"missing recording: library made, nothing set",
+         true,
+         false,
+         [&](FakeBackend&) { sound->play_sound(MISSING); },
+         {1, 0, 0, 0, 0, 0},
+         0},
+        {"effect ends and reports it",
+         true,
+         false,
          [&](FakeBackend& b) {
              effect->play_sound_with_listener(EFFECT);
              b.last->stop();
          },
-         {0, 1, 1, 1, 1, 0}, 1},
-        {"effect cut off by the next one reports the first end", true, false,
+         {0, 1, 1, 1, 1, 0},
+         1},
+        {"effect cut off by the next one reports the first end",
+         true,
+         false,
          [&](FakeBackend&) {
              effect->play_sound_with_listener(EFFECT);
              effect->play_sound(EFFECT);
          },
-         {0, 1, 2, 2, 1, 0}, 1},
-        {"endless effect", true, false, [&](FakeBackend&) { effect->play_endless(EFFECT); }, {0, 1, 1, 1, 0, 1}, 0},
-        {"silent effect loads no sample and reports at once", true, true,
-         [&](FakeBackend&) { effect->play_sound_with_listener(EFFECT); }, {0, 1, 0, 0, 0, 0}, 1},
+         {0, 1, 2, 2, 1, 0},
+         1},
+        {"endless effect",
+         true,
+         false,
+         [&](FakeBackend&) { effect->play_endless(EFFECT); },
+         {0, 1, 1, 1, 0, 1},
+         0},
+        {"silent effect loads no sample and reports at once",
+         true,
+         true,
+         [&](FakeBackend&) { effect->play_sound_with_listener(EFFECT); },
+         {0, 1, 0, 0, 0, 0},
+         1},
     };
     for (const Row& row : rows) {
         SCOPED_TRACE(row.name);

@@ -44,10 +44,12 @@ SoundBackend* load() {
             pp_info("sound_backend, loaded '$'", path);
             return backend;
         }
-        errors << (instance == nullptr ? loader->errorString() : path + QStringLiteral(": not a sound module"));
+        errors << (instance == nullptr ? loader->errorString()
+                                       : path + QStringLiteral(": not a sound module"));
         delete loader;
     }
-    if (errors.isEmpty()) errors << QStringLiteral("%1 not found in %2").arg(name, module_dirs().join(QLatin1Char(':')));
+    if (errors.isEmpty())
+        errors << QStringLiteral("%1 not found in %2").arg(name, module_dirs().join(QLatin1Char(':')));
     pp_warn("sound_backend, no sound module, sounds stay silent: $", errors.join(QStringLiteral("; ")));
     return nullptr;
 }
@@ -72,7 +74,8 @@ QStringList module_dirs() {
     const State& s = state();
     if (!s.dirs.isEmpty()) return s.dirs;
     const QString programDir = QCoreApplication::applicationDirPath();
-    return {programDir, QDir::cleanPath(programDir + QLatin1Char('/') + QLatin1String(KI_SOUND_MODULE_RELDIR))};
+    return {programDir,
+            QDir::cleanPath(programDir + QLatin1Char('/') + QLatin1String(KI_SOUND_MODULE_RELDIR))};
 }
 
 void set_module_dirs(const QStringList& dirs) {

@@ -31,10 +31,11 @@ public:
     float volume() const override { return output.volume(); }
     void set_on_stopped(std::function<void()> callback) override {
         QObject::disconnect(connection);
-        connection = QObject::connect(&player, &QMediaPlayer::playbackStateChanged, &player,
-                                      [this, callback = std::move(callback)](QMediaPlayer::PlaybackState state) {
-                                          if (state != QMediaPlayer::PlayingState && callback) callback();
-                                      });
+        connection =
+            QObject::connect(&player, &QMediaPlayer::playbackStateChanged, &player,
+                             [this, callback = std::move(callback)](QMediaPlayer::PlaybackState state) {
+                                 if (state != QMediaPlayer::PlayingState && callback) callback();
+                             });
     }
 
 private:
@@ -48,7 +49,9 @@ public:
     ~Effect() override { QObject::disconnect(connection); }
     void set_source(const QUrl& url) override { effect.setSource(url); }
     QUrl source() const override { return effect.source(); }
-    void set_loops(int loops) override { effect.setLoopCount(loops == ENDLESS ? QSoundEffect::Infinite : loops); }
+    void set_loops(int loops) override {
+        effect.setLoopCount(loops == ENDLESS ? QSoundEffect::Infinite : loops);
+    }
     void play() override { effect.play(); }
     void stop() override { effect.stop(); }
     bool is_playing() const override { return effect.isPlaying(); }
