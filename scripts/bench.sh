@@ -4,21 +4,28 @@
 # then measures start-up to the first painted frame and peak memory of quenlo against a bare Qt
 # Widgets program. Everything runs offscreen (QT_QPA_PLATFORM=offscreen), with settings in a
 # temporary folder. Extra arguments go to quenlo_bench, e.g. --benchmark_filter=Judge.
-# Set QUENLO_BENCH_RUNS to change the number of start-up runs (default 15).
+# Set QUENLO_BENCH_RUNS to change the number of start-up runs (default 15),
+# QUENLO_BENCH_STARTUP_ONLY=1 to skip the micro-benchmarks (and their build),
+# QUENLO_BENCH_BUILD_TYPE to measure another CMake build type than Release and
+# QUENLO_BENCH_BUILD_DIR to build somewhere else than build-bench.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
-BUILD_DIR=build-bench
+BUILD_DIR=${QUENLO_BENCH_BUILD_DIR:-build-bench}
 RUNS=${QUENLO_BENCH_RUNS:-15}
+BUILD_TYPE=${QUENLO_BENCH_BUILD_TYPE:-Release}
+STARTUP_ONLY=${QUENLO_BENCH_STARTUP_ONLY:-0}
 RESULTS=bench/results
 export QT_QPA_PLATFORM=offscreen
 export LC_ALL=C
 
-scripts/setup.sh "$BUILD_DIR" -DCMAKE_BUILD_TYPE=Release -DQUENLO_BUILD_BENCH=ON
+scripts/setup.sh "$BUILD_DIR" -DCMAKE_BUILD_TYPE="$BUILD_TYPE" -DQUENLO_BUILD_BENCH=ON
 scripts/install-debs.sh libbenchmark-dev time
 # Configured again: the first configure may have run before Google Benchmark was installed.
-cmake -S . -B "$BUILD_DIR" -DCMAKE_BUILD_TYPE=Release -DQUENLO_BUILD_BENCH=ON >/dev/null
-cmake --build "$BUILD_DIR" --target quenlo_bench quenlo bench_bare_label
+cmake -S . -B "$BUILD_DIR" -DCMAKE_BUILD_TYPE="$BUILD_TYPE" -DQUENLO_BUILD_BENCH=ON >/dev/null
+targets=(quenlo bench_bare_label)
+[ "$STARTUP_ONLY" = 1 ] || targets+=(quenlo_bench)
+cmake --build "$BUILD_DIR" --target "${targets[@]}"
 
 mkdir -p "$RESULTS"
 home=$(mktemp -d)
@@ -26,19 +33,32 @@ trap 'rm -rf "$home"' EXIT
 export XDG_CONFIG_HOME="$home/config" XDG_DATA_HOME="$home/data" XDG_CACHE_HOME="$home/cache"
 
 echo "== $(nproc) cores, load: $(cut -d' ' -f1-3 /proc/loadavg)"
-echo "== micro-benchmarks (median of 5 repetitions)"
-"$BUILD_DIR/quenlo_bench" --benchmark_repetitions=5 --benchmark_report_aggregates_only=true \
-  --benchmark_out="$RESULTS/latest.json" --benchmark_out_format=json "$@" 2>/dev/null |
-  awk '/^Benchmark|^---/ || /_median / {print}'
+if [ "$STARTUP_ONLY" != 1 ]; then
+  echo "== micro-benchmarks (median of 5 repetitions)"
+  "$BUILD_DIR/quenlo_bench" --benchmark_repetitions=5 --benchmark_report_aggregates_only=true \
+    --benchmark_out="$RESULTS/latest.json" --benchmark_out_format=json "$@" 2>/dev/null |
+    awk '/^Benchmark|^---/ || /_median / {print}'
+fi
 
 # The median of the numbers on standard input.
 median() { sort -n | awk '{v[NR] = $1} END {if (NR == 0) print "n/a"; else if (NR % 2) print v[(NR + 1) / 2]; else print (v[NR / 2] + v[NR / 2 + 1]) / 2}'; }
 
-# Runs "$@" RUNS times and prints the median time from launch to the first painted frame.
-first_frame_median() {
-  for _ in $(seq "$RUNS"); do
-    { QUENLO_BENCH_T0=$EPOCHREALTIME "$@" 2>/dev/null || true; } | sed -n 's/^quenlo-bench first-frame-ms://p'
-  done | median
+# The time from launch to the first painted frame of one run of "$@", prefixed with "$tag".
+first_frame() {
+  local tag=$1
+  shift
+  { QUENLO_BENCH_T0=$EPOCHREALTIME "$@" 2>/dev/null || true; } | sed -n "s/^quenlo-bench first-frame-ms:/$tag /p"
+}
+
+# Milliseconds from the first frame to the first recording handed to the player (the visit
+# selects the first character right after the frame; with an audio device play() follows at
+# once), from the log's time stamps of one run.
+first_sound_ms() {
+  { QUENLO_BENCH_STARTUP=1 "$BUILD_DIR/quenlo" -__log_level debug 2>/dev/null || true; } | awk '
+    function ms(s, p) { split(s, p, ":"); return (p[1] * 3600 + p[2] * 60 + p[3]) * 1000 }
+    /^quenlo-bench first-frame-ms:/ {frame = 1; next}
+    frame == 1 && /^\[/ {gsub(/[][]/, "", $3); t0 = ms($3); frame = 2}
+    frame == 2 && /GSound::play_sound,  \047/ {gsub(/[][]/, "", $3); printf "%.0f\n", ms($3) - t0; exit}'
 }
 
 # Peak resident memory in MB of one run of "$@".
@@ -51,12 +71,22 @@ echo "== start-up to the first painted frame, median of $RUNS runs, offscreen"
 # the file cache for both.
 QUENLO_BENCH_STARTUP=1 "$BUILD_DIR/quenlo" >/dev/null 2>&1 || true
 "$BUILD_DIR/bench_bare_label" >/dev/null 2>&1 || true
-quenlo_ms=$(QUENLO_BENCH_STARTUP=1 first_frame_median "$BUILD_DIR/quenlo")
-bare_ms=$(first_frame_median "$BUILD_DIR/bench_bare_label")
+# quenlo and the bare program in turn, so that both see the same load.
+pair_runs=$(for _ in $(seq "$RUNS"); do
+  QUENLO_BENCH_STARTUP=1 first_frame q "$BUILD_DIR/quenlo"
+  first_frame b "$BUILD_DIR/bench_bare_label"
+done)
+quenlo_ms=$(awk '$1 == "q" {print $2}' <<<"$pair_runs" | median)
+bare_ms=$(awk '$1 == "b" {print $2}' <<<"$pair_runs" | median)
 visit_ms=$(for _ in $(seq 5); do { QUENLO_BENCH_STARTUP=1 "$BUILD_DIR/quenlo" 2>/dev/null || true; } |
   sed -n 's/^quenlo-bench visited:[0-9]* ms://p'; done | median)
-quenlo_rss=$(QUENLO_BENCH_STARTUP=1 peak_rss_mb "$BUILD_DIR/quenlo")
-bare_rss=$(peak_rss_mb "$BUILD_DIR/bench_bare_label")
+sound_ms=$(for _ in $(seq 5); do first_sound_ms; done | median)
+rss_runs=$(for _ in 1 2 3; do
+  echo "q $(QUENLO_BENCH_STARTUP=1 peak_rss_mb "$BUILD_DIR/quenlo")"
+  echo "b $(peak_rss_mb "$BUILD_DIR/bench_bare_label")"
+done)
+quenlo_rss=$(awk '$1 == "q" {print $2}' <<<"$rss_runs" | median)
+bare_rss=$(awk '$1 == "b" {print $2}' <<<"$rss_runs" | median)
 # Level 1 and level 4 started in turn, so that both see the same load; --level keeps the level,
 # each run reads only its own.
 level_runs=$(for _ in $(seq "$RUNS"); do
@@ -77,4 +107,5 @@ level4_ms=$(awk '$1 == 4 {print $2}' <<<"$level_runs" | median)
   printf '%-32s %10s %10s %8s\n' "peak RSS after all 87 (MB)" "$quenlo_rss" "$bare_rss" \
     "+$(awk -v a="$quenlo_rss" -v b="$bare_rss" 'BEGIN {printf "%.1f", a - b}')"
   printf '%-32s %10s\n' "visiting all 87, painted (ms)" "$visit_ms"
+  printf '%-32s %10s\n' "first frame to first sound (ms)" "$sound_ms"
 } | tee "$RESULTS/startup-latest.txt"

@@ -1,19 +1,22 @@
 // The sound players without making a sound: sources, the cache of the last source, refused
-// files, and a machine without any audio output.
+// files, a machine without any audio output, the audio library made on first use and missing.
 #include <gtest/gtest.h>
 #include <ki/log/GLog.h>
 #include <ki/qt/GSound.h>
+#include <ki/qt/GSoundBackend.h>
 #include <ki/qt/GSoundEffect.h>
 
-#include <QAudioDevice>
 #include <QFile>
-#include <QMediaDevices>
 #include <QTemporaryDir>
+#include <functional>
 
 #include "LoggedTest.h"
 
 using ki::qt::GSound;
 using ki::qt::GSoundEffect;
+using ki::qt::SoundBackend;
+using ki::qt::SoundPlayer;
+namespace sound_backend = ki::qt::sound_backend;
 
 namespace {
 
@@ -60,19 +63,23 @@ TEST_F(SoundTest, SourcesAreResourcesOrFilesAndTheLastOneIsKept) {
         EXPECT_EQ(capture->count("GSound::play_sound, from cache"), row.fromCache);
         EXPECT_EQ(capture->count("GSound::play_sound, does not exist '" + MISSING.toStdString() + "'"),
                   row.refused);
-        EXPECT_EQ(sound.playbackState(), QMediaPlayer::StoppedState) << "silent runs never start";
+        EXPECT_FALSE(sound.is_playing()) << "silent runs never start";
     }
 }
 
 // CI machines have no audio output: the player must neither crash nor wait for one.
 TEST_F(SoundTest, WithoutAnAudioDevicePlayingDoesNothing) {
-    if (!QMediaDevices::defaultAudioOutput().isNull()) GTEST_SKIP() << "this machine has an audio output";
     GSound::set_silent(false);
     GSound sound;
+    sound.ini();
+    if (sound.has_output_device()) {
+        GSound::set_silent(true);
+        GTEST_SKIP() << "this machine has an audio output";
+    }
     sound.play_sound(RECORDING);
     GSound::set_silent(true);
     EXPECT_TRUE(capture->contains("GSound::ini, no audio output device"));
-    EXPECT_EQ(sound.playbackState(), QMediaPlayer::StoppedState);
+    EXPECT_FALSE(sound.is_playing());
     // GStreamer probes its fallback sinks here; JACK alone would map about 2 MB for nothing.
     QFile maps(QStringLiteral("/proc/self/maps"));
     ASSERT_TRUE(maps.open(QIODevice::ReadOnly));
@@ -104,4 +111,216 @@ TEST_F(SoundTest, EffectsRefuseMissingFilesAndReportTheirEnd) {
     effect.play_sound_with_listener(QStringLiteral(":/wb/shared-res/sounds/quiet.wav"));
     EXPECT_EQ(finished, 1);
     EXPECT_TRUE(effect.source().isEmpty()) << "a silent run loads no sample";
+}
+
+namespace {
+
+// Counts what the players ask of the audio library.
+struct Calls {
+    int players = 0;
+    int effects = 0;
+    int sources = 0;
+    int plays = 0;
+    int stops = 0;
+    int endless = 0;
+};
+
+class FakePlayer : public SoundPlayer {
+public:
+    explicit FakePlayer(Calls& c) : calls(c) {}
+    void set_source(const QUrl& url) override {
+        src = url;
+        ++calls.sources;
+    }
+    QUrl source() const override { return src; }
+    void set_loops(int loops) override { calls.endless += loops == ENDLESS ? 1 : 0; }
+    void play() override {
+        playing = true;
+        ++calls.plays;
+    }
+    void stop() override {
+        ++calls.stops;
+        if (!playing) return;
+        playing = false;
+        if (onStopped) onStopped();
+    }
+    bool is_playing() const override { return playing; }
+    void set_volume(float v) override { vol = v; }
+    float volume() const override { return vol; }
+    void set_on_stopped(std::function<void()> callback) override { onStopped = std::move(callback); }
+
+private:
+    Calls& calls;
+    QUrl src;
+    bool playing = false;
+    float vol = 1.0F;
+    std::function<void()> onStopped;
+};
+
+class FakeBackend : public SoundBackend {
+public:
+    bool device = true;
+    Calls calls;
+    FakePlayer* last = nullptr;
+    bool has_output_device() override { return device; }
+    std::unique_ptr<SoundPlayer> make_player() override {
+        ++calls.players;
+        return remember();
+    }
+    std::unique_ptr<SoundPlayer> make_effect() override {
+        ++calls.effects;
+        return remember();
+    }
+
+private:
+    std::unique_ptr<SoundPlayer> remember() {
+        auto p = std::make_unique<FakePlayer>(calls);
+        last = p.get();
+        return p;
+    }
+};
+
+const QString EFFECT = QStringLiteral(":/wb/shared-res/sounds/quiet.wav");
+
+}  // namespace
+
+// Nothing of the audio library is made before the first sound; what the players then ask of it.
+TEST_F(SoundTest, TheAudioLibraryIsMadeOnFirstUseAndPlaysWhatIsAsked) {
+    struct Row {
+        const char* name;
+        bool device;
+        bool silent;
+        std::function<void(FakeBackend&)> act;  // runs after the backend is installed
+        Calls expected;
+        int finished;  // liFinished of the effect
+    };
+    GSound* sound = nullptr;
+    GSoundEffect* effect = nullptr;
+    const Row rows[] = {
+        {"recording played",
+         true,
+         false,
+         [&](FakeBackend&) { sound->play_sound(RECORDING); },
+         {1, 0, 1, 1, 0, 0},
+         0},
+        {"same recording twice: one source, two starts",
+         true,
+         false,
+         [&](FakeBackend&) {
+             sound->play_sound(RECORDING);
+             sound->play_sound(RECORDING);
+         },
+         {1, 0, 1, 2, 0, 0},
+         0},
+        {"no output device: source kept, never started",
+         false,
+         false,
+         [&](FakeBackend&) { sound->play_sound(RECORDING); },
+         {1, 0, 1, 0, 0, 0},
+         0},
+        {"silent run: source kept, never started",
+         true,
+         true,
+         [&](FakeBackend&) { sound->play_sound(RECORDING); },
+         {1, 0, 1, 0, 0, 0},
+         0},
+        {"endless set before the first sound reaches the library",
+         true,
+         false,
+         [&](FakeBackend&) {
+             sound->set_endless();
+             sound->play_sound(RECORDING);
+         },
+         {1, 0, 1, 1, 0, 1},
+         0},
+        {"missing recording: library made, nothing set",
+         true,
+         false,
+         [&](FakeBackend&) { sound->play_sound(MISSING); },
+         {1, 0, 0, 0, 0, 0},
+         0},
+        {"effect ends and reports it",
+         true,
+         false,
+         [&](FakeBackend& b) {
+             effect->play_sound_with_listener(EFFECT);
+             b.last->stop();
+         },
+         {0, 1, 1, 1, 1, 0},
+         1},
+        {"effect cut off by the next one reports the first end",
+         true,
+         false,
+         [&](FakeBackend&) {
+             effect->play_sound_with_listener(EFFECT);
+             effect->play_sound(EFFECT);
+         },
+         {0, 1, 2, 2, 1, 0},
+         1},
+        {"endless effect",
+         true,
+         false,
+         [&](FakeBackend&) { effect->play_endless(EFFECT); },
+         {0, 1, 1, 1, 0, 1},
+         0},
+        {"silent effect loads no sample and reports at once",
+         true,
+         true,
+         [&](FakeBackend&) { effect->play_sound_with_listener(EFFECT); },
+         {0, 1, 0, 0, 0, 0},
+         1},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.name);
+        FakeBackend backend;
+        backend.device = row.device;
+        sound_backend::use(&backend);
+        GSound::set_silent(row.silent);
+        GSound s;
+        GSoundEffect e;
+        int finished = 0;
+        e.liFinished += [&finished]() { ++finished; };
+        sound = &s;
+        effect = &e;
+        EXPECT_EQ(backend.calls.players + backend.calls.effects, 0) << "nothing made before the first sound";
+        row.act(backend);
+        const Calls& got = backend.calls;
+        EXPECT_EQ(got.players, row.expected.players);
+        EXPECT_EQ(got.effects, row.expected.effects);
+        EXPECT_EQ(got.sources, row.expected.sources);
+        EXPECT_EQ(got.plays, row.expected.plays);
+        EXPECT_EQ(got.stops, row.expected.stops);
+        EXPECT_EQ(got.endless, row.expected.endless);
+        EXPECT_EQ(finished, row.finished);
+        GSound::set_silent(true);
+        sound_backend::use(nullptr);
+    }
+}
+
+// A program installed without its sound module keeps running, silently, and says so once.
+TEST_F(SoundTest, WithoutTheModuleEverySoundIsSilentAndLoggedOnce) {
+    QTemporaryDir empty;
+    sound_backend::set_module_dirs({empty.path()});
+    GSound::set_silent(false);
+    GSound first;
+    GSound second;
+    GSoundEffect effect;
+    int finished = 0;
+    effect.liFinished += [&finished]() { ++finished; };
+    first.play_sound(RECORDING);
+    second.play_sound(RECORDING);
+    effect.play_sound_with_listener(EFFECT);
+    GSound::set_silent(true);
+    sound_backend::set_module_dirs({});
+    EXPECT_EQ(capture->count("sound_backend, no sound module"), 1);
+    EXPECT_EQ(second.get_source_path(), RECORDING) << "the path is kept for the program to show";
+    EXPECT_FALSE(first.is_playing() || second.is_playing() || effect.is_playing());
+    EXPECT_FALSE(first.has_output_device());
+    EXPECT_EQ(finished, 1) << "nothing started, so the end is reported at once";
+}
+
+// The module beside the test program is a real one.
+TEST_F(SoundTest, TheModuleInTheBuildTreeLoads) {
+    sound_backend::set_module_dirs({});
+    EXPECT_NE(sound_backend::get(), nullptr) << sound_backend::module_dirs().join(':').toStdString();
 }

@@ -19,7 +19,6 @@
 #include <QAction>
 #include <QDateTime>
 #include <QFontMetrics>
-#include <QMediaPlayer>
 #include <QStatusBar>
 #include <QStyle>
 #include <algorithm>
@@ -78,7 +77,7 @@ void banner(const char* title) {
 Window::Window(AppData& appData)
     : data(appData),
       feedback(this,
-               [this]() { return sound != nullptr && sound->playbackState() == QMediaPlayer::PlayingState; }),
+               [this]() { return sound != nullptr && sound->is_playing(); }),
       recorder(std::make_unique<progress::LessonRecorder>()) {
     control.liChanged += [this](const LessonChange& change) { on_lesson_changed(change); };
     connect(&timer, &QTimer::timeout, this, [this]() { on_timer(); });

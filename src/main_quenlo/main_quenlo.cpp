@@ -7,6 +7,7 @@
 
 #include <QTextStream>
 #include <QTimer>
+#include <cstdio>
 #include <memory>
 
 #include "app/AppData.h"
@@ -25,9 +26,16 @@ constexpr unsigned int CONFIG_VERSION = 114;
 // Touch friendly: a tap on a list row that wobbles a few pixels is still a click.
 constexpr int START_DRAG_DISTANCE = 13;
 
+// For the start-up profile of scripts/bench.sh: the time since launch after each step.
+void bench_step(const char* step) {
+    if (morvel::BenchHooks::is_startup_requested())
+        std::printf("quenlo-bench step:%s ms:%.1f\n", step, morvel::BenchHooks::ms_since_launch());
+}
+
 }  // namespace
 
 int qMain(int argc, char** argv) {
+    bench_step("main");
     ki::qt::themes::set_theme_default(ki::qt::themes::THEME_DARK);
     // Before anything logs: a headless command keeps the console to its result line.
     const morvel::Headless::Command headless = morvel::Headless::prepare(argc, argv);
@@ -38,7 +46,9 @@ int qMain(int argc, char** argv) {
         ki::qt::GApp::prepare_settings(organisation, CONFIG_VERSION, true, programName);
     }
     if (const int code = morvel::Headless::run_early(headless, argc, argv); code >= 0) return code;
+    bench_step("settings");
     auto app = std::make_unique<ki::qt::GApp>(argc, argv, nullptr);
+    bench_step("application");
     if (ki::os::is_android()) ki::qt::GApp::set_icon_size_percent_default(220);
     app->setStartDragDistance(START_DRAG_DISTANCE);
     ki::qt::set_res_prefix(QStringLiteral(":/wb/shared-res"));
@@ -54,6 +64,7 @@ int qMain(int argc, char** argv) {
 
     // Loaded by the window's set-up, with the level stored there.
     auto data = std::make_unique<morvel::prog2::AppData>(morvel::prog2::Level::shipped(1));
+    bench_step("ini");
     auto win = std::make_unique<morvel::prog2::Window>(*data);
     QString levelError;
     if (const int level = morvel::prog2::Level::from_arguments(QCoreApplication::arguments(), levelError);
@@ -65,6 +76,7 @@ int qMain(int argc, char** argv) {
     }
     win->resize(1024, 750);
     win->setup();
+    bench_step("window");
     morvel::prog2::Window* window = win.get();
     instance.onRaise = [window]() { morvel::SingleInstance::raise(*window); };
     morvel::BenchHooks::arm_startup(*win, static_cast<int>(data->size()),
@@ -77,6 +89,7 @@ int qMain(int argc, char** argv) {
         });
     }
     win->show();
+    bench_step("shown");
     const int code = app->exec();
 
     win.reset();

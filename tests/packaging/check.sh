@@ -58,6 +58,7 @@ contents)
   listing=$(dpkg-deb --contents "$deb" | awk '{print $6}')
   expected=(
     ./usr/bin/quenlo
+    ./usr/lib/quenlo/libki_sound_qt.so
     ./usr/share/applications/de.qlo.Quenlo.desktop
     ./usr/share/metainfo/de.qlo.Quenlo.metainfo.xml
     ./usr/share/man/man1/quenlo.1.gz
@@ -90,6 +91,8 @@ install)
       --__screenshots "$work/shots" >"$work/log" 2>&1) || status=$?
   [[ $status == 0 ]] || { cat "$work/log"; fail "quenlo exited with $status"; }
   ! grep -F '[ERR]' "$work/log" || fail "the installed program logged errors"
+  # The first recording plays after the first frame: the sound module must be found there.
+  ! grep -F 'no sound module' "$work/log" || fail "the installed program did not find its sound module"
   for shot in quenlo_learn_normal quenlo_watch_dark quenlo_menu_green quenlo_about_ru; do
     [[ "$(head -c 4 "$work/shots/$shot.png" 2>/dev/null | tail -c 3)" == PNG ]] || fail "no screenshot $shot.png"
   done

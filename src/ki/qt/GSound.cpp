@@ -1,9 +1,8 @@
 #include <ki/log/GLog.h>
 #include <ki/qt/GSound.h>
+#include <ki/qt/GSoundBackend.h>
 
-#include <QAudioDevice>
 #include <QFile>
-#include <QMediaDevices>
 
 namespace ki::qt {
 
@@ -35,24 +34,23 @@ void GSound::prepare_backend() {
     (void)prepared;
 }
 
-GSound::GSound(QObject* parent) : QMediaPlayer(with_backend_prepared(parent)) {}
+GSound::GSound(QObject* parent) : QObject(with_backend_prepared(parent)) {}
 
-GSound::~GSound() {
-    // The output is a member and goes first: the player must not keep pointing at it.
-    stop();
-    setAudioOutput(nullptr);
-}
+GSound::~GSound() = default;
 
 void GSound::ini() {
     if (initialized) {
         pp_trace("GSound::ini, already done");
         return;
     }
-    outputDevice = !QMediaDevices::defaultAudioOutput().isNull();
-    if (!outputDevice) pp_warn("GSound::ini, no audio output device, sounds stay silent");
-    setAudioOutput(&audioOutput);
-    audioOutput.setVolume(float(volume));
     initialized = true;
+    SoundBackend* backend = sound_backend::get();
+    if (backend == nullptr) return;  // logged by the loader
+    outputDevice = backend->has_output_device();
+    if (!outputDevice) pp_warn("GSound::ini, no audio output device, sounds stay silent");
+    player = backend->make_player();
+    player->set_volume(float(volume));
+    if (endless) player->set_loops(SoundPlayer::ENDLESS);
 }
 
 QUrl GSound::to_source_url(const QString& path) {
@@ -74,25 +72,34 @@ void GSound::play_sound(const QString& path) {
     if (path == sourcePath) {
         pp_trace("GSound::play_sound, from cache");
     } else {
-        setSource(to_source_url(path));
+        if (player) player->set_source(to_source_url(path));
         sourcePath = path;
     }
-    if (silent || !outputDevice) return;
-    play();
+    if (silent || !outputDevice || !player) return;
+    player->play();
 }
 
 void GSound::set_endless() {
     pp_trace("GSound::set_endless");
-    setLoops(QMediaPlayer::Infinite);
+    endless = true;
+    if (player) player->set_loops(SoundPlayer::ENDLESS);
 }
 
 void GSound::set_volume(double value) {
     volume = value;
-    audioOutput.setVolume(float(value));
+    if (player) player->set_volume(float(value));
 }
 
 double GSound::get_volume() const {
-    return double(audioOutput.volume());
+    return player ? double(player->volume()) : volume;
+}
+
+bool GSound::is_playing() const {
+    return player && player->is_playing();
+}
+
+QUrl GSound::source() const {
+    return player ? player->source() : QUrl();
 }
 
 }  // namespace ki::qt

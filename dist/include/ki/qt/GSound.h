@@ -1,23 +1,27 @@
 #pragma once
 // A player for compressed sound files (MP3, OGG) from the file system or the resources. It
-// keeps the last source, so playing the same file again starts at once.
+// keeps the last source, so playing the same file again starts at once. The audio library
+// behind it is loaded on the first `ini` (see GSoundBackend.h).
 
-#include <QAudioOutput>
 #include <QByteArray>
-#include <QMediaPlayer>
+#include <QObject>
 #include <QString>
 #include <QUrl>
+#include <memory>
 
 namespace ki::qt {
 
-class GSound : public QMediaPlayer {
+class SoundPlayer;
+
+class GSound : public QObject {
     Q_OBJECT
 public:
     explicit GSound(QObject* parent = nullptr);
     ~GSound() override;
 
-    /// Connects the player to its audio output. Without an audio device the player still
-    /// takes sources but never starts (logged once).
+    /// Loads the audio library and connects the player to its audio output. Without an audio
+    /// device the player still takes sources but never starts (logged once); without the
+    /// library it keeps only the path.
     void ini();
     bool is_initialized() const { return initialized; }
 
@@ -29,6 +33,10 @@ public:
     /// 0.0 silent .. 1.0 full.
     void set_volume(double value);
     double get_volume() const;
+
+    bool is_playing() const;
+    /// The source the player holds, empty before the first or without the audio library.
+    QUrl source() const;
 
     /// The path of the last source set, empty before the first.
     const QString& get_source_path() const { return sourcePath; }
@@ -50,8 +58,9 @@ public:
     static bool is_silent() { return silent; }
 
 private:
-    QAudioOutput audioOutput;
+    std::unique_ptr<SoundPlayer> player;
     double volume = 0.8;
+    bool endless = false;
     bool initialized = false;
     QString sourcePath;
     bool outputDevice = false;

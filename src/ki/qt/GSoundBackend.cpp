@@ -1,0 +1,93 @@
+#include <ki/log/GLog.h>
+#include <ki/qt/GSoundBackend.h>
+
+#include <QCoreApplication>
+#include <QDir>
+#include <QFileInfo>
+#include <QPluginLoader>
+
+// Set by the build: the module's file name and its folder relative to the program's folder
+// once installed.
+#ifndef KI_SOUND_MODULE_FILE
+#define KI_SOUND_MODULE_FILE "libki_sound_qt.so"
+#endif
+#ifndef KI_SOUND_MODULE_RELDIR
+#define KI_SOUND_MODULE_RELDIR "../lib/quenlo"
+#endif
+
+namespace ki::qt::sound_backend {
+
+namespace {
+
+struct State {
+    SoundBackend* installed = nullptr;
+    SoundBackend* loaded = nullptr;
+    bool tried = false;
+    QStringList dirs;
+};
+
+State& state() {
+    static State s;
+    return s;
+}
+
+SoundBackend* load() {
+    const QString name = module_file_name();
+    QStringList errors;
+    for (const QString& dir : module_dirs()) {
+        const QString path = QDir(dir).filePath(name);
+        if (!QFileInfo::exists(path)) continue;
+        // Never unloaded: players made by the module live until the program ends.
+        auto* loader = new QPluginLoader(path);
+        QObject* instance = loader->instance();
+        if (auto* backend = qobject_cast<SoundBackend*>(instance)) {
+            pp_info("sound_backend, loaded '$'", path);
+            return backend;
+        }
+        errors << (instance == nullptr ? loader->errorString()
+                                       : path + QStringLiteral(": not a sound module"));
+        delete loader;
+    }
+    if (errors.isEmpty())
+        errors << QStringLiteral("%1 not found in %2").arg(name, module_dirs().join(QLatin1Char(':')));
+    pp_warn("sound_backend, no sound module, sounds stay silent: $", errors.join(QStringLiteral("; ")));
+    return nullptr;
+}
+
+}  // namespace
+
+SoundBackend* get() {
+    State& s = state();
+    if (s.installed != nullptr) return s.installed;
+    if (!s.tried) {
+        s.tried = true;
+        s.loaded = load();
+    }
+    return s.loaded;
+}
+
+void use(SoundBackend* backend) {
+    state().installed = backend;
+}
+
+QStringList module_dirs() {
+    const State& s = state();
+    if (!s.dirs.isEmpty()) return s.dirs;
+    const QString programDir = QCoreApplication::applicationDirPath();
+    return {programDir,
+            QDir::cleanPath(programDir + QLatin1Char('/') + QLatin1String(KI_SOUND_MODULE_RELDIR))};
+}
+
+void set_module_dirs(const QStringList& dirs) {
+    State& s = state();
+    s.dirs = dirs;
+    // A module loaded before stays mapped: players made from it keep working.
+    s.loaded = nullptr;
+    s.tried = false;
+}
+
+QString module_file_name() {
+    return QStringLiteral(KI_SOUND_MODULE_FILE);
+}
+
+}  // namespace ki::qt::sound_backend
