@@ -17,7 +17,7 @@ using ki::qt::GSoundEffect;
 
 namespace {
 
-const QString RECORDING = QStringLiteral(":/wb/shared-res/zh/fono/20013.mp3");
+const QString RECORDING = QStringLiteral(":/wb/shared-res/zh/fono/zhong1.mp3");
 const QString MISSING = QStringLiteral(":/wb/shared-res/zh/fono/1.mp3");
 
 class SoundTest : public LoggedTest {
