@@ -1,6 +1,7 @@
 // Finding a character across the seven levels, over the shipped rows.
 #include <gtest/gtest.h>
 
+#include <QElapsedTimer>
 #include <QLocale>
 
 #include "app/search/CharacterSearch.h"
@@ -84,4 +85,26 @@ TEST(Search, NumberedPinyin) {
     for (const auto& row : rows)
         EXPECT_EQ(CharacterSearch::numbered_pinyin(QString::fromUtf8(row.pinyin)).toStdString(), row.numbered)
             << row.pinyin;
+}
+
+TEST(Search, EveryKeystrokeWithinFiveMilliseconds) {
+    // As typed: every prefix of each query is one search over all 2,663 rows.
+    const struct {
+        const char* query;
+        QLocale::Language language;
+    } typed[] = {{"xue2", QLocale::English}, {"zhong", QLocale::English}, {"Schnee", QLocale::German},
+                 {"снег", QLocale::Russian}, {"to study", QLocale::English}};
+    const CharacterSearch& search = shipped();  // built before the clock starts
+    QElapsedTimer clock;
+    int keystrokes = 0;
+    size_t hits = 0;
+    clock.start();
+    for (const auto& t : typed) {
+        const QString query = QString::fromUtf8(t.query);
+        for (qsizetype n = 1; n <= query.size(); ++n, ++keystrokes) hits += search.find(query.left(n), t.language).size();
+    }
+    const double perKeystroke = double(clock.nsecsElapsed()) / 1e6 / keystrokes;
+    RecordProperty("ms_per_keystroke", QString::number(perKeystroke, 'f', 3).toStdString());
+    EXPECT_GT(hits, 0u);
+    EXPECT_LT(perKeystroke, 5.0);
 }

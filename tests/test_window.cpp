@@ -779,13 +779,14 @@ TEST_F(WindowTest, SearchChoosesACharacterOfAnotherLevelAndEscapeGoesBack) {
         int level;
         const char* shown;
     } rows[] = {
-        {"pinyin with tone number, chosen", QLocale::English, "xue3", "雪  xuě  snow · Level 3", Qt::Key_Return, 3, "雪"},
-        {"German meaning, chosen", QLocale::German, "Blut", "血  xuè  Blut · Stufe 6", Qt::Key_Return, 6, "血"},
-        {"Russian meaning, left with Escape", QLocale::Russian, "снег", "雪  xuě  снег · Уровень 3", Qt::Key_Escape, 6, "血"},
+        {"pinyin with tone number, chosen", QLocale::English, "xue3", "雪  xuě  Level 3 · snow", Qt::Key_Return, 3, "雪"},
+        {"German meaning, chosen", QLocale::German, "Blut", "血  xuè  Stufe 6 · Blut", Qt::Key_Return, 6, "血"},
+        {"Russian meaning, left with Escape", QLocale::Russian, "снег", "雪  xuě  Уровень 3 · снег", Qt::Key_Escape, 6, "血"},
     };
     for (const auto& row : rows) {
         SCOPED_TRACE(row.name);
         ki::qt::lang::set_lang(row.language);
+        EXPECT_EQ(field->placeholderText(), QStringList({"Search", "Suchen", "Поиск"})[row.language == QLocale::English ? 0 : row.language == QLocale::German ? 1 : 2]);
         ctrlF->trigger();
         field->setText(QString::fromUtf8(row.query));  // keyClicks knows Latin keys only
         ASSERT_GT(results->count(), 0);
@@ -793,7 +794,7 @@ TEST_F(WindowTest, SearchChoosesACharacterOfAnotherLevelAndEscapeGoesBack) {
         EXPECT_EQ(results->item(0)->text().toStdString(), row.firstResult);
         QTest::keyClick(field, row.key);
         EXPECT_TRUE(field->text().isEmpty());
-        EXPECT_FALSE(results->isVisibleTo(&w)) << "the character list is back";
+        EXPECT_FALSE(results->isVisibleTo(&w)) << "the results no longer cover the list";
         EXPECT_EQ(catalogue().get_level().number, row.level);
         EXPECT_EQ(QString(QChar(char16_t(canvas_of(w)->get_unicode()))).toStdString(), row.shown);
     }

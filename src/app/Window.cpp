@@ -142,7 +142,6 @@ void Window::ini() {
     scroller = new ki::qt::otf::GDataScroller(panList);
     scroller->setFrameShadow(QFrame::Sunken);
     panList->add_widget(scroller, 1);
-    search->onSearching = [this](bool searching) { scroller->setVisible(!searching); };
     search->onChosen = [this](int level, int code) {
         if (level == data.get_level().number || on_level(level)) select_unicode(code);
     };
@@ -198,6 +197,7 @@ void Window::ini() {
 void Window::retranslate() {
     if (controls == nullptr) return;
     controls->retranslate();
+    search->retranslate();
     fit_due_label();
     update_title();
     if (control.is_mode_bit(MODE_TRANSLATION) && model->get_selected_index() >= 0)

@@ -28,8 +28,6 @@ SearchPanel::SearchPanel(QWidget* parent) : QWidget(parent) {
     edit = new QLineEdit(this);
     edit->setObjectName(QStringLiteral("searchField"));
     edit->setClearButtonEnabled(true);
-    edit->setPlaceholderText(tt("Search", "Suchen", "Поиск"));
-    edit->setToolTip(tt("Search all levels (Ctrl+F)", "Alle Stufen durchsuchen (Strg+F)", "Поиск по всем уровням (Ctrl+F)"));
     // Reached by Ctrl+F or a click only: the arrow keys stay with the character list.
     edit->setFocusPolicy(Qt::ClickFocus);
     // The list below decides the column's width, not the field.
@@ -39,11 +37,12 @@ SearchPanel::SearchPanel(QWidget* parent) : QWidget(parent) {
     list->setObjectName(QStringLiteral("searchResults"));
     list->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Expanding);
     // Wide enough for character, pinyin, meaning and level while it is shown.
-    list->setMinimumWidth(list->fontMetrics().horizontalAdvance(QStringLiteral("M")) * 24);
+    list->setMinimumWidth(list->fontMetrics().horizontalAdvance(QStringLiteral("M")) * 28);
     list->setFocusPolicy(Qt::ClickFocus);
+    retranslate();
     list->setTextElideMode(Qt::ElideRight);
+    list->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     list->hide();
-    layout->addWidget(list, 1);
 
     connect(edit, &QLineEdit::textChanged, this, [this](const QString& text) { on_text(text); });
     connect(edit, &QLineEdit::returnPressed, this, [this]() { choose(list->currentRow() < 0 ? 0 : list->currentRow()); });
@@ -58,6 +57,13 @@ SearchPanel::SearchPanel(QWidget* parent) : QWidget(parent) {
 }
 
 SearchPanel::~SearchPanel() = default;
+
+void SearchPanel::retranslate() {
+    using ki::qt::lang::tt;
+    edit->setPlaceholderText(tt("Search", "Suchen", "Поиск"));
+    edit->setToolTip(tt("Search all levels (Ctrl+F)", "Alle Stufen durchsuchen (Strg+F)", "Поиск по всем уровням (Ctrl+F)"));
+    if (searching) on_text(edit->text());
+}
 
 void SearchPanel::start() {
     edit->setFocus(Qt::ShortcutFocusReason);
@@ -77,9 +83,10 @@ void SearchPanel::on_text(const QString& text) {
         const QLocale::Language language = ki::qt::lang::get_lang();
         const QString level = tt("Level %1", "Stufe %1", "Уровень %1");
         for (const Hit& hit : index->find(text, language)) {
+            // The level before the meaning: a long meaning is cut at the end, the level stays.
             const QString line = QStringLiteral("%1  %2  %3 · %4")
-                                     .arg(hit.row.character(), hit.row.pinyin, hit.row.meaning(language),
-                                          level.arg(hit.level));
+                                     .arg(hit.row.character(), hit.row.pinyin, level.arg(hit.level),
+                                          hit.row.meaning(language));
             auto* item = new QListWidgetItem(line, list);
             item->setToolTip(line);
             item->setData(ROLE_LEVEL, hit.level);
@@ -87,10 +94,20 @@ void SearchPanel::on_text(const QString& text) {
         }
         if (list->count() > 0) list->setCurrentRow(0);
     }
+    if (now) place_results();
     if (now == searching) return;
     searching = now;
     list->setVisible(now);
-    if (onSearching) onSearching(now);
+}
+
+void SearchPanel::place_results() {
+    // Over the window from below the field down, wider than the narrow list column.
+    QWidget* host = window();
+    if (list->parentWidget() != host) list->setParent(host);
+    const QPoint at = edit->mapTo(host, QPoint(0, edit->height() + 2));
+    const int width = std::min(std::max(edit->width(), list->minimumWidth()), host->width() - at.x());
+    list->setGeometry(at.x(), at.y(), width, std::max(80, host->height() - at.y() - 8));
+    list->raise();
 }
 
 void SearchPanel::choose(int row) {

@@ -1,6 +1,6 @@
 #pragma once
-// The search field above the character list and its result list. The result list takes the
-// character list's place while a query is typed; choosing a hit hands it to `onChosen`,
+// The search field above the character list and its result list. The result list lies over
+// the window below the field while a query is typed; choosing a hit hands it to `onChosen`,
 // Escape hands the list back. The index over every level is built on first use.
 
 #include <QPointer>
@@ -26,11 +26,11 @@ public:
     /// Closes the search: empty field, no result list; focus goes back where it was.
     void close_search();
     bool is_searching() const;
+    /// Texts in the current language; open results are listed again in it.
+    void retranslate();
 
     /// A hit was chosen: its level and code point.
     std::function<void(int level, int unicode)> onChosen;
-    /// The result list appears (true) or goes (false): the character list goes or comes back.
-    std::function<void(bool searching)> onSearching;
 
     QLineEdit* field() const { return edit; }
     QListWidget* results() const { return list; }
@@ -41,6 +41,8 @@ protected:
 private:
     void on_text(const QString& text);
     void choose(int row);
+    /// The result list lies over the window below the field, as wide as its lines need.
+    void place_results();
 
     QLineEdit* edit = nullptr;
     QListWidget* list = nullptr;
