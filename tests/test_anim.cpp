@@ -176,7 +176,7 @@ TEST(AnimCache, LoadsAreServedByNameAndFailuresReportedOnce) {
 }
 
 TEST(AnimShipped, EveryStrokeFileBuildsWithCentreLinesInsideTheirOutlines) {
-    for (const auto& [level, count] : {std::pair{1, 87}, {2, 95}, {3, 167}, {4, 269}}) {
+    for (const auto& [level, count] : {std::pair{1, 87}, {2, 95}, {3, 167}, {4, 269}, {5, 446}, {6, 621}, {7, 978}}) {
         const QDir folder(morvel::prog2::Level::shipped(level).directory);
         const QStringList names = folder.entryList({"*.svg"}, QDir::Files);
         EXPECT_EQ(names.size(), count) << "level " << level;

@@ -1,5 +1,10 @@
 #include <gtest/gtest.h>
 
+#include <QDir>
+#include <QFile>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
 #include <QProcess>
 #include <QRegularExpression>
 #include <QTemporaryDir>
@@ -9,6 +14,7 @@
 #include "app/AppData.h"
 #include "app/ChinChar.h"
 #include "app/morvel.h"
+#include "app/stroke/Anim.h"
 
 using morvel::ChinChar;
 using morvel::prog2::AppData;
@@ -51,11 +57,12 @@ TEST(Catalogue, LevelFromTheCommandLine) {
     } rows[] = {
         {{"quenlo"}, 0, ""},
         {{"quenlo", "--level", "4"}, 4, ""},
+        {{"quenlo", "--level", "7"}, 7, ""},
         {{"quenlo", "--lang", "--level", "1"}, 1, ""},
-        {{"quenlo", "--level", "5"}, 0, "not '5'"},
+        {{"quenlo", "--level", "8"}, 0, "not '8'"},
         {{"quenlo", "--level", "0"}, 0, "not '0'"},
         {{"quenlo", "--level", "two"}, 0, "not 'two'"},
-        {{"quenlo", "--level"}, 0, "needs a level from 1 to 4"},
+        {{"quenlo", "--level"}, 0, "needs a level from 1 to 7"},
     };
     for (const Row& row : rows) {
         SCOPED_TRACE(row.arguments.join(' ').toStdString());
@@ -120,19 +127,21 @@ TEST_F(CatalogueTest, OrderingAndRejectionOfOddNames) {
 }
 
 TEST(Catalogue, ShippedLevels) {
-    // One syllable with its tone mark; only the particles of level 1 are toneless.
+    // One syllable with its tone mark; only particles are toneless.
     const QRegularExpression toned(QStringLiteral("^[a-zü]*[āáǎàēéěèīíǐìōóǒòūúǔùǖǘǚǜ][a-zü]*$"));
-    const QString particles = QStringLiteral("么了们吗吧呀呢啊得的着");
+    const QString particles = QStringLiteral("么了们吗吧呀呢啊得的着啦嘛");
     const struct {
         int level;
         unsigned count;
-    } rows[] = {{1, 87}, {2, 95}, {3, 167}, {4, 269}};
+        int hsk;
+    } rows[] = {{1, 87, 1}, {2, 95, 1}, {3, 167, 2}, {4, 269, 3}, {5, 446, 4}, {6, 621, 5}, {7, 978, 6}};
     ASSERT_EQ(std::size(rows), size_t(Level::COUNT));
     std::map<int, int> levelOf;
     for (const auto& row : rows) {
         SCOPED_TRACE(row.level);
         const Level level = Level::shipped(row.level);
         EXPECT_EQ(level.size(), int(row.count)) << "counted without loading";
+        EXPECT_EQ(Level::hsk(row.level), row.hsk);
         const auto table = morvel::basic_table_from_file(level.file, -1);
         ASSERT_EQ(table.size(), row.count) << "every line of the level file parses";
         AppData data(level);
@@ -149,6 +158,9 @@ TEST(Catalogue, ShippedLevels) {
             EXPECT_TRUE(fresh) << "also in level " << it->second;
         }
     }
+    EXPECT_EQ(levelOf.size(), size_t(2663)) << "every HSK 1-6 character once";
+    EXPECT_EQ(Level::hsk(0), 0);
+    EXPECT_EQ(Level::hsk(Level::COUNT + 1), 0);
     EXPECT_FALSE(Level::shipped(0).is_valid());
     EXPECT_FALSE(Level::shipped(Level::COUNT + 1).is_valid());
     EXPECT_EQ(Level::shipped(Level::COUNT + 1).size(), 0);
@@ -180,4 +192,28 @@ TEST(Catalogue, GeneratedFilesMatchThePackageData) {
         EXPECT_EQ(gen.exitCode(), 0) << script << ": " << gen.readAllStandardError().toStdString()
                                      << gen.readAllStandardOutput().toStdString();
     }
+}
+
+TEST(Catalogue, StrokeCountsMatchThePackage) {
+    // The package the stroke files come from; without it (no `npm ci` in tools/resgen) there
+    // is nothing to compare with.
+    const QDir package(QStringLiteral(QUENLO_SOURCE_DIR "/tools/resgen/node_modules/hanzi-writer-data"));
+    if (!package.exists()) GTEST_SKIP() << "tools/resgen/node_modules is not installed";
+    int compared = 0;
+    for (int number = 1; number <= Level::COUNT; ++number) {
+        const Level level = Level::shipped(number);
+        for (const ChinChar& c : morvel::basic_table_from_file(level.file, -1)) {
+            SCOPED_TRACE(c.to_string());
+            const QString svg = QStringLiteral("%1/%2.svg").arg(level.directory).arg(c.unicode);
+            const ki::GSysResult<morvel::Anim> anim = morvel::Anim::build_from_file(svg);
+            ASSERT_TRUE(anim.ok()) << "level " << number << " has a stroke file for every row";
+            QFile json(package.filePath(c.character() + QStringLiteral(".json")));
+            ASSERT_TRUE(json.open(QIODevice::ReadOnly));
+            const QJsonArray strokes = QJsonDocument::fromJson(json.readAll()).object().value("strokes").toArray();
+            EXPECT_EQ(anim.value.strokes.size(), size_t(strokes.size()));
+            ++compared;
+        }
+    }
+    morvel::Anim::clear_cache();
+    EXPECT_EQ(compared, 2663);
 }

@@ -20,6 +20,7 @@
 
 #include "app/ChinChar.h"
 #include "app/Level.h"
+#include "app/Recording.h"
 
 namespace {
 
@@ -115,6 +116,19 @@ std::vector<morvel::ChinChar> level_table() {
     return all;
 }
 
+// "zhōng" -> "zhong1", "lǜ" -> "lv4"; "" for a reading without a tone mark.
+QString tone_numbered(const QString& pinyin) {
+    const QString vowels = QStringLiteral("aeiouv");  // kToneMarked holds four tones of each
+    QString base;
+    int tone = 0;
+    for (const QChar q : pinyin) {
+        const qsizetype at = kToneMarked.indexOf(q);
+        if (at >= 0) tone = int(at % 4) + 1;
+        base += at >= 0 ? vowels[at / 4] : q == u'ü' ? QChar(u'v') : q;
+    }
+    return tone == 0 ? QString() : base + QString::number(tone);
+}
+
 std::string missing_glyphs(const QRawFont& font, const QString& text) {
     QString missing;
     for (const char32_t c : text.toUcs4())
@@ -126,24 +140,38 @@ std::string missing_glyphs(const QRawFont& font, const QString& text) {
 
 TEST(Resources, RecordingsForExactlyTheToneMarkedReadings) {
     // Which readings carry a tone mark is checked with the level data (Catalogue.ShippedLevels).
-    std::set<QString> expected;
-    for (const auto& c : level_table())
-        if (std::any_of(c.pinyin.begin(), c.pinyin.end(), [](QChar q) { return kToneMarked.contains(q); }))
-            expected.insert(QString::number(c.unicode) + ".mp3");
-
     const QDir dir(kRoot + "/zh/fono");
-    const QStringList files = dir.entryList(QDir::Files, QDir::Name);
-    const std::set<QString> found(files.begin(), files.end());
-    QStringList missing, unexpected;
-    std::set_difference(expected.begin(), expected.end(), found.begin(), found.end(),
-                        std::back_inserter(missing));
-    std::set_difference(found.begin(), found.end(), expected.begin(), expected.end(),
-                        std::back_inserter(unexpected));
-    EXPECT_EQ(missing.join(' ').toStdString(), "") << "tone-marked readings without a recording";
-    EXPECT_EQ(unexpected.join(' ').toStdString(), "") << "recordings of no tone-marked reading";
+    int bad = -1;
+    const auto index = morvel::prog2::Recording::parse_index(QString::fromUtf8(read_all(dir.filePath("index.txt"))), bad);
+    EXPECT_EQ(bad, 0) << "every index line is readable";
 
+    std::set<QString> used;
+    QStringList wrong;
+    qsizetype toned = 0;
+    for (const auto& c : level_table()) {
+        const QString syllable = tone_numbered(c.pinyin);
+        const QString path = morvel::prog2::Recording::path(c.unicode);
+        const QString want = syllable.isEmpty() ? QString() : dir.filePath(syllable + ".mp3");
+        if (path != want || (!want.isEmpty() && !QFile::exists(want)))
+            wrong << QStringLiteral("%1 %2 -> '%3'").arg(c.character(), c.pinyin, path);
+        if (!syllable.isEmpty()) used.insert(syllable + ".mp3");
+        toned += syllable.isEmpty() ? 0 : 1;
+    }
+    EXPECT_EQ(wrong.join(", ").toStdString(), "") << "a recording of its own toned syllable for every toned row";
+    EXPECT_EQ(index.size(), toned) << "no index line for a toneless or unknown character";
+
+    const QStringList files = dir.entryList({"*.mp3"}, QDir::Files, QDir::Name);
+    QStringList unused;
+    for (const QString& name : files)
+        if (!used.count(name)) unused << name;
+    EXPECT_EQ(unused.join(' ').toStdString(), "") << "recordings of no tone-marked reading";
+    EXPECT_EQ(size_t(files.size()), used.size()) << "one recording per toned syllable";
+
+    std::set<QByteArray> contents;
     for (const QString& name : files) {
-        const auto mp3 = parse_mp3(read_all(dir.filePath(name)));
+        const QByteArray bytes = read_all(dir.filePath(name));
+        EXPECT_TRUE(contents.insert(bytes).second) << name.toStdString() << ": the same bytes as another recording";
+        const auto mp3 = parse_mp3(bytes);
         ASSERT_TRUE(mp3.has_value()) << name.toStdString() << ": not a clean MPEG layer III stream";
         EXPECT_TRUE(mp3->mono && (mp3->sampleRate == 22050 || mp3->sampleRate == 24000))
             << name.toStdString();
@@ -152,9 +180,41 @@ TEST(Resources, RecordingsForExactlyTheToneMarkedReadings) {
     }
 }
 
+TEST(Resources, RecordingIndexLines) {
+    const struct {
+        const char* name;
+        const char* text;
+        const char* entries;  // "code=file" in ascending code order
+        int bad;
+    } rows[] = {
+        {"one line", "20013 zhong1", "20013=zhong1.mp3", 0},
+        {"ü written as v", "32511 lv4\n", "32511=lv4.mp3", 0},
+        {"blank lines and carriage returns", "\r\n20013 zhong1\r\n\n19968 yi1\r\n", "19968=yi1.mp3 20013=zhong1.mp3", 0},
+        {"neutral tone number", "20102 le5", "", 1},
+        {"no tone number", "20102 le", "", 1},
+        {"tone mark instead of number", "20013 zhōng", "", 1},
+        {"capital letter", "20013 Zhong1", "", 1},
+        {"no code point", "zhong1\n20013 zhong1", "20013=zhong1.mp3", 1},
+        {"two blanks", "20013  zhong1", "", 1},
+        {"code point of eight digits", "12345678 a1", "", 1},
+        {"a later line for the same code wins", "20013 zhong1\n20013 zhong4", "20013=zhong4.mp3", 0},
+        {"empty text", "", "", 0},
+    };
+    for (const auto& row : rows) {
+        int bad = -1;
+        const auto index = morvel::prog2::Recording::parse_index(QString::fromUtf8(row.text), bad);
+        QList<int> codes = index.keys();
+        std::sort(codes.begin(), codes.end());
+        QStringList entries;
+        for (const int code : codes) entries << QStringLiteral("%1=%2").arg(code).arg(index.value(code));
+        EXPECT_EQ(entries.join(' ').toStdString(), row.entries) << row.name;
+        EXPECT_EQ(bad, row.bad) << row.name;
+    }
+}
+
 TEST(Resources, FrameWalkRejectsBrokenMp3) {
     // Without this the recording checks above could pass on anything.
-    const QByteArray good = read_all(kRoot + "/zh/fono/20013.mp3");
+    const QByteArray good = read_all(morvel::prog2::Recording::path(20013));
     const auto info = parse_mp3(good);
     ASSERT_TRUE(info.has_value());
     const struct {
@@ -293,5 +353,6 @@ TEST(Resources, TreeStaysSmall) {
     qint64 total = 0;
     for (QDirIterator it(kRoot, QDir::Files, QDirIterator::Subdirectories); it.hasNext();)
         total += QFileInfo(it.next()).size();
-    EXPECT_LT(total, 12 * 1024 * 1024);
+    // Seven levels, 2,663 characters: stroke files, shared recordings, the font subset.
+    EXPECT_LT(total, 25 * 1024 * 1024);
 }

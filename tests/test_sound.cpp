@@ -20,7 +20,7 @@ namespace sound_backend = ki::qt::sound_backend;
 
 namespace {
 
-const QString RECORDING = QStringLiteral(":/wb/shared-res/zh/fono/20013.mp3");
+const QString RECORDING = QStringLiteral(":/wb/shared-res/zh/fono/zhong1.mp3");
 const QString MISSING = QStringLiteral(":/wb/shared-res/zh/fono/1.mp3");
 
 class SoundTest : public LoggedTest {

@@ -23,6 +23,8 @@
 #include <QRegularExpression>
 #include <QSlider>
 #include <QTemporaryDir>
+#include <QLineEdit>
+#include <QListWidget>
 #include <QTest>
 #include <cmath>
 #include <csignal>
@@ -31,6 +33,7 @@
 
 #include "app/AppData.h"
 #include "app/ModelAppData.h"
+#include "app/Recording.h"
 #include "app/Window.h"
 #include "app/morvel.h"
 #include "app/practice/PracticeTexts.h"
@@ -91,7 +94,7 @@ QString last_recording(Window& w) {
     return sound != nullptr ? sound->get_source_path() : QString();
 }
 QString recording_of(int index) {
-    return QStringLiteral(":/wb/shared-res/zh/fono/%1.mp3").arg(catalogue().unicode_at(unsigned(index)));
+    return morvel::prog2::Recording::path(catalogue().unicode_at(unsigned(index)));
 }
 
 ki::qt::GButton* button(Window& win, const QString& toolTip) {
@@ -713,6 +716,89 @@ TEST_F(WindowTest, LevelsSwitchWithTheirOwnSelectionAndSurviveARestart) {
     ASSERT_TRUE(again.on_level(1));
     EXPECT_EQ(again.get_selected_index(), 5);
     EXPECT_EQ(canvas_of(again)->get_unicode(), catalogue().unicode_at(5));
+}
+
+TEST_F(WindowTest, TheLevelMenuListsSevenLevelsAndLevelSevenStartsFromTheCommandLine) {
+    const struct {
+        const char* item;
+        int level;
+        int rows;
+    } rows[] = {
+        {"Level 1 · HSK 1 · 87 characters", 1, 87},      {"Level 2 · HSK 1 · 95 characters", 2, 95},
+        {"Level 3 · HSK 2 · 167 characters", 3, 167},    {"Level 4 · HSK 3 · 269 characters", 4, 269},
+        {"Level 5 · HSK 4 · 446 characters", 5, 446},    {"Level 6 · HSK 5 · 621 characters", 6, 621},
+        {"Level 7 · HSK 6 · 978 characters", 7, 978},
+    };
+    {
+        Window& w = open();
+        for (const auto& row : rows) {
+            SCOPED_TRACE(row.item);
+            std::unique_ptr<ki::qt::GMenu> menu(w.gen_menu_options(Window::OPTIONS_ALL));
+            QAction* item = menu_item(menu.get(), {"Level", row.item});
+            ASSERT_NE(item, nullptr);
+            item->trigger();
+            EXPECT_EQ(model_of(w)->row_count(), row.rows);
+            EXPECT_EQ(catalogue().get_level().number, row.level);
+            w.on_index(row.rows - 1);
+        }
+        w.close();
+    }
+    // As main does for "--level 7": only level 7's files are read, its last character selected.
+    win.reset();
+    QString error;
+    const int level = Level::from_arguments({"quenlo", "--level", "7"}, error);
+    ASSERT_EQ(level, 7) << error.toStdString();
+    ASSERT_TRUE(catalogue().switch_to(Level::shipped(1)));
+    AppData unloaded(Level::shipped(1));
+    Window fresh(unloaded);
+    fresh.start_in_level(level);
+    fresh.setup();
+    EXPECT_EQ(unloaded.get_level().number, 7);
+    EXPECT_EQ(unloaded.size(), 978u);
+    EXPECT_EQ(fresh.get_selected_index(), 977) << "level 7 keeps its own selection";
+    EXPECT_EQ(canvas_of(fresh)->get_unicode(), unloaded.unicode_at(977));
+}
+
+TEST_F(WindowTest, SearchChoosesACharacterOfAnotherLevelAndEscapeGoesBack) {
+    Window& w = open();
+    w.on_index(INDEX_ZHONG);
+    auto* field = w.findChild<QLineEdit*>(QStringLiteral("searchField"));
+    auto* results = w.findChild<QListWidget*>(QStringLiteral("searchResults"));
+    ASSERT_NE(field, nullptr);
+    ASSERT_NE(results, nullptr);
+    QAction* ctrlF = nullptr;
+    for (QAction* a : w.findChildren<QAction*>())
+        if (a->shortcut() == QKeySequence(QStringLiteral("Ctrl+F"))) ctrlF = a;
+    ASSERT_NE(ctrlF, nullptr);
+    const struct {
+        const char* name;
+        QLocale::Language language;
+        const char* query;
+        const char* firstResult;
+        Qt::Key key;  // Enter chooses the first result, Escape leaves
+        int level;
+        const char* shown;
+    } rows[] = {
+        {"pinyin with tone number, chosen", QLocale::English, "xue3", "雪  xuě  Level 3 · snow", Qt::Key_Return, 3, "雪"},
+        {"German meaning, chosen", QLocale::German, "Blut", "血  xuè  Stufe 6 · Blut", Qt::Key_Return, 6, "血"},
+        {"Russian meaning, left with Escape", QLocale::Russian, "снег", "雪  xuě  Уровень 3 · снег", Qt::Key_Escape, 6, "血"},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.name);
+        ki::qt::lang::set_lang(row.language);
+        EXPECT_EQ(field->placeholderText(), QStringList({"Search", "Suchen", "Поиск"})[row.language == QLocale::English ? 0 : row.language == QLocale::German ? 1 : 2]);
+        ctrlF->trigger();
+        field->setText(QString::fromUtf8(row.query));  // keyClicks knows Latin keys only
+        ASSERT_GT(results->count(), 0);
+        EXPECT_TRUE(results->isVisibleTo(&w));
+        EXPECT_EQ(results->item(0)->text().toStdString(), row.firstResult);
+        QTest::keyClick(field, row.key);
+        EXPECT_TRUE(field->text().isEmpty());
+        EXPECT_FALSE(results->isVisibleTo(&w)) << "the results no longer cover the list";
+        EXPECT_EQ(catalogue().get_level().number, row.level);
+        EXPECT_EQ(QString(QChar(char16_t(canvas_of(w)->get_unicode()))).toStdString(), row.shown);
+    }
+    ASSERT_TRUE(w.on_level(1));
 }
 
 // A regression guard: an option change that only reached the in-memory store was lost when the

@@ -26,6 +26,11 @@ int Level::from_arguments(const QStringList& arguments, QString& error) {
     return 0;
 }
 
+int Level::hsk(int number) {
+    if (number < 1 || number > COUNT) return 0;
+    return number == 1 ? 1 : number - 1;
+}
+
 int Level::size() const {
     if (directory.isEmpty()) return 0;
     return static_cast<int>(QDir(directory).entryList({QStringLiteral("*.svg")}, QDir::Files).size());

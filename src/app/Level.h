@@ -8,7 +8,7 @@ namespace morvel::prog2 {
 
 struct Level {
     /// Levels shipped with the program, numbered 1 .. COUNT.
-    static constexpr int COUNT = 4;
+    static constexpr int COUNT = 7;
 
     int number = 0;
     QString directory;  ///< ":/wb/shared-res/zh/2", one stroke file per character
@@ -22,6 +22,9 @@ struct Level {
     static int from_arguments(const QStringList& arguments, QString& error);
     /// Number of stroke files in the directory, counted without reading them.
     int size() const;
+    /// The HSK (2.0) level whose words the level's characters come from: level 1 and 2 hold
+    /// HSK 1, every later level n the characters HSK n - 1 adds; 0 outside 1 .. COUNT.
+    static int hsk(int number);
 
     bool operator==(const Level&) const = default;
 };

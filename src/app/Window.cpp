@@ -26,6 +26,8 @@
 #include "app/AppData.h"
 #include "app/Diagnostics.h"
 #include "app/ModelAppData.h"
+#include "app/Recording.h"
+#include "app/search/SearchPanel.h"
 #include "app/controls/LessonControls.h"
 #include "app/morvel.h"
 #include "app/options/OptionsMenu.h"
@@ -134,9 +136,14 @@ void Window::ini() {
     labelLevel = panList->gen_label({}, QStringLiteral("level"));
     labelLevel->setAlignment(Qt::AlignCenter);
     labelLevel->setWordWrap(true);
+    search = new search::SearchPanel(panList);
+    panList->add_widget(search, 0);
     scroller = new ki::qt::otf::GDataScroller(panList);
     scroller->setFrameShadow(QFrame::Sunken);
     panList->add_widget(scroller, 1);
+    search->onChosen = [this](int level, int code) {
+        if (level == data.get_level().number || on_level(level)) select_unicode(code);
+    };
     model = new ModelAppData(data, this);
     model->set_mark_of([this](int code) { return std::make_pair(recorder->mastery(code), recorder->is_due(code)); });
     model->liRowClicked += [this](const int& index) {
@@ -189,6 +196,7 @@ void Window::ini() {
 void Window::retranslate() {
     if (controls == nullptr) return;
     controls->retranslate();
+    search->retranslate();
     fit_due_label();
     update_title();
     if (control.is_mode_bit(MODE_TRANSLATION) && model->get_selected_index() >= 0)
@@ -384,20 +392,22 @@ void Window::on_progress() {
     for (unsigned int i = 0; i < data.size(); ++i) chars.push_back(data.appObject_at(i).chinChar);
     auto* panel = new progress::ProgressPanel(*recorder->store(), std::move(chars), this);
     panel->setAttribute(Qt::WA_DeleteOnClose);
-    panel->liSelect += [this](const int& code) {
-        const std::vector<int> codes = data.code_points();
-        const auto it = std::find(codes.begin(), codes.end(), code);
-        if (it == codes.end()) return;
-        const int index = static_cast<int>(it - codes.begin());
-        model->set_selected_index(index);
-        scroller->ensure_visible(index);
-        on_index(index);
-    };
+    panel->liSelect += [this](const int& code) { select_unicode(code); };
     panel->show();
 }
 
+void Window::select_unicode(int code) {
+    const std::vector<int> codes = data.code_points();
+    const auto it = std::find(codes.begin(), codes.end(), code);
+    if (it == codes.end()) return;
+    const int index = static_cast<int>(it - codes.begin());
+    model->set_selected_index(index);
+    scroller->ensure_visible(index);
+    on_index(index);
+}
+
 QString Window::sound_path(int unicode) {
-    return ki::str::qprintF(":/wb/shared-res/zh/fono/$.mp3", unicode);
+    return Recording::path(unicode);
 }
 
 bool Window::sound_exists(int unicode) const {
@@ -611,6 +621,7 @@ void Window::setup_base_hotkeys() {
     const std::pair<const char*, std::function<void()>> practice[] = {
         {"Ctrl+R", [this]() { on_again(); }},
         {"Ctrl+P", [this]() { on_progress(); }},
+        {"Ctrl+F", [this]() { search->start(); }},
         {"Shift+Right", [this]() { control.step_stroke(true); }},
         {"Shift+Left", [this]() { control.step_stroke(false); }},
     };

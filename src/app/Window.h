@@ -25,6 +25,9 @@ class GDataScroller;
 
 namespace morvel {
 class CanvasHanzi;
+namespace search {
+class SearchPanel;
+}
 namespace progress {
 class LessonRecorder;
 }
@@ -77,7 +80,7 @@ public:
 
     void on_play_sound();
     bool sound_exists(int unicode) const;
-    /// ":/wb/shared-res/zh/fono/<code>.mp3".
+    /// The character's recording (Recording::path), "" when it has none.
     static QString sound_path(int unicode);
 
     /// Brings slider, translation line and learn button in line with the mode word.
@@ -94,6 +97,8 @@ public:
     bool on_level(int number);
     /// The progress panel of the current level (Ctrl+P); a click in it selects a character.
     void on_progress();
+    /// Selects and shows the character `code` of the current level; nothing when it has none.
+    void select_unicode(int code);
     /// The practice history; open once the window has been shown.
     progress::LessonRecorder& get_recorder() { return *recorder; }
     /// Lets the character list be dragged vertically anywhere inside it.
@@ -140,6 +145,7 @@ private:
     CanvasHanzi* canvas = nullptr;
     ModelAppData* model = nullptr;
     ki::qt::otf::GDataScroller* scroller = nullptr;
+    search::SearchPanel* search = nullptr;
     ki::qt::GPanel* panList = nullptr;
     ki::qt::GLabel* labelLevel = nullptr;
     std::unique_ptr<LessonControls> controls;

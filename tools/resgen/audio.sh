@@ -1,7 +1,9 @@
 #!/usr/bin/env bash
-# Pronunciation recordings res/zh/fono/<code point>.mp3, synthesised from the
-# tone-numbered pinyin of every character of every level whose reading carries a tone mark.
-# Neutral-tone readings (no tone mark) get no recording.
+# Pronunciation recordings res/zh/fono/<syllable>.mp3 ("zhong1.mp3", "lv4.mp3"), one per
+# tone-numbered syllable read by any character of any level, and the index
+# res/zh/fono/index.txt that leads from a character's code point to its recording
+# ("20013 zhong1", one line per character, ascending code points). Characters that read the
+# same toned syllable share one recording. Neutral-tone readings (no tone mark) get none.
 #
 #   audio.sh          regenerate the recordings
 #   audio.sh --check  regenerate into a scratch folder, measure, and compare with the tree
@@ -49,13 +51,50 @@ tone_numbered() {
   printf '%s%d' "$base" "$tone"
 }
 
+# Synthesises the recording "$OUT/<word>.mp3" of one tone-numbered syllable and checks its
+# decoded length, peak and clipping; prints the reason and fails when it is out of bounds.
+synthesise() {
+  local word=$1 tmp amplitude
+  tmp=$(mktemp -d -p "$WORK")
+  # espeak's own amplitude first; a few syllables clip at it and are spoken more quietly
+  # (the normalisation below brings them back to the common peak).
+  for amplitude in "" 70 50; do
+    espeak-ng -v cmn-latn-pinyin -s "$SPEED" ${amplitude:+-a "$amplitude"} -w "$tmp/raw.wav" "$word"
+    # Trim the silence at both ends, fade the cut edges (the first fade works on the reversed
+    # sound, so it shapes the tail), and leave headroom for the encoder's overshoot.
+    sox -R "$tmp/raw.wav" -r 22050 -c 1 -b 16 "$tmp/clean.wav" \
+      silence 1 0.01 -45d reverse silence 1 0.01 -45d fade t 0.02 reverse fade t 0.005 \
+      norm -1.5
+    lame --quiet --noreplaygain -m m -V "$VBR_QUALITY" --resample 22.05 -q 2 "$tmp/clean.wav" "$OUT/$word.mp3"
+
+    lame --quiet --decode "$OUT/$word.mp3" "$tmp/decoded.wav"
+    local stats len peak flat
+    stats=$(sox "$tmp/decoded.wav" -n stats 2>&1)
+    len=$(awk '/^Length s/ { print $3 }' <<<"$stats")
+    peak=$(awk '/^Pk lev dB/ { print $4 }' <<<"$stats")
+    flat=$(awk '/^Flat factor/ { print $3 }' <<<"$stats")
+    awk -v f="$flat" 'BEGIN { exit !(f == 0) }' && break
+  done
+  rm -rf "$tmp"
+  if ! awk -v l="$len" -v p="$peak" -v f="$flat" -v lo="$MIN_SEC" -v hi="$MAX_SEC" \
+       'BEGIN { exit !(l >= lo && l <= hi && p > -3 && p < 0 && f == 0) }'; then
+    echo "audio.sh: $word out of bounds: length ${len}s, peak ${peak} dB, flat factor $flat" >&2
+    return 1
+  fi
+}
+
+# The index, and the syllables it names, from the level rows in ascending code-point order.
 fail=0
-count=0
+: > "$OUT/index.txt"
 while IFS= read -r line; do
   [[ -z "$line" ]] && continue
   code=${line%% =*}
-  pinyin=$(printf '%s' "$line" | awk -F'|' '{ gsub(/^ +| +$/, "", $2); print $2 }')
-  if [[ ! "$code" =~ ^[0-9]+$ || -z "$pinyin" ]]; then
+  # "20013 = { 中 | zhōng | ... }": the second field
+  pinyin=${line#*|}
+  pinyin=${pinyin%%|*}
+  pinyin=${pinyin# }
+  pinyin=${pinyin% }
+  if [[ ! "$code" =~ ^[0-9]+$ || -z "$pinyin" || "$line" != *"|"* ]]; then
     echo "audio.sh: cannot read level line '$line'" >&2
     fail=1
     continue
@@ -67,27 +106,16 @@ while IFS= read -r line; do
   fi
   word=$(tone_numbered "$pinyin")
   [[ -z "$word" ]] && continue
+  printf '%s %s\n' "$code" "$word" >> "$OUT/index.txt"
+done < <(cat "${LEVELS[@]}" | sort -n)
+(( fail == 0 )) || exit 1
 
-  espeak-ng -v cmn-latn-pinyin -s "$SPEED" -w "$WORK/raw.wav" "$word"
-  # Trim the silence at both ends, fade the cut edges (the first fade works on the reversed
-  # sound, so it shapes the tail), and leave headroom for the encoder's overshoot.
-  sox -R "$WORK/raw.wav" -r 22050 -c 1 -b 16 "$WORK/clean.wav" \
-    silence 1 0.01 -45d reverse silence 1 0.01 -45d fade t 0.02 reverse fade t 0.005 \
-    norm -1.5
-  lame --quiet --noreplaygain -m m -V "$VBR_QUALITY" --resample 22.05 -q 2 "$WORK/clean.wav" "$OUT/$code.mp3"
-
-  lame --quiet --decode "$OUT/$code.mp3" "$WORK/decoded.wav"
-  stats=$(sox "$WORK/decoded.wav" -n stats 2>&1)
-  len=$(awk '/^Length s/ { print $3 }' <<<"$stats")
-  peak=$(awk '/^Pk lev dB/ { print $4 }' <<<"$stats")
-  flat=$(awk '/^Flat factor/ { print $3 }' <<<"$stats")
-  if ! awk -v l="$len" -v p="$peak" -v f="$flat" -v lo="$MIN_SEC" -v hi="$MAX_SEC" \
-       'BEGIN { exit !(l >= lo && l <= hi && p > -3 && p < 0 && f == 0) }'; then
-    echo "audio.sh: $code ($word) out of bounds: length ${len}s, peak ${peak} dB, flat factor $flat" >&2
-    fail=1
-  fi
-  count=$((count + 1))
-done < <(cat "${LEVELS[@]}")
+# Each syllable once, several at a time: the syllables do not depend on each other.
+export -f synthesise
+export WORK OUT SPEED VBR_QUALITY MIN_SEC MAX_SEC
+awk '{ print $2 }' "$OUT/index.txt" | sort -u > "$WORK/words.txt"
+count=$(wc -l < "$WORK/words.txt")
+xargs -P "$(nproc)" -n 1 bash -c 'synthesise "$1"' _ < "$WORK/words.txt" || fail=1
 
 (( fail == 0 )) || exit 1
 
@@ -97,10 +125,10 @@ if (( CHECK )); then
     diff -rq "$OUT" "$DEST" >&2 || true
     exit 1
   fi
-  echo "audio.sh --check: $count recordings up to date"
+  echo "audio.sh --check: $count recordings and the index up to date"
 else
   rm -rf "$DEST"
   mkdir -p "$DEST"
-  cp "$OUT"/*.mp3 "$DEST"/
-  echo "audio.sh: wrote $count recordings to res/zh/fono"
+  cp "$OUT"/*.mp3 "$OUT"/index.txt "$DEST"/
+  echo "audio.sh: wrote $count recordings and their index to res/zh/fono"
 fi

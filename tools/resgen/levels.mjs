@@ -19,7 +19,7 @@ const require = createRequire(import.meta.url);
 const lexiconDir = path.dirname(require.resolve('chinese-lexicon/package.json'));
 const formatPinyin = require(path.join(lexiconDir, 'dictionary', 'formatPinyin.js'));
 
-const LEVELS = [2, 3, 4];
+const LEVELS = [2, 3, 4, 5, 6, 7];
 const levelFile = (n) => path.join(root, 'res', 'zh', `level_${n}.txt`);
 const tableFile = (n) => path.join(here, 'levels', `level_${n}.txt`);
 

@@ -60,6 +60,21 @@ function fmt(n) {
   return Object.is(r, -0) ? '0' : String(r);
 }
 
+// Path data in the short SVG form: no blank beside a command letter, and a command that
+// repeats the one before it (other than M) written once ("M1 2Q3 4 5 6 7 8 9 10Z"). Some
+// thousand stroke files then stay within one 4 KiB disk block instead of two.
+function compactPath(groups) {
+  let text = '';
+  let previous = null;
+  for (const [cmd, pts] of groups) {
+    if (cmd === 'Z') text += 'Z';
+    else if (cmd === previous && cmd !== 'M') text += ` ${pts.join(' ')}`;
+    else text += `${cmd}${pts.join(' ')}`;
+    previous = cmd;
+  }
+  return text;
+}
+
 // The outlines use absolute M, L, Q, C and Z only; anything else would need a real transform.
 function flipPathData(d, ch) {
   const tokens = d.match(/[A-Za-z]|-?\d*\.?\d+(?:e[-+]?\d+)?/g) || [];
@@ -70,12 +85,12 @@ function flipPathData(d, ch) {
     if (cmd === null) return;
     if (cmd === 'Z') {
       if (args.length) fail(`${ch}: arguments after Z`);
-      out.push('Z');
+      out.push(['Z', []]);
     } else {
       if (args.length === 0 || args.length % 2) fail(`${ch}: odd argument count for ${cmd}`);
       const pts = [];
       for (let i = 0; i < args.length; i += 2) pts.push(`${fmt(args[i])} ${fmt(900 - args[i + 1])}`);
-      out.push(`${cmd} ${pts.join(' ')}`);
+      out.push([cmd, pts]);
     }
     args = [];
   };
@@ -90,7 +105,7 @@ function flipPathData(d, ch) {
     }
   }
   flush();
-  return out.join(' ');
+  return compactPath(out);
 }
 
 // The outline as closed polygons in the package frame, every curve cut into 16 chords.
@@ -143,14 +158,16 @@ function inside(polygons, [x, y]) {
 // both ends inside. Such an end moves along its centre line to a whole-numbered point a few
 // units inside the outline.
 function pullEndsInside(median, polygons, ch) {
+  // Inside with a unit to spare on every side: a renderer's own curve flattening must agree.
+  const wellInside = ([x, y]) => [[0, 0], [1, 0], [-1, 0], [0, 1], [0, -1]].every(([dx, dy]) => inside(polygons, [x + dx, y + dy]));
   const pull = (pts) => {
-    if (inside(polygons, pts[0])) return pts;
+    if (wellInside(pts[0])) return pts;
     const [a, b] = pts;
     const length = Math.hypot(b[0] - a[0], b[1] - a[1]);
     for (let along = 1; along <= length; along++) {
       const t = Math.min(1, (along + 4) / length);
       const p = [Math.round(a[0] + (b[0] - a[0]) * t), Math.round(a[1] + (b[1] - a[1]) * t)];
-      if (inside(polygons, [a[0] + (b[0] - a[0]) * along / length, a[1] + (b[1] - a[1]) * along / length]) && inside(polygons, p)) {
+      if (inside(polygons, [a[0] + (b[0] - a[0]) * along / length, a[1] + (b[1] - a[1]) * along / length]) && wellInside(p)) {
         return [p, ...pts.slice(1)];
       }
     }
@@ -172,7 +189,7 @@ function strokeSvg(row) {
     const median = data.medians[i];
     if (!Array.isArray(median) || median.length < 2) fail(`${row.char}: stroke ${i} has no centre line`);
     const centre = pullEndsInside(median, outlinePolygons(outline), row.char);
-    const anim = centre.map(([x, y], k) => `${k === 0 ? 'M' : 'L'} ${fmt(x)} ${fmt(900 - y)}`).join(' ');
+    const anim = compactPath(centre.map(([x, y], k) => [k === 0 ? 'M' : 'L', [`${fmt(x)} ${fmt(900 - y)}`]]));
     lines.push(`  <path id="stroke-${i}" d="${flipPathData(outline, row.char)}"/>`);
     lines.push(`  <clipPath id="clip-${i}"><use href="#stroke-${i}"/></clipPath>`);
     lines.push(`  <path clip-path="url(#clip-${i})" d="${anim}"/>`);

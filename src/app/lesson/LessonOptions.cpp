@@ -49,6 +49,9 @@ const Row ROWS[] = {
     {"selectedIndex2", &LessonOptions::selectedIndex2},
     {"selectedIndex3", &LessonOptions::selectedIndex3},
     {"selectedIndex4", &LessonOptions::selectedIndex4},
+    {"selectedIndex5", &LessonOptions::selectedIndex5},
+    {"selectedIndex6", &LessonOptions::selectedIndex6},
+    {"selectedIndex7", &LessonOptions::selectedIndex7},
     {"practiceHintAfter", &LessonOptions::hintAfterMisses, Fix::CLAMP, 0, 5},
     {"practiceFeedbackSounds", &LessonOptions::feedbackSounds},
     {"practiceStrokeNumbers", &LessonOptions::strokeNumbers},
@@ -97,6 +100,12 @@ int& LessonOptions::selection_of(int levelNumber) {
             return selectedIndex3;
         case 4:
             return selectedIndex4;
+        case 5:
+            return selectedIndex5;
+        case 6:
+            return selectedIndex6;
+        case 7:
+            return selectedIndex7;
         default:
             return selectedIndex;
     }

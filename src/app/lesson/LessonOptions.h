@@ -31,12 +31,15 @@ struct LessonOptions {
     bool showUnicode = false;
     bool scrollbarVisible = false;
     uint32_t valTest = 0;
-    /// The level shown, 1 .. 4, and the selected character of each level.
+    /// The level shown, 1 .. 7, and the selected character of each level.
     int level = 1;
     int selectedIndex = 0;
     int selectedIndex2 = 0;
     int selectedIndex3 = 0;
     int selectedIndex4 = 0;
+    int selectedIndex5 = 0;
+    int selectedIndex6 = 0;
+    int selectedIndex7 = 0;
     int& selection_of(int levelNumber);
     int selection_of(int levelNumber) const { return const_cast<LessonOptions*>(this)->selection_of(levelNumber); }
 

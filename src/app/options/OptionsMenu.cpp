@@ -124,8 +124,10 @@ void fill_options_menu_top(GMenu* menu, const OptionsMenuHost& host) {
     fill_practice_menu(menu, host);
     GMenu* levels = menu->gen_sub_menu(tt("Level", "Stufe", "Уровень"), GMenu::MENU_EXCLUSIVE);
     for (int number = 1; number <= Level::COUNT; ++number) {
-        const QString label = tt("Level %1 · %2 characters", "Stufe %1 · %2 Zeichen", "Уровень %1 · %2 иероглифов")
+        const QString label = tt("Level %1 · HSK %2 · %3 characters", "Stufe %1 · HSK %2 · %3 Zeichen",
+                                 "Уровень %1 · HSK %2 · %3 иероглифов")
                                   .arg(number)
+                                  .arg(Level::hsk(number))
                                   .arg(Level::shipped(number).size());
         levels->gen_action(label, true, host.options().level == number, [host, number]() { host.level(number); });
     }

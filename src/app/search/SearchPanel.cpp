@@ -1,0 +1,147 @@
+#include "app/search/SearchPanel.h"
+
+#include "app/search/CharacterSearch.h"
+
+#include <ki/qt/lang.h>
+
+#include <QApplication>
+#include <QKeyEvent>
+#include <QLineEdit>
+#include <QListWidget>
+#include <QVBoxLayout>
+
+#include <algorithm>
+
+namespace morvel::search {
+
+namespace {
+constexpr int ROLE_LEVEL = Qt::UserRole;
+constexpr int ROLE_CODE = Qt::UserRole + 1;
+}  // namespace
+
+SearchPanel::SearchPanel(QWidget* parent) : QWidget(parent) {
+    using ki::qt::lang::tt;
+    setObjectName(QStringLiteral("search"));
+    auto* layout = new QVBoxLayout(this);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->setSpacing(2);
+    edit = new QLineEdit(this);
+    edit->setObjectName(QStringLiteral("searchField"));
+    edit->setClearButtonEnabled(true);
+    // Reached by Ctrl+F or a click only: the arrow keys stay with the character list.
+    edit->setFocusPolicy(Qt::ClickFocus);
+    // The list below decides the column's width, not the field.
+    edit->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Fixed);
+    layout->addWidget(edit);
+    list = new QListWidget(this);
+    list->setObjectName(QStringLiteral("searchResults"));
+    list->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Expanding);
+    // Wide enough for character, pinyin, meaning and level while it is shown.
+    list->setMinimumWidth(list->fontMetrics().horizontalAdvance(QStringLiteral("M")) * 28);
+    list->setFocusPolicy(Qt::ClickFocus);
+    retranslate();
+    list->setTextElideMode(Qt::ElideRight);
+    list->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    list->hide();
+
+    connect(edit, &QLineEdit::textChanged, this, [this](const QString& text) { on_text(text); });
+    connect(edit, &QLineEdit::returnPressed, this, [this]() { choose(list->currentRow() < 0 ? 0 : list->currentRow()); });
+    connect(list, &QListWidget::itemActivated, this, [this](QListWidgetItem* item) { choose(list->row(item)); });
+    connect(list, &QListWidget::itemClicked, this, [this](QListWidgetItem* item) { choose(list->row(item)); });
+    edit->installEventFilter(this);
+    list->installEventFilter(this);
+    // Where the learner was before the search took the focus; Escape goes back there.
+    connect(qApp, &QApplication::focusChanged, this, [this](QWidget* old, QWidget* now) {
+        if (now == edit && old != nullptr && old != list) focusBefore = old;
+    });
+}
+
+SearchPanel::~SearchPanel() = default;
+
+void SearchPanel::retranslate() {
+    using ki::qt::lang::tt;
+    edit->setPlaceholderText(tt("Search", "Suchen", "Поиск"));
+    edit->setToolTip(tt("Search all levels (Ctrl+F)", "Alle Stufen durchsuchen (Strg+F)", "Поиск по всем уровням (Ctrl+F)"));
+    if (searching) on_text(edit->text());
+}
+
+void SearchPanel::start() {
+    edit->setFocus(Qt::ShortcutFocusReason);
+    edit->selectAll();
+}
+
+bool SearchPanel::is_searching() const {
+    return searching;
+}
+
+void SearchPanel::on_text(const QString& text) {
+    using ki::qt::lang::tt;
+    const bool now = !text.trimmed().isEmpty();
+    if (now && !index) index = std::make_unique<CharacterSearch>(CharacterSearch::of_shipped_levels());
+    list->clear();
+    if (now) {
+        const QLocale::Language language = ki::qt::lang::get_lang();
+        const QString level = tt("Level %1", "Stufe %1", "Уровень %1");
+        for (const Hit& hit : index->find(text, language)) {
+            // The level before the meaning: a long meaning is cut at the end, the level stays.
+            const QString line = QStringLiteral("%1  %2  %3 · %4")
+                                     .arg(hit.row.character(), hit.row.pinyin, level.arg(hit.level),
+                                          hit.row.meaning(language));
+            auto* item = new QListWidgetItem(line, list);
+            item->setToolTip(line);
+            item->setData(ROLE_LEVEL, hit.level);
+            item->setData(ROLE_CODE, int(hit.row.unicode));
+        }
+        if (list->count() > 0) list->setCurrentRow(0);
+    }
+    if (now) place_results();
+    if (now == searching) return;
+    searching = now;
+    list->setVisible(now);
+}
+
+void SearchPanel::place_results() {
+    // Over the window from below the field down, wider than the narrow list column.
+    QWidget* host = window();
+    if (list->parentWidget() != host) list->setParent(host);
+    const QPoint at = edit->mapTo(host, QPoint(0, edit->height() + 2));
+    const int width = std::min(std::max(edit->width(), list->minimumWidth()), host->width() - at.x());
+    list->setGeometry(at.x(), at.y(), width, std::max(80, host->height() - at.y() - 8));
+    list->raise();
+}
+
+void SearchPanel::choose(int row) {
+    const QListWidgetItem* item = list->item(row);
+    if (item == nullptr) return;
+    const int level = item->data(ROLE_LEVEL).toInt();
+    const int code = item->data(ROLE_CODE).toInt();
+    close_search();
+    if (onChosen) onChosen(level, code);
+}
+
+void SearchPanel::close_search() {
+    edit->clear();  // hides the results through on_text
+    QWidget* back = focusBefore.data();
+    focusBefore = nullptr;
+    if (back != nullptr && back->isVisible())
+        back->setFocus(Qt::OtherFocusReason);
+    else
+        edit->clearFocus();
+}
+
+bool SearchPanel::eventFilter(QObject* watched, QEvent* event) {
+    if (event->type() != QEvent::KeyPress) return QWidget::eventFilter(watched, event);
+    const auto* key = static_cast<QKeyEvent*>(event);
+    if (key->key() == Qt::Key_Escape) {
+        close_search();
+        return true;
+    }
+    if (watched == edit && (key->key() == Qt::Key_Down || key->key() == Qt::Key_Up) && list->count() > 0) {
+        const int step = key->key() == Qt::Key_Down ? 1 : -1;
+        list->setCurrentRow(std::clamp(list->currentRow() + step, 0, list->count() - 1));
+        return true;
+    }
+    return QWidget::eventFilter(watched, event);
+}
+
+}  // namespace morvel::search
