@@ -75,7 +75,7 @@ bool Diagnostics::save_screenshots(Window& window, const QString& folder) {
             settle();
             save(&window, QStringLiteral("quenlo_watch_") + name);
             control.set_mode_flags(MODE_LEARN | MODE_TRANSLATION);
-            window.on_set_strokes_learned(2);
+            window.control.set_strokes_learned(2);
             settle();
             save(&window, QStringLiteral("quenlo_learn_") + name);
             save_menu(QStringLiteral("quenlo_menu_") + name);

@@ -29,6 +29,7 @@
 #include "app/Recording.h"
 #include "app/search/SearchPanel.h"
 #include "app/controls/LessonControls.h"
+#include "app/lesson/LevelSource.h"
 #include "app/morvel.h"
 #include "app/options/OptionsMenu.h"
 #include "app/practice/PracticeTexts.h"
@@ -78,10 +79,25 @@ void banner(const char* title) {
 
 Window::Window(AppData& appData)
     : data(appData),
+      flow(control, [this](int ms, std::function<void()> then) { QTimer::singleShot(ms, this, std::move(then)); }),
       feedback(this,
                [this]() { return sound != nullptr && sound->is_playing(); }),
       recorder(std::make_unique<progress::LessonRecorder>()) {
     control.liChanged += [this](const LessonChange& change) { on_lesson_changed(change); };
+    flow.set_source(std::make_unique<LevelSource>(
+        [this]() { return static_cast<int>(model->row_count()); },
+        [this](int from, int step) {
+            return options.reviewDue && recorder->is_open() ? recorder->next_due_index(data.code_points(), from, step)
+                                                            : -1;
+        }));
+    flow.liShow += [this](const int& index) { select(index); };
+    flow.liFeedback += [this](const Feedback& what) { feedback.play(what); };
+    flow.liClearTrace += [this]() { canvas->clear_path_mouse(); };
+    flow.liFinished += [this](const int& round) {
+        recorder->completed(round, canvas->get_score_card().character_score());
+        update_progress_view();
+    };
+    flow.liHint += [this]() { recorder->hint_shown(); };
     connect(&timer, &QTimer::timeout, this, [this]() { on_timer(); });
     ki::qt::lang::get_listener().set(listener_key(), [this](const int&) { retranslate(); });
 }
@@ -150,7 +166,7 @@ void Window::ini() {
         // The list has already moved its selection: the canvas tells what was shown.
         if (canvas->get_unicode() == data.unicode_at(static_cast<unsigned int>(index)) &&
             control.is_mode_bit(MODE_LEARN))
-            on_again();
+            flow.again();
         else
             on_index(index);
     };
@@ -164,8 +180,14 @@ void Window::ini() {
     canvas->config_load(nWin);
     canvas->set_lesson(&control);
     canvas->set_captions(true);
-    canvas->listenerStrokeLearned += [this]() { on_event_stroke_learned(); };
-    canvas->listenerStrokeRejected += [this]() { on_event_stroke_rejected(); };
+    canvas->listenerStrokeLearned += [this]() {
+        record_trace(true);
+        flow.stroke_accepted();
+    };
+    canvas->listenerStrokeRejected += [this]() {
+        record_trace(false);
+        flow.stroke_rejected();
+    };
     const unsigned int first = static_cast<unsigned int>(std::max(0LL, model->get_selected_index()));
     ki::GSysResult<Anim> anim = Anim::build_from_file(data.svg_file_path_at(first));
     ki::pp("::build_anim $", anim.ok() ? std::string("ok") : anim.to_string());
@@ -175,8 +197,8 @@ void Window::ini() {
         right, LessonControls::Actions{[this]() { on_menu_options(OPTIONS_ALL); },
                                        [this]() { on_toggle_fullscreen(); },
                                        [this]() { on_play_sound(); },
-                                       [this]() { inc_sel_index(true); },
-                                       [this]() { inc_sel_index(false); },
+                                       [this]() { flow.move(-1); },
+                                       [this]() { flow.move(+1); },
                                        [this]() { on_toggle_list(); },
                                        [this]() {
                                            control.set_mode_bits(MODE_LEARN, !control.is_mode_bit(MODE_LEARN));
@@ -263,6 +285,7 @@ void Window::on_index(int index) {
     if (!anim.ok()) return;
 
     model->set_selected_index(index);
+    flow.shown(index);
     canvas->clear_path_mouse();
     canvas->set_anim(anim.take());
     canvas->set_unicode(entry.unicode);
@@ -353,21 +376,11 @@ void Window::update_translation(int index) {
     controls->show_translation(chin.meaning(ki::qt::lang::get_lang()));
 }
 
-void Window::inc_sel_index(bool flagUp) {
-    ki::pp("Window::inc_sel_index, flagUp:$", flagUp);
-    const long long current = model->get_selected_index();
-    long long next = -1;
-    if (options.reviewDue && recorder->is_open())
-        next = recorder->next_due_index(data.code_points(), static_cast<int>(current), flagUp ? -1 : 1);
-    // With nothing else due, review gives way to the level's order: the arrows never go dead.
-    if (next < 0 || next == current) {
-        next = current + (flagUp ? -1 : 1);
-        if (next < 0 || next > model->row_count() - 1) return;
-    }
-    model->set_selected_index(next);
-    scroller->ensure_visible(next);
+void Window::select(int index) {
+    model->set_selected_index(index);
+    scroller->ensure_visible(index);
     scroller->update_model();
-    on_index(static_cast<int>(next));
+    on_index(index);
 }
 
 void Window::update_due_label() {
@@ -399,11 +412,7 @@ void Window::on_progress() {
 void Window::select_unicode(int code) {
     const std::vector<int> codes = data.code_points();
     const auto it = std::find(codes.begin(), codes.end(), code);
-    if (it == codes.end()) return;
-    const int index = static_cast<int>(it - codes.begin());
-    model->set_selected_index(index);
-    scroller->ensure_visible(index);
-    on_index(index);
+    if (it != codes.end()) select(static_cast<int>(it - codes.begin()));
 }
 
 QString Window::sound_path(int unicode) {
@@ -467,51 +476,10 @@ void Window::on_timer() {
         update_progress_view();
 }
 
-void Window::on_set_strokes_learned(int n) {
-    ki::pp("Window::on_set_strokes_learned <$>", n);
-    control.set_strokes_learned(n);
-}
-
-void Window::on_event_stroke_learned() {
-    recorder->trace(control.get_strokes_learned(), true, {}, canvas->get_r_circle(), history_aids(*canvas),
+void Window::record_trace(bool accepted) {
+    const QString reason = accepted ? QString() : practice::reason_key(canvas->get_rejection().reason);
+    recorder->trace(control.get_strokes_learned(), accepted, reason, canvas->get_r_circle(), history_aids(*canvas),
                     canvas->get_last_score());
-    canvas->clear_path_mouse();
-    control.stroke_accepted();
-    const LessonState& state = control.state();
-    if (state.is_done()) {
-        recorder->completed(state.round, canvas->get_score_card().character_score());
-        update_progress_view();
-    }
-    if (!state.is_complete()) {
-        feedback.play(Feedback::ACCEPTED);
-        if (state.is_done()) {
-            const long long selected = get_selected_index();
-            QTimer::singleShot(NEXT_ROUND_DELAY_MS, this, [this, selected]() {
-                if (get_selected_index() == selected) control.next_round();
-            });
-        }
-        return;
-    }
-    ki::pp("hieroglyphe done");
-    feedback.play(Feedback::COMPLETE);
-    if (!options.nextWhenDone) return;
-    const long long selected = get_selected_index();
-    QTimer::singleShot(NEXT_CHARACTER_DELAY_MS, this, [this, selected]() {
-        if (get_selected_index() == selected && control.state().is_complete()) inc_sel_index(false);
-    });
-}
-
-void Window::on_event_stroke_rejected() {
-    recorder->trace(control.get_strokes_learned(), false,
-                    practice::reason_key(canvas->get_rejection().reason), canvas->get_r_circle(),
-                    history_aids(*canvas), canvas->get_last_score());
-    feedback.play(Feedback::REJECTED);
-    if (control.stroke_rejected(options.hintAfterMisses)) recorder->hint_shown();
-}
-
-void Window::on_again() {
-    canvas->clear_path_mouse();
-    control.restart();
 }
 
 void Window::on_toggle_list() {
@@ -565,7 +533,7 @@ void Window::apply_options(const LessonOptions& next) {
     update_list_width();
     if (next.incSpeed != before.incSpeed) control.set_inc_speed(next.incSpeed);
     control.set_mode_flags(next.modeFlags);
-    control.set_rounds(next.practiceRounds ? 3 : 1);
+    flow.set_options(next);
     feedback.set_enabled(next.feedbackSounds);
     if (controls != nullptr && next.reviewDue != before.reviewDue) update_progress_view();
     canvas->update();
@@ -608,18 +576,12 @@ void Window::setup_base_hotkeys() {
     GMainWindow::setup_base_hotkeys();
     QAction* left = gen_action(QStringLiteral("left"));
     left->setShortcuts({QKeySequence(Qt::Key_Left), QKeySequence(Qt::Key_PageUp)});
-    connect(left, &QAction::triggered, this, [this]() {
-        ki::pp("left");
-        inc_sel_index(true);
-    });
+    connect(left, &QAction::triggered, this, [this]() { flow.move(-1); });
     QAction* right = gen_action(QStringLiteral("right"));
     right->setShortcuts({QKeySequence(Qt::Key_Right), QKeySequence(Qt::Key_PageDown)});
-    connect(right, &QAction::triggered, this, [this]() {
-        ki::pp("right");
-        inc_sel_index(false);
-    });
+    connect(right, &QAction::triggered, this, [this]() { flow.move(+1); });
     const std::pair<const char*, std::function<void()>> practice[] = {
-        {"Ctrl+R", [this]() { on_again(); }},
+        {"Ctrl+R", [this]() { flow.again(); }},
         {"Ctrl+P", [this]() { on_progress(); }},
         {"Ctrl+F", [this]() { search->start(); }},
         {"Shift+Right", [this]() { control.step_stroke(true); }},
@@ -643,7 +605,7 @@ void Window::on_menu_options_top(ki::qt::GMenu* menu) {
                                      apply_options(next);
                                      save_settings_now();
                                  },
-                                 [this]() { on_again(); },
+                                 [this]() { flow.again(); },
                                  [this](int number) { on_level(number); },
                                  [this]() {
                                      const long long selected = get_selected_index();

@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "app/lesson/FeedbackSounds.h"
+#include "app/lesson/LessonFlow.h"
 #include "app/lesson/LessonOptions.h"
 #include "app/stroke/ControlAnim.h"
 
@@ -45,10 +46,6 @@ class Window : public ki::qt::GMainWindow {
 public:
     static constexpr int TIMER_INTERVAL_MS = 100;
     static constexpr int DRAG_THRESHOLD = 4;
-    /// Pause after a finished character before the next one is selected ("next when done"),
-    /// and after a finished practice round before the next round.
-    static constexpr int NEXT_CHARACTER_DELAY_MS = 1500;
-    static constexpr int NEXT_ROUND_DELAY_MS = 1000;
 
     /// `data` must outlive the window. Handed over unloaded, it is loaded by `setup` with the
     /// stored level.
@@ -74,8 +71,6 @@ public:
 
     /// Shows catalogue entry `index`; a character whose strokes cannot be built changes nothing.
     void on_index(int index);
-    /// One character back (`flagUp`) or on; stops at both ends.
-    void inc_sel_index(bool flagUp);
     long long get_selected_index() const;
 
     void on_play_sound();
@@ -87,11 +82,6 @@ public:
     void on_mode_changed();
     /// Advances the automatic drawing by one step; runs every TIMER_INTERVAL_MS.
     void on_timer();
-    void on_set_strokes_learned(int n);
-    void on_event_stroke_learned();
-    void on_event_stroke_rejected();
-    /// Tracing of the current character starts again (hotkey Ctrl+R, a click on its row).
-    void on_again();
     /// Shows level `number` (1 .. 4) with its own selected character; a level whose files are
     /// missing gives a message and the level stays as it was. Returns whether it is shown.
     bool on_level(int number);
@@ -109,6 +99,8 @@ public:
 
     /// The lesson state: mode, position, strokes traced.
     ControlAnim& get_control() { return control; }
+    /// What comes next: rounds, hints, the next character, review.
+    LessonFlow& get_flow() { return flow; }
     /// The learn-mode effect sounds; tests listen to what is played.
     FeedbackSounds& get_feedback() { return feedback; }
     /// The options as they are now; `apply_options` changes, shows and saves them.
@@ -123,6 +115,10 @@ private:
     friend class Diagnostics;
 
     void on_lesson_changed(const LessonChange& change);
+    /// Selects `index` in the list, scrolls it into view and shows it.
+    void select(int index);
+    /// Hands a judged trace to the practice history.
+    void record_trace(bool accepted);
     void show_progress(float progress);
     void update_translation(int index);
     void update_title();
@@ -141,6 +137,7 @@ private:
 
     AppData& data;
     ControlAnim control;
+    LessonFlow flow;
     LessonOptions options;
     CanvasHanzi* canvas = nullptr;
     ModelAppData* model = nullptr;
