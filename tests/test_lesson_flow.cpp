@@ -1,0 +1,154 @@
+// The lesson flow without a window: traces, rounds, hints, "next when done" and Previous/Next
+// with and without due characters, read from what the flow asks the window to show and play.
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <set>
+#include <string>
+#include <vector>
+
+#include "app/lesson/LessonFlow.h"
+#include "app/lesson/LessonOptions.h"
+#include "app/lesson/LevelSource.h"
+#include "app/stroke/ControlAnim.h"
+
+using namespace morvel::prog2;
+
+namespace {
+
+constexpr int LEVEL_SIZE = 10, STROKES = 2;
+
+// What the learner does; PICK_6 stands for a click on the list's seventh row, WAIT for the
+// oldest pending pause running out.
+enum Event { ACCEPT, REJECT, WAIT, AGAIN, NEXT, PREVIOUS, PICK_6 };
+
+// The flow as the window wires it, over a level of ten two-stroke characters.
+struct Lesson {
+    explicit Lesson(const LessonOptions& options, std::set<int> dueIndexes) : due(std::move(dueIndexes)) {
+        flow.set_options(options);
+        flow.set_source(std::make_unique<LevelSource>([]() { return LEVEL_SIZE; }, [this](int from, int step) {
+            // As the history answers: the next due one that way, round the level's end.
+            for (int i = 1; i <= LEVEL_SIZE; ++i)
+                if (due.count((from + i * step + LEVEL_SIZE) % LEVEL_SIZE) != 0)
+                    return (from + i * step + LEVEL_SIZE) % LEVEL_SIZE;
+            return -1;
+        }));
+        flow.liShow += [this](const int& index) {
+            heard.push_back("show " + std::to_string(index));
+            pick(index);
+        };
+        flow.liFeedback += [this](const Feedback& what) {
+            heard.push_back(what == Feedback::ACCEPTED ? "accepted" : what == Feedback::COMPLETE ? "complete" : "rejected");
+        };
+        flow.liFinished += [this](const int& round) { heard.push_back("round " + std::to_string(round) + " done"); };
+        flow.liHint += [this]() { heard.push_back("hint"); };
+    }
+    void pick(int index) {
+        control.select(STROKES);
+        flow.shown(index);
+    }
+    void play(Event event) {
+        switch (event) {
+            case ACCEPT: return flow.stroke_accepted();
+            case REJECT: return flow.stroke_rejected();
+            case AGAIN: return flow.again();
+            case NEXT: return flow.move(+1);
+            case PREVIOUS: return flow.move(-1);
+            case PICK_6: return pick(6);
+            case WAIT:  // the oldest pause runs out
+                if (!waiting.empty()) {
+                    const std::function<void()> then = waiting.front();
+                    waiting.erase(waiting.begin());
+                    then();
+                }
+        }
+    }
+    std::string where() const {
+        const LessonState& s = control.state();
+        return std::to_string(flow.current()) + ": round " + std::to_string(s.round) + ", " +
+               std::to_string(s.strokesLearned) + " of " + std::to_string(s.strokeCount) +
+               (s.hint >= 0.0f ? ", hint" : "");
+    }
+
+    ControlAnim control;
+    std::vector<std::function<void()>> waiting;
+    LessonFlow flow{control, [this](int ms, std::function<void()> then) {
+                        heard.push_back("wait " + std::to_string(ms));
+                        waiting.push_back(std::move(then));
+                    }};
+    std::set<int> due;
+    std::vector<std::string> heard;
+};
+
+}  // namespace
+
+TEST(LessonFlow, PlaysTracesRoundsHintsAndNavigation) {
+    const LessonOptions plain;
+    LessonOptions rounds, nextWhenDone, noHints, both;
+    rounds.practiceRounds = both.practiceRounds = true;
+    nextWhenDone.nextWhenDone = both.nextWhenDone = true;
+    noHints.hintAfterMisses = 0;
+    using V = std::vector<std::string>;
+    struct Row {
+        const char* name;
+        LessonOptions options;
+        std::set<int> due;
+        int start;
+        std::vector<Event> events;
+        V heard;
+        std::string where;
+    };
+    // clang-format off
+    const Row rows[] = {
+        {"every stroke traced finishes the character", plain, {}, 3, {ACCEPT, ACCEPT},
+         {"accepted", "round 1 done", "complete"}, "3: round 1, 2 of 2"},
+        {"the third miss starts the hint, every further miss again", plain, {}, 3, {REJECT, REJECT, REJECT, REJECT},
+         {"rejected", "rejected", "rejected", "hint", "rejected", "hint"}, "3: round 1, 0 of 2, hint"},
+        {"an accepted stroke starts the miss count again", plain, {}, 3, {REJECT, REJECT, ACCEPT, REJECT, REJECT},
+         {"rejected", "rejected", "accepted", "rejected", "rejected"}, "3: round 1, 1 of 2"},
+        {"hints off never hint", noHints, {}, 3, {REJECT, REJECT, REJECT, REJECT},
+         {"rejected", "rejected", "rejected", "rejected"}, "3: round 1, 0 of 2"},
+        {"a finished round waits, then the next round starts", rounds, {}, 3, {ACCEPT, ACCEPT, WAIT},
+         {"accepted", "round 1 done", "accepted", "wait 1000"}, "3: round 2, 0 of 2"},
+        {"the third round finishes the character", rounds, {}, 3,
+         {ACCEPT, ACCEPT, WAIT, ACCEPT, ACCEPT, WAIT, ACCEPT, ACCEPT, WAIT},
+         {"accepted", "round 1 done", "accepted", "wait 1000", "accepted", "round 2 done", "accepted", "wait 1000",
+          "accepted", "round 3 done", "complete"}, "3: round 3, 2 of 2"},
+        {"Again in the pause between rounds starts round one", rounds, {}, 3, {ACCEPT, ACCEPT, AGAIN, WAIT},
+         {"accepted", "round 1 done", "accepted", "wait 1000"}, "3: round 1, 0 of 2"},
+        {"next when done shows the next character after the pause", nextWhenDone, {}, 3, {ACCEPT, ACCEPT, WAIT},
+         {"accepted", "round 1 done", "complete", "wait 1500", "show 4"}, "4: round 1, 0 of 2"},
+        {"next when done waits for the last round", both, {}, 3, {ACCEPT, ACCEPT, WAIT},
+         {"accepted", "round 1 done", "accepted", "wait 1000"}, "3: round 2, 0 of 2"},
+        {"a character picked in the pause is not left", nextWhenDone, {}, 3, {ACCEPT, ACCEPT, PICK_6, WAIT},
+         {"accepted", "round 1 done", "complete", "wait 1500"}, "6: round 1, 0 of 2"},
+        {"the pause of a character left, then the next one finished in it, lapses", nextWhenDone, {}, 3,
+         {ACCEPT, ACCEPT, PICK_6, ACCEPT, ACCEPT, WAIT},
+         {"accepted", "round 1 done", "complete", "wait 1500", "accepted", "round 1 done", "complete", "wait 1500"},
+         "6: round 1, 2 of 2"},
+        {"Again in the pause keeps the character", nextWhenDone, {}, 3, {ACCEPT, ACCEPT, AGAIN, WAIT},
+         {"accepted", "round 1 done", "complete", "wait 1500"}, "3: round 1, 0 of 2"},
+        {"next when done at the last character stays", nextWhenDone, {}, 9, {ACCEPT, ACCEPT, WAIT},
+         {"accepted", "round 1 done", "complete", "wait 1500"}, "9: round 1, 2 of 2"},
+        {"Next and Previous in the level's order", plain, {}, 3, {NEXT, NEXT, PREVIOUS}, {"show 4", "show 5", "show 4"},
+         "4: round 1, 0 of 2"},
+        {"Previous at the first stays", plain, {}, 0, {PREVIOUS}, {}, "0: round 1, 0 of 2"},
+        {"Next at the last stays", plain, {}, 9, {NEXT}, {}, "9: round 1, 0 of 2"},
+        {"review: Next and Previous go to the due ones, round the end", plain, {1, 7}, 3, {NEXT, NEXT, PREVIOUS},
+         {"show 7", "show 1", "show 7"}, "7: round 1, 0 of 2"},
+        {"review with only the shown one due goes on in order", plain, {3}, 3, {NEXT}, {"show 4"}, "4: round 1, 0 of 2"},
+        {"review: next when done goes to the next due one", nextWhenDone, {8}, 3, {ACCEPT, ACCEPT, WAIT},
+         {"accepted", "round 1 done", "complete", "wait 1500", "show 8"}, "8: round 1, 0 of 2"},
+        {"a move in the middle of a character starts it afresh", plain, {}, 3, {ACCEPT, REJECT, NEXT},
+         {"accepted", "rejected", "show 4"}, "4: round 1, 0 of 2"},
+    };
+    // clang-format on
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.name);
+        Lesson lesson(row.options, row.due);
+        lesson.pick(row.start);
+        for (const Event event : row.events) lesson.play(event);
+        EXPECT_EQ(lesson.heard, row.heard);
+        EXPECT_EQ(lesson.where(), row.where);
+    }
+}
