@@ -17,7 +17,6 @@
 #include <ki/tools/os.h>
 
 #include <QAction>
-#include <QDateTime>
 #include <QFontMetrics>
 #include <QStatusBar>
 #include <QStyle>
@@ -29,6 +28,7 @@
 #include "app/Recording.h"
 #include "app/search/SearchPanel.h"
 #include "app/controls/LessonControls.h"
+#include "app/lesson/DueReview.h"
 #include "app/lesson/LevelSource.h"
 #include "app/morvel.h"
 #include "app/options/OptionsMenu.h"
@@ -36,7 +36,6 @@
 #include "app/practice/Rejection.h"
 #include "app/progress/LessonRecorder.h"
 #include "app/progress/ProgressPanel.h"
-#include "app/progress/ProgressStore.h"
 #include "app/stroke/Anim.h"
 #include "app/stroke/CanvasHanzi.h"
 #include "app/worksheet/WorksheetDialog.h"
@@ -54,27 +53,6 @@ unsigned int history_aids(const CanvasHanzi& canvas) {
     return progress::LessonRecorder::aids_of(canvas.aids_shown(), canvas.get_guide_grid() != LessonOptions::GRID_SQUARES);
 }
 
-// Milliseconds until the first of `codes` falls due (at the start of its due day), -1 when none
-// ever will. Due days are whole local days.
-qint64 ms_to_next_due(const progress::ProgressStore& store, const std::vector<int>& codes) {
-    const qint64 today = store.today();
-    qint64 first = -1;
-    for (const int code : codes) {
-        const progress::CharSummary summary = store.summary(code);
-        if (summary.box > 0 && summary.dueDay > today && (first < 0 || summary.dueDay < first))
-            first = summary.dueDay;
-    }
-    if (first < 0) return -1;
-    const QDateTime start(QDate::fromJulianDay(first), QTime(0, 0));
-    return std::max<qint64>(0, start.toMSecsSinceEpoch() - QDateTime::currentMSecsSinceEpoch());
-}
-
-void banner(const char* title) {
-    ki::pp("***********************************");
-    ki::pp(title);
-    ki::pp("***********************************");
-}
-
 }  // namespace
 
 Window::Window(AppData& appData)
@@ -82,14 +60,11 @@ Window::Window(AppData& appData)
       flow(control, [this](int ms, std::function<void()> then) { QTimer::singleShot(ms, this, std::move(then)); }),
       feedback(this,
                [this]() { return sound != nullptr && sound->is_playing(); }),
-      recorder(std::make_unique<progress::LessonRecorder>()) {
+      recorder(std::make_unique<progress::LessonRecorder>()),
+      review(*recorder, [this]() { return data.code_points(); }) {
     control.liChanged += [this](const LessonChange& change) { on_lesson_changed(change); };
-    flow.set_source(std::make_unique<LevelSource>(
-        [this]() { return static_cast<int>(model->row_count()); },
-        [this](int from, int step) {
-            return options.reviewDue && recorder->is_open() ? recorder->next_due_index(data.code_points(), from, step)
-                                                            : -1;
-        }));
+    flow.set_source(std::make_unique<LevelSource>([this]() { return static_cast<int>(model->row_count()); },
+                                                  [this](int from, int step) { return review.next_due(from, step); }));
     flow.liShow += [this](const int& index) { select(index); };
     flow.liFeedback += [this](const Feedback& what) { feedback.play(what); };
     flow.liClearTrace += [this]() { canvas->clear_path_mouse(); };
@@ -219,11 +194,11 @@ void Window::retranslate() {
     if (controls == nullptr) return;
     controls->retranslate();
     search->retranslate();
-    fit_due_label();
+    controls->fit_due(DueReview::widest_labels());
     update_title();
     if (control.is_mode_bit(MODE_TRANSLATION) && model->get_selected_index() >= 0)
         update_translation(static_cast<int>(model->get_selected_index()));
-    update_due_label();
+    controls->show_due(review.is_active(), review.label());
     // Its caption and the reason of a rejected trace are worded when painted.
     canvas->update();
 }
@@ -232,15 +207,8 @@ void Window::update_fonts() {
     std::vector<QString> pinyins;
     for (unsigned int i = 0; i < data.size(); ++i) pinyins.push_back(data.appObject_at(i).chinChar.pinyin);
     controls->fit_fonts(font(), std::move(pinyins));
-    fit_due_label();
+    controls->fit_due(DueReview::widest_labels());
     update_list_width();
-}
-
-void Window::fit_due_label() {
-    constexpr qint64 MINUTE = 60 * 1000;
-    controls->fit_due({progress::ProgressPanel::due_count_text(9999), practice::nothing_due_text(59 * MINUTE),
-                       practice::nothing_due_text(47 * 60 * MINUTE),
-                       practice::nothing_due_text(99 * 24 * 60 * MINUTE)});
 }
 
 void Window::update_list_width() {
@@ -383,19 +351,8 @@ void Window::select(int index) {
     on_index(index);
 }
 
-void Window::update_due_label() {
-    const bool shown = options.reviewDue && recorder->is_open();
-    QString text;
-    if (shown) {
-        const int due = recorder->due_count(data.code_points());
-        text = due > 0 ? progress::ProgressPanel::due_count_text(due)
-                       : practice::nothing_due_text(ms_to_next_due(*recorder->store(), data.code_points()));
-    }
-    controls->show_due(shown, text);
-}
-
 void Window::update_progress_view() {
-    update_due_label();
+    controls->show_due(review.is_active(), review.label());
     scroller->update_model();
 }
 
@@ -472,7 +429,7 @@ void Window::show_progress(float progress) {
 void Window::on_timer() {
     control.tick();
     // Characters fall due as time passes, and "next in 5 h" counts down.
-    if (++ticks % (60 * 1000 / TIMER_INTERVAL_MS) == 0 && options.reviewDue && recorder->is_open())
+    if (++ticks % (60 * 1000 / TIMER_INTERVAL_MS) == 0 && review.is_active())
         update_progress_view();
 }
 
@@ -535,18 +492,19 @@ void Window::apply_options(const LessonOptions& next) {
     control.set_mode_flags(next.modeFlags);
     flow.set_options(next);
     feedback.set_enabled(next.feedbackSounds);
+    review.set_on(next.reviewDue);
     if (controls != nullptr && next.reviewDue != before.reviewDue) update_progress_view();
     canvas->update();
 }
 
 void Window::save_state() {
-    banner("*** Window::save_state ************");
+    ki::pp("*** Window::save_state ***");
     if (model != nullptr) get_options().save(nWin);
     GMainWindow::save_state();
 }
 
 void Window::restore_state() {
-    banner("*** Window::restore_state *********");
+    ki::pp("*** Window::restore_state ***");
     GMainWindow::restore_state();
     if (model == nullptr) return;
     LessonOptions stored = LessonOptions::load(nWin);
@@ -574,25 +532,26 @@ void Window::restore_state() {
 
 void Window::setup_base_hotkeys() {
     GMainWindow::setup_base_hotkeys();
-    QAction* left = gen_action(QStringLiteral("left"));
-    left->setShortcuts({QKeySequence(Qt::Key_Left), QKeySequence(Qt::Key_PageUp)});
-    connect(left, &QAction::triggered, this, [this]() { flow.move(-1); });
-    QAction* right = gen_action(QStringLiteral("right"));
-    right->setShortcuts({QKeySequence(Qt::Key_Right), QKeySequence(Qt::Key_PageDown)});
-    connect(right, &QAction::triggered, this, [this]() { flow.move(+1); });
-    const std::pair<const char*, std::function<void()>> practice[] = {
-        {"Ctrl+R", [this]() { flow.again(); }},
-        {"Ctrl+P", [this]() { on_progress(); }},
-        {"Ctrl+F", [this]() { search->start(); }},
-        {"Shift+Right", [this]() { control.step_stroke(true); }},
-        {"Shift+Left", [this]() { control.step_stroke(false); }},
+    const struct {
+        const char* name;
+        QList<QKeySequence> keys;  // when they differ from the name
+        std::function<void()> run;
+    } actions[] = {
+        {"left", {Qt::Key_Left, Qt::Key_PageUp}, [this]() { flow.move(-1); }},
+        {"right", {Qt::Key_Right, Qt::Key_PageDown}, [this]() { flow.move(+1); }},
+        {"Ctrl+R", {}, [this]() { flow.again(); }},
+        {"Ctrl+P", {}, [this]() { on_progress(); }},
+        {"Ctrl+F", {}, [this]() { search->start(); }},
+        {"Shift+Right", {}, [this]() { control.step_stroke(true); }},
+        {"Shift+Left", {}, [this]() { control.step_stroke(false); }},
+        {"Ctrl+Alt+1", {}, [this]() { on_test1(); }},
+        {"Ctrl+Alt+2", {}, [this]() { on_test2(); }},
     };
-    for (const auto& [keys, handler] : practice)
-        connect(gen_action(QString::fromLatin1(keys)), &QAction::triggered, this, handler);
-    QAction* test1 = gen_action(QStringLiteral("Ctrl+Alt+1"));
-    connect(test1, &QAction::triggered, this, [this]() { on_test1(); });
-    QAction* test2 = gen_action(QStringLiteral("Ctrl+Alt+2"));
-    connect(test2, &QAction::triggered, this, [this]() { on_test2(); });
+    for (const auto& [name, keys, run] : actions) {
+        QAction* action = gen_action(QString::fromLatin1(name));
+        if (!keys.isEmpty()) action->setShortcuts(keys);
+        connect(action, &QAction::triggered, this, run);
+    }
 }
 
 void Window::ini_filter_global_mouse() {

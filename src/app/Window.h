@@ -9,6 +9,7 @@
 #include <memory>
 #include <vector>
 
+#include "app/lesson/DueReview.h"
 #include "app/lesson/FeedbackSounds.h"
 #include "app/lesson/LessonFlow.h"
 #include "app/lesson/LessonOptions.h"
@@ -124,10 +125,7 @@ private:
     void update_title();
     /// The "12 due" label and the list marks, after the history changed.
     void update_progress_view();
-    /// "12 due", or when the next one is due.
-    void update_due_label();
     void update_fonts();
-    void fit_due_label();
     void update_list_width();
     void retranslate();
     void on_toggle_list();
@@ -150,6 +148,7 @@ private:
     ki::qt::GSoundEffect* quietEffect = nullptr;
     FeedbackSounds feedback;
     std::unique_ptr<progress::LessonRecorder> recorder;
+    DueReview review;
     // The start-up selection's recording is played after the first frame (see post_ini).
     bool deferAutoPlay = false;
     bool autoPlayPending = false;

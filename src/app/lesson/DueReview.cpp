@@ -1,0 +1,59 @@
+#include "app/lesson/DueReview.h"
+
+#include <QDateTime>
+#include <algorithm>
+#include <utility>
+
+#include "app/practice/PracticeTexts.h"
+#include "app/progress/LessonRecorder.h"
+#include "app/progress/ProgressPanel.h"
+#include "app/progress/ProgressStore.h"
+
+namespace morvel::prog2 {
+
+namespace {
+
+constexpr qint64 MINUTE = 60 * 1000;
+
+// Milliseconds until the first of `codes` falls due (at the start of its due day), -1 when none
+// ever will. Due days are whole local days.
+qint64 ms_to_next_due(const progress::ProgressStore& store, const std::vector<int>& codes) {
+    const qint64 today = store.today();
+    qint64 first = -1;
+    for (const int code : codes) {
+        const progress::CharSummary summary = store.summary(code);
+        if (summary.box > 0 && summary.dueDay > today && (first < 0 || summary.dueDay < first))
+            first = summary.dueDay;
+    }
+    if (first < 0) return -1;
+    const QDateTime start(QDate::fromJulianDay(first), QTime(0, 0));
+    return std::max<qint64>(0, start.toMSecsSinceEpoch() - QDateTime::currentMSecsSinceEpoch());
+}
+
+}  // namespace
+
+DueReview::DueReview(progress::LessonRecorder& history, std::function<std::vector<int>()> codes)
+    : recorder(history), codePoints(std::move(codes)) {}
+
+bool DueReview::is_active() const {
+    return reviewing && recorder.is_open();
+}
+
+int DueReview::next_due(int from, int step) const {
+    return is_active() ? recorder.next_due_index(codePoints(), from, step) : -1;
+}
+
+QString DueReview::label() const {
+    if (!is_active()) return {};
+    const std::vector<int> codes = codePoints();
+    const int due = recorder.due_count(codes);
+    return due > 0 ? progress::ProgressPanel::due_count_text(due)
+                   : practice::nothing_due_text(ms_to_next_due(*recorder.store(), codes));
+}
+
+std::vector<QString> DueReview::widest_labels() {
+    return {progress::ProgressPanel::due_count_text(9999), practice::nothing_due_text(59 * MINUTE),
+            practice::nothing_due_text(47 * 60 * MINUTE), practice::nothing_due_text(99 * 24 * 60 * MINUTE)};
+}
+
+}  // namespace morvel::prog2
