@@ -2,8 +2,6 @@
 
 #include <ki/log/GLog.h>
 #include <ki/qt/GApp.h>
-#include <ki/qt/GSound.h>
-#include <ki/qt/GSoundEffect.h>
 #include <ki/qt/components/GLabel.h>
 #include <ki/qt/components/GMenu.h>
 #include <ki/qt/components/GPanel.h>
@@ -13,8 +11,6 @@
 #include <ki/qt/lang.h>
 #include <ki/str/xprintF.h>
 #include <ki/tools/GSettings.h>
-#include <ki/tools/file.h>
-#include <ki/tools/os.h>
 
 #include <QAction>
 #include <QFontMetrics>
@@ -25,7 +21,6 @@
 #include "app/AppData.h"
 #include "app/Diagnostics.h"
 #include "app/ModelAppData.h"
-#include "app/Recording.h"
 #include "app/search/SearchPanel.h"
 #include "app/controls/LessonControls.h"
 #include "app/lesson/DueReview.h"
@@ -44,22 +39,11 @@ namespace morvel::prog2 {
 
 using ki::qt::lang::tt;
 
-namespace {
-
-constexpr const char* QUIET_CLIP = ":/wb/shared-res/sounds/quiet.wav";
-
-// The aids the learner sees now, as the practice history counts them.
-unsigned int history_aids(const CanvasHanzi& canvas) {
-    return progress::LessonRecorder::aids_of(canvas.aids_shown(), canvas.get_guide_grid() != LessonOptions::GRID_SQUARES);
-}
-
-}  // namespace
-
 Window::Window(AppData& appData)
     : data(appData),
       flow(control, [this](int ms, std::function<void()> then) { QTimer::singleShot(ms, this, std::move(then)); }),
-      feedback(this,
-               [this]() { return sound != nullptr && sound->is_playing(); }),
+      pronunciation(this),
+      feedback(this, [this]() { return pronunciation.is_playing(); }),
       recorder(std::make_unique<progress::LessonRecorder>()),
       review(*recorder, [this]() { return data.code_points(); }) {
     control.liChanged += [this](const LessonChange& change) { on_lesson_changed(change); };
@@ -263,9 +247,9 @@ void Window::on_index(int index) {
     recorder->character_started(data.get_level().number, entry.unicode);
     // Also when the state did not change (same stroke count, same position): the slider may
     // have been moved by hand.
-    show_progress(control.get_progress());
+    controls->show_progress(control.get_progress());
 
-    controls->show_character(entry.chinChar.pinyin, sound_exists(entry.unicode));
+    controls->show_character(entry.chinChar.pinyin, Pronunciation::exists(entry.unicode));
     if (control.is_mode_bit(MODE_TRANSLATION)) update_translation(index);
     if (!control.is_mode_bit(MODE_AUTO_PLAY)) return;
     if (deferAutoPlay)
@@ -372,35 +356,8 @@ void Window::select_unicode(int code) {
     if (it != codes.end()) select(static_cast<int>(it - codes.begin()));
 }
 
-QString Window::sound_path(int unicode) {
-    return Recording::path(unicode);
-}
-
-bool Window::sound_exists(int unicode) const {
-    return ki::io::file::exists(sound_path(unicode));
-}
-
 void Window::on_play_sound() {
-    if (sound == nullptr) {
-        sound = new ki::qt::GSound(this);
-        sound->ini();
-    }
-    if (ki::os::is_android() && quietEffect == nullptr) {
-        // Kept looping for the whole run: the audio output then stays open between recordings,
-        // so their first syllable is not cut off.
-        quietEffect = new ki::qt::GSoundEffect(this);
-        quietEffect->ini();
-        quietEffect->play_endless(QString::fromLatin1(QUIET_CLIP));
-    }
-    const int code = canvas->get_unicode();
-    if (!sound_exists(code)) {
-        ki::pp("Window::on_play_sound, unicode:$ sound ?", code);
-        return;
-    }
-    ki::pp("Window::on_play_sound, unicode:$", code);
-    const QString path = sound_path(code);
-    ki::pp("Window::on_play_sound '$'", path);
-    sound->play_sound(path);
+    pronunciation.play(canvas->get_unicode());
 }
 
 void Window::on_mode_changed() {
@@ -418,12 +375,8 @@ void Window::on_lesson_changed(const LessonChange& change) {
     const unsigned int changed = change.changed_bits();
     if ((changed & MODE_LEARN) != 0) canvas->clear_path_mouse();
     if ((changed & ~MODE_PAUSED) != 0) on_mode_changed();
-    if (change.after.progress != change.before.progress) show_progress(change.after.progress);
+    if (change.after.progress != change.before.progress) controls->show_progress(change.after.progress);
     canvas->update();
-}
-
-void Window::show_progress(float progress) {
-    controls->show_progress(progress);
 }
 
 void Window::on_timer() {
@@ -435,7 +388,10 @@ void Window::on_timer() {
 
 void Window::record_trace(bool accepted) {
     const QString reason = accepted ? QString() : practice::reason_key(canvas->get_rejection().reason);
-    recorder->trace(control.get_strokes_learned(), accepted, reason, canvas->get_r_circle(), history_aids(*canvas),
+    // The aids the learner sees now, as the practice history counts them.
+    const unsigned int aids =
+        progress::LessonRecorder::aids_of(canvas->aids_shown(), canvas->get_guide_grid() != LessonOptions::GRID_SQUARES);
+    recorder->trace(control.get_strokes_learned(), accepted, reason, canvas->get_r_circle(), aids,
                     canvas->get_last_score());
 }
 
@@ -544,8 +500,11 @@ void Window::setup_base_hotkeys() {
         {"Ctrl+F", {}, [this]() { search->start(); }},
         {"Shift+Right", {}, [this]() { control.step_stroke(true); }},
         {"Shift+Left", {}, [this]() { control.step_stroke(false); }},
-        {"Ctrl+Alt+1", {}, [this]() { on_test1(); }},
-        {"Ctrl+Alt+2", {}, [this]() { on_test2(); }},
+        {"Ctrl+Alt+1", {}, [this]() { Diagnostics::log_state(*this); }},
+        {"Ctrl+Alt+2", {}, [this]() {
+             Diagnostics::count_test_value(*this);
+             save_settings_now();
+         }},
     };
     for (const auto& [name, keys, run] : actions) {
         QAction* action = gen_action(QString::fromLatin1(name));
@@ -584,15 +543,6 @@ void Window::on_menu_options_bottom(ki::qt::GMenu* menu) {
 
 void Window::on_help() {
     ki::qt::GMessageBox::show_info(this, tt("About", "Über", "О программе"), about_text());
-}
-
-void Window::on_test1() {
-    Diagnostics::log_state(*this);
-}
-
-void Window::on_test2() {
-    Diagnostics::count_test_value(*this);
-    save_settings_now();
 }
 
 }  // namespace morvel::prog2

@@ -13,13 +13,12 @@
 #include "app/lesson/FeedbackSounds.h"
 #include "app/lesson/LessonFlow.h"
 #include "app/lesson/LessonOptions.h"
+#include "app/lesson/Pronunciation.h"
 #include "app/stroke/ControlAnim.h"
 
 namespace ki::qt {
 class GLabel;
 class GPanel;
-class GSound;
-class GSoundEffect;
 namespace otf {
 class GDataScroller;
 }
@@ -75,9 +74,6 @@ public:
     long long get_selected_index() const;
 
     void on_play_sound();
-    bool sound_exists(int unicode) const;
-    /// The character's recording (Recording::path), "" when it has none.
-    static QString sound_path(int unicode);
 
     /// Brings slider, translation line and learn button in line with the mode word.
     void on_mode_changed();
@@ -94,9 +90,6 @@ public:
     progress::LessonRecorder& get_recorder() { return *recorder; }
     /// Lets the character list be dragged vertically anywhere inside it.
     void ini_filter_global_mouse();
-    /// Debugging aids (Ctrl+Alt+1, Ctrl+Alt+2), see Diagnostics.
-    void on_test1();
-    void on_test2();
 
     /// The lesson state: mode, position, strokes traced.
     ControlAnim& get_control() { return control; }
@@ -120,7 +113,6 @@ private:
     void select(int index);
     /// Hands a judged trace to the practice history.
     void record_trace(bool accepted);
-    void show_progress(float progress);
     void update_translation(int index);
     void update_title();
     /// The "12 due" label and the list marks, after the history changed.
@@ -144,8 +136,7 @@ private:
     ki::qt::GPanel* panList = nullptr;
     ki::qt::GLabel* labelLevel = nullptr;
     std::unique_ptr<LessonControls> controls;
-    ki::qt::GSound* sound = nullptr;
-    ki::qt::GSoundEffect* quietEffect = nullptr;
+    Pronunciation pronunciation;
     FeedbackSounds feedback;
     std::unique_ptr<progress::LessonRecorder> recorder;
     DueReview review;
