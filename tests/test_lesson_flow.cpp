@@ -19,28 +19,35 @@ namespace {
 constexpr int LEVEL_SIZE = 10, STROKES = 2;
 
 // What the learner does; PICK_6 stands for a click on the list's seventh row, WAIT for the
-// oldest pending pause running out.
-enum Event { ACCEPT, REJECT, WAIT, AGAIN, NEXT, PREVIOUS, PICK_6 };
+// oldest pending pause running out, CLICK_SHOWN_ROW for a click on the shown character's row
+// (the window shows it anew unless the flow starts it again).
+enum Event { ACCEPT, REJECT, WAIT, AGAIN, NEXT, PREVIOUS, PICK_6, CLICK_SHOWN_ROW };
 
 // The flow as the window wires it, over a level of ten two-stroke characters.
 struct Lesson {
     explicit Lesson(const LessonOptions& options, std::set<int> dueIndexes) : due(std::move(dueIndexes)) {
+        control.set_mode_flags(options.modeFlags);
         flow.set_options(options);
-        flow.set_source(std::make_unique<LevelSource>([]() { return LEVEL_SIZE; }, [this](int from, int step) {
-            // As the history answers: the next due one that way, round the level's end.
-            for (int i = 1; i <= LEVEL_SIZE; ++i)
-                if (due.count((from + i * step + LEVEL_SIZE) % LEVEL_SIZE) != 0)
-                    return (from + i * step + LEVEL_SIZE) % LEVEL_SIZE;
-            return -1;
-        }));
+        flow.set_source(std::make_unique<LevelSource>(
+            []() { return LEVEL_SIZE; },
+            [this](int from, int step) {
+                // As the history answers: the next due one that way, round the level's end.
+                for (int i = 1; i <= LEVEL_SIZE; ++i)
+                    if (due.count((from + i * step + LEVEL_SIZE) % LEVEL_SIZE) != 0)
+                        return (from + i * step + LEVEL_SIZE) % LEVEL_SIZE;
+                return -1;
+            }));
         flow.liShow += [this](const int& index) {
             heard.push_back("show " + std::to_string(index));
             pick(index);
         };
         flow.liFeedback += [this](const Feedback& what) {
-            heard.push_back(what == Feedback::ACCEPTED ? "accepted" : what == Feedback::COMPLETE ? "complete" : "rejected");
+            heard.push_back(what == Feedback::ACCEPTED   ? "accepted"
+                            : what == Feedback::COMPLETE ? "complete"
+                                                         : "rejected");
         };
-        flow.liFinished += [this](const int& round) { heard.push_back("round " + std::to_string(round) + " done"); };
+        flow.liFinished +=
+            [this](const int& round) { heard.push_back("round " + std::to_string(round) + " done"); };
         flow.liHint += [this]() { heard.push_back("hint"); };
     }
     void pick(int index) {
@@ -49,12 +56,24 @@ struct Lesson {
     }
     void play(Event event) {
         switch (event) {
-            case ACCEPT: return flow.stroke_accepted();
-            case REJECT: return flow.stroke_rejected();
-            case AGAIN: return flow.again();
-            case NEXT: return flow.move(+1);
-            case PREVIOUS: return flow.move(-1);
-            case PICK_6: return pick(6);
+            case ACCEPT:
+                return flow.stroke_accepted();
+            case REJECT:
+                return flow.stroke_rejected();
+            case AGAIN:
+                return flow.again();
+            case NEXT:
+                return flow.move(+1);
+            case PREVIOUS:
+                return flow.move(-1);
+            case PICK_6:
+                return pick(6);
+            case CLICK_SHOWN_ROW:
+                if (!flow.again_if_learning()) {
+                    heard.push_back("shown anew");
+                    pick(flow.current());
+                }
+                return;
             case WAIT:  // the oldest pause runs out
                 if (!waiting.empty()) {
                     const std::function<void()> then = waiting.front();
@@ -88,6 +107,8 @@ TEST(LessonFlow, PlaysTracesRoundsHintsAndNavigation) {
     rounds.practiceRounds = both.practiceRounds = true;
     nextWhenDone.nextWhenDone = both.nextWhenDone = true;
     noHints.hintAfterMisses = 0;
+    LessonOptions watch;
+    watch.modeFlags &= ~MODE_LEARN;
     using V = std::vector<std::string>;
     struct Row {
         const char* name;
@@ -139,6 +160,10 @@ TEST(LessonFlow, PlaysTracesRoundsHintsAndNavigation) {
         {"review with only the shown one due goes on in order", plain, {3}, 3, {NEXT}, {"show 4"}, "4: round 1, 0 of 2"},
         {"review: next when done goes to the next due one", nextWhenDone, {8}, 3, {ACCEPT, ACCEPT, WAIT},
          {"accepted", "round 1 done", "complete", "wait 1500", "show 8"}, "8: round 1, 0 of 2"},
+        {"a click on the shown row in learn mode starts its tracing again", plain, {}, 3,
+         {ACCEPT, CLICK_SHOWN_ROW}, {"accepted"}, "3: round 1, 0 of 2"},
+        {"a click on the shown row in watch mode shows it anew", watch, {}, 3, {CLICK_SHOWN_ROW},
+         {"shown anew"}, "3: round 1, 0 of 2"},
         {"a move in the middle of a character starts it afresh", plain, {}, 3, {ACCEPT, REJECT, NEXT},
          {"accepted", "rejected", "show 4"}, "4: round 1, 0 of 2"},
     };

@@ -23,6 +23,7 @@ void Diagnostics::log_state(Window& window) {
 void Diagnostics::count_test_value(Window& window) {
     ++window.options.valTest;
     ki::pp("Window::on_test2, valTest:$", window.options.valTest);
+    window.save_settings_now();
 }
 
 bool Diagnostics::save_screenshots(Window& window, const QString& folder) {

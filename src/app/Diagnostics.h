@@ -12,7 +12,7 @@ class Diagnostics {
 public:
     /// Lesson state and options to the log (Ctrl+Alt+1).
     static void log_state(Window& window);
-    /// Counts the stored test value up by one (Ctrl+Alt+2); the caller saves.
+    /// Counts the stored test value up by one (Ctrl+Alt+2) and saves the settings.
     static void count_test_value(Window& window);
     /// Saves the window in each theme and mode, the options menu and the About box as PNG files
     /// into `folder` (command-line option "--__screenshots <folder>"); false when the folder

@@ -2,7 +2,6 @@
 
 #include <ki/log/GLog.h>
 #include <ki/qt/GApp.h>
-#include <ki/qt/components/GLabel.h>
 #include <ki/qt/components/GMenu.h>
 #include <ki/qt/components/GPanel.h>
 #include <ki/qt/components/otf/GDataScroller.h>
@@ -10,15 +9,13 @@
 #include <ki/qt/guitools/GGui.h>
 #include <ki/qt/lang.h>
 #include <ki/str/xprintF.h>
-#include <ki/tools/GSettings.h>
 
 #include <QAction>
-#include <QFontMetrics>
 #include <QStatusBar>
-#include <QStyle>
 #include <algorithm>
 
 #include "app/AppData.h"
+#include "app/CharacterList.h"
 #include "app/Diagnostics.h"
 #include "app/ModelAppData.h"
 #include "app/search/SearchPanel.h"
@@ -27,7 +24,6 @@
 #include "app/lesson/LevelSource.h"
 #include "app/morvel.h"
 #include "app/options/OptionsMenu.h"
-#include "app/practice/PracticeTexts.h"
 #include "app/practice/Rejection.h"
 #include "app/progress/LessonRecorder.h"
 #include "app/progress/ProgressPanel.h"
@@ -41,14 +37,16 @@ using ki::qt::lang::tt;
 
 Window::Window(AppData& appData)
     : data(appData),
-      flow(control, [this](int ms, std::function<void()> then) { QTimer::singleShot(ms, this, std::move(then)); }),
+      flow(control,
+           [this](int ms, std::function<void()> then) { QTimer::singleShot(ms, this, std::move(then)); }),
       pronunciation(this),
       feedback(this, [this]() { return pronunciation.is_playing(); }),
       recorder(std::make_unique<progress::LessonRecorder>()),
       review(*recorder, [this]() { return data.code_points(); }) {
     control.liChanged += [this](const LessonChange& change) { on_lesson_changed(change); };
-    flow.set_source(std::make_unique<LevelSource>([this]() { return static_cast<int>(model->row_count()); },
-                                                  [this](int from, int step) { return review.next_due(from, step); }));
+    flow.set_source(
+        std::make_unique<LevelSource>([this]() { return static_cast<int>(model->row_count()); },
+                                      [this](int from, int step) { return review.next_due(from, step); }));
     flow.liShow += [this](const int& index) { select(index); };
     flow.liFeedback += [this](const Feedback& what) { feedback.play(what); };
     flow.liClearTrace += [this]() { canvas->clear_path_mouse(); };
@@ -105,29 +103,19 @@ void Window::ini() {
     body->set_margins(6);
     body->set_spacing(6);
 
-    panList = body->gen_panel(GLAYOUT::VERT, QStringLiteral("list"));
-    panList->set_margins(0);
-    panList->set_spacing(2);
-    labelLevel = panList->gen_label({}, QStringLiteral("level"));
-    labelLevel->setAlignment(Qt::AlignCenter);
-    labelLevel->setWordWrap(true);
-    search = new search::SearchPanel(panList);
-    panList->add_widget(search, 0);
-    scroller = new ki::qt::otf::GDataScroller(panList);
-    scroller->setFrameShadow(QFrame::Sunken);
-    panList->add_widget(scroller, 1);
+    list = std::make_unique<CharacterList>(
+        body, data, this,
+        [this](int code) { return std::make_pair(recorder->mastery(code), recorder->is_due(code)); },
+        [this](ki::qt::GPanel* column) { return search = new search::SearchPanel(column); });
+    model = list->model();
+    scroller = list->scroller();
     search->onChosen = [this](int level, int code) {
         if (level == data.get_level().number || on_level(level)) select_unicode(code);
     };
-    model = new ModelAppData(data, this);
-    model->set_mark_of([this](int code) { return std::make_pair(recorder->mastery(code), recorder->is_due(code)); });
     model->liRowClicked += [this](const int& index) {
         // The list has already moved its selection: the canvas tells what was shown.
-        if (canvas->get_unicode() == data.unicode_at(static_cast<unsigned int>(index)) &&
-            control.is_mode_bit(MODE_LEARN))
-            flow.again();
-        else
-            on_index(index);
+        const bool shown = canvas->get_unicode() == data.unicode_at(static_cast<unsigned int>(index));
+        if (!shown || !flow.again_if_learning()) on_index(index);
     };
     scroller->ini(model);
 
@@ -153,21 +141,18 @@ void Window::ini() {
     if (anim.ok()) canvas->set_anim(anim.take());
 
     controls = std::make_unique<LessonControls>(
-        right, LessonControls::Actions{[this]() { on_menu_options(OPTIONS_ALL); },
-                                       [this]() { on_toggle_fullscreen(); },
-                                       [this]() { on_play_sound(); },
-                                       [this]() { flow.move(-1); },
-                                       [this]() { flow.move(+1); },
-                                       [this]() { on_toggle_list(); },
-                                       [this]() {
-                                           control.set_mode_bits(MODE_LEARN, !control.is_mode_bit(MODE_LEARN));
-                                           save_settings_now();
-                                       },
-                                       [this](unsigned int value) { control.set_from_slider(value); }});
+        right, LessonControls::Actions{
+                   [this]() { on_menu_options(OPTIONS_ALL); }, [this]() { on_toggle_fullscreen(); },
+                   [this]() { on_play_sound(); }, [this]() { flow.move(-1); }, [this]() { flow.move(+1); },
+                   [this]() { on_toggle_list(); },
+                   [this]() {
+                       control.set_mode_bits(MODE_LEARN, !control.is_mode_bit(MODE_LEARN));
+                       save_settings_now();
+                   },
+                   [this](unsigned int value) { control.set_from_slider(value); }});
 
     retranslate();
     update_fonts();
-    ki::pp("--------------------");
     scroller->set_scrollbar_vert_visible(options.scrollbarVisible);
     ini_filter_global_mouse();
     timer.setInterval(TIMER_INTERVAL_MS);
@@ -192,17 +177,7 @@ void Window::update_fonts() {
     for (unsigned int i = 0; i < data.size(); ++i) pinyins.push_back(data.appObject_at(i).chinChar.pinyin);
     controls->fit_fonts(font(), std::move(pinyins));
     controls->fit_due(DueReview::widest_labels());
-    update_list_width();
-}
-
-void Window::update_list_width() {
-    if (panList == nullptr || model == nullptr) return;
-    // Wide enough for the character and the longest pinyin of one syllable, not more.
-    const int glyph = QFontMetrics(model->get_font()).horizontalAdvance(QChar(0x4E2D));
-    const int text = fontMetrics().horizontalAdvance(QStringLiteral("zhuàng")) + fontMetrics().height();
-    int width = std::max(glyph * 2, text) + 2 * ModelAppData::ROW_MARGIN;
-    if (options.scrollbarVisible) width += scroller->style()->pixelMetric(QStyle::PM_ScrollBarExtent);
-    panList->setFixedWidth(width + 2 * scroller->frameWidth());
+    list->fit_width(fontMetrics());
 }
 
 void Window::changeEvent(QEvent* ev) {
@@ -242,7 +217,8 @@ void Window::on_index(int index) {
     canvas->set_anim(anim.take());
     canvas->set_unicode(entry.unicode);
     std::vector<float> lengths;
-    for (const AnimStroke& stroke : canvas->get_anim().strokes) lengths.push_back(stroke.pathAnim.get_length());
+    for (const AnimStroke& stroke : canvas->get_anim().strokes)
+        lengths.push_back(stroke.pathAnim.get_length());
     control.select(std::move(lengths));
     recorder->character_started(data.get_level().number, entry.unicode);
     // Also when the state did not change (same stroke count, same position): the slider may
@@ -290,8 +266,8 @@ void Window::paintEvent(QPaintEvent* ev) {
 void Window::update_title() {
     setWindowTitle(ki::str::qprintF("quenlo $", get_morvel_version()));
     // The level stands over the list, where the learner looks for the characters.
-    if (labelLevel != nullptr)
-        labelLevel->setText(tt("Level %1", "Stufe %1", "Уровень %1").arg(data.get_level().number));
+    if (list != nullptr)
+        list->show_title(tt("Level %1", "Stufe %1", "Уровень %1").arg(data.get_level().number));
 }
 
 bool Window::on_level(int number) {
@@ -309,8 +285,7 @@ bool Window::on_level(int number) {
         return false;
     }
     next.level = number;
-    const int size = static_cast<int>(data.size());
-    const int selected = std::clamp(next.selection_of(number), 0, std::max(0, size - 1));
+    const int selected = next.clamp_selection(number, static_cast<int>(data.size()));
     options = next;
     model->set_selected_index(selected);
     scroller->update_index_win_top(0);
@@ -382,23 +357,20 @@ void Window::on_lesson_changed(const LessonChange& change) {
 void Window::on_timer() {
     control.tick();
     // Characters fall due as time passes, and "next in 5 h" counts down.
-    if (++ticks % (60 * 1000 / TIMER_INTERVAL_MS) == 0 && review.is_active())
-        update_progress_view();
+    if (++ticks % (60 * 1000 / TIMER_INTERVAL_MS) == 0 && review.is_active()) update_progress_view();
 }
 
 void Window::record_trace(bool accepted) {
     const QString reason = accepted ? QString() : practice::reason_key(canvas->get_rejection().reason);
     // The aids the learner sees now, as the practice history counts them.
-    const unsigned int aids =
-        progress::LessonRecorder::aids_of(canvas->aids_shown(), canvas->get_guide_grid() != LessonOptions::GRID_SQUARES);
+    const unsigned int aids = progress::LessonRecorder::aids_of(
+        canvas->aids_shown(), canvas->get_guide_grid() != LessonOptions::GRID_SQUARES);
     recorder->trace(control.get_strokes_learned(), accepted, reason, canvas->get_r_circle(), aids,
                     canvas->get_last_score());
 }
 
 void Window::on_toggle_list() {
-    const bool show = panList->isHidden();
-    panList->setVisible(show);
-    controls->show_list_shown(show);
+    controls->show_list_shown(list->toggle());
 }
 
 void Window::save_settings_now() {
@@ -409,8 +381,7 @@ void Window::on_change_theme(unsigned int theme) {
     const unsigned int shown = theme >= ki::qt::themes::THEME_NOT_SET ? get_theme_shown() : theme;
     const bool osDark = ki::qt::gApp != nullptr && ki::qt::gApp->is_os_theme_dark_mode();
     if (canvas != nullptr) canvas->on_change_theme(shown, osDark);
-    if (model != nullptr) model->on_change_theme(shown);
-    if (scroller != nullptr) scroller->update_model();
+    if (list != nullptr) list->on_change_theme(shown);
 }
 
 LessonOptions Window::get_options() const {
@@ -438,12 +409,7 @@ void Window::apply_options(const LessonOptions& next) {
     canvas->set_show_my_strokes(next.showMyStrokes);
     canvas->set_stroke_numbers(next.strokeNumbers);
     canvas->set_guide_grid(next.practiceGrid);
-    if (next.showUnicode != before.showUnicode) {
-        model->set_show_unicode(next.showUnicode);
-        model->update_model();
-    }
-    scroller->set_scrollbar_vert_visible(next.scrollbarVisible);
-    update_list_width();
+    list->apply(next.showUnicode, next.scrollbarVisible, fontMetrics());
     if (next.incSpeed != before.incSpeed) control.set_inc_speed(next.incSpeed);
     control.set_mode_flags(next.modeFlags);
     flow.set_options(next);
@@ -472,13 +438,7 @@ void Window::restore_state() {
             stored.level = data.get_level().number;
         }
     }
-    const int size = static_cast<int>(data.size());
-    int& chosen = stored.selection_of(stored.level);
-    const int selected = std::clamp(chosen, 0, std::max(0, size - 1));
-    if (selected != chosen)
-        ki::pp_warn("Window::restore_state, selectedIndex:$ outside the $ characters, using $", chosen, size,
-                    selected);
-    chosen = selected;
+    const int selected = stored.clamp_selection(stored.level, static_cast<int>(data.size()));
     update_title();
     // The step stays at its start value until the learner has chosen one.
     if (!stored.incSpeedStored) stored.incSpeed = control.get_inc_speed();
@@ -501,10 +461,7 @@ void Window::setup_base_hotkeys() {
         {"Shift+Right", {}, [this]() { control.step_stroke(true); }},
         {"Shift+Left", {}, [this]() { control.step_stroke(false); }},
         {"Ctrl+Alt+1", {}, [this]() { Diagnostics::log_state(*this); }},
-        {"Ctrl+Alt+2", {}, [this]() {
-             Diagnostics::count_test_value(*this);
-             save_settings_now();
-         }},
+        {"Ctrl+Alt+2", {}, [this]() { Diagnostics::count_test_value(*this); }},
     };
     for (const auto& [name, keys, run] : actions) {
         QAction* action = gen_action(QString::fromLatin1(name));
@@ -518,22 +475,22 @@ void Window::ini_filter_global_mouse() {
 }
 
 void Window::on_menu_options_top(ki::qt::GMenu* menu) {
-    fill_options_menu_top(menu, {[this]() { return get_options(); },
-                                 [this](const LessonOptions& next) {
-                                     apply_options(next);
-                                     save_settings_now();
-                                 },
-                                 [this]() { flow.again(); },
-                                 [this](int number) { on_level(number); },
-                                 [this]() {
-                                     const long long selected = get_selected_index();
-                                     const QString character =
-                                         selected < 0 ? QString()
-                                                      : data.appObject_at(static_cast<unsigned int>(selected))
-                                                            .chinChar.character();
-                                     WorksheetDialog::ask_and_write(this, character, data.get_level().number);
-                                 },
-                                 [this]() { on_progress(); }});
+    fill_options_menu_top(
+        menu, {[this]() { return get_options(); },
+               [this](const LessonOptions& next) {
+                   apply_options(next);
+                   save_settings_now();
+               },
+               [this]() { flow.again(); }, [this](int number) { on_level(number); },
+               [this]() {
+                   const long long selected = get_selected_index();
+                   const QString character =
+                       selected < 0
+                           ? QString()
+                           : data.appObject_at(static_cast<unsigned int>(selected)).chinChar.character();
+                   WorksheetDialog::ask_and_write(this, character, data.get_level().number);
+               },
+               [this]() { on_progress(); }});
 }
 
 void Window::on_menu_options_bottom(ki::qt::GMenu* menu) {

@@ -17,7 +17,6 @@
 #include "app/stroke/ControlAnim.h"
 
 namespace ki::qt {
-class GLabel;
 class GPanel;
 namespace otf {
 class GDataScroller;
@@ -39,6 +38,7 @@ namespace morvel::prog2 {
 class AppData;
 class Diagnostics;
 class LessonControls;
+class CharacterList;
 class ModelAppData;
 
 class Window : public ki::qt::GMainWindow {
@@ -118,7 +118,6 @@ private:
     /// The "12 due" label and the list marks, after the history changed.
     void update_progress_view();
     void update_fonts();
-    void update_list_width();
     void retranslate();
     void on_toggle_list();
     /// Writes every setting to the store now, so that no change waits for the quit.
@@ -133,8 +132,7 @@ private:
     ModelAppData* model = nullptr;
     ki::qt::otf::GDataScroller* scroller = nullptr;
     search::SearchPanel* search = nullptr;
-    ki::qt::GPanel* panList = nullptr;
-    ki::qt::GLabel* labelLevel = nullptr;
+    std::unique_ptr<CharacterList> list;
     std::unique_ptr<LessonControls> controls;
     Pronunciation pronunciation;
     FeedbackSounds feedback;

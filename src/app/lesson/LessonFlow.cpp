@@ -60,6 +60,12 @@ void LessonFlow::again() {
     control.restart();
 }
 
+bool LessonFlow::again_if_learning() {
+    if (!control.is_mode_bit(MODE_LEARN)) return false;
+    again();
+    return true;
+}
+
 void LessonFlow::move(int step) {
     ki::pp("LessonFlow::move, step:$", step);
     const int next = source != nullptr ? source->after(shownIndex, step) : -1;

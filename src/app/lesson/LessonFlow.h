@@ -45,6 +45,9 @@ public:
     void stroke_rejected();
     /// Tracing starts again from the first stroke of the first round.
     void again();
+    /// The shown character chosen once more (a click on its row): in learn mode its tracing
+    /// starts again. Returns whether it did.
+    bool again_if_learning();
     /// Previous (`step` -1) or Next (+1): the character the source names, if any.
     void move(int step);
 

@@ -141,4 +141,14 @@ void LessonOptions::save(ki::store::GNode& node) const {
                    row.field);
 }
 
+int LessonOptions::clamp_selection(int levelNumber, int size) {
+    int& chosen = selection_of(levelNumber);
+    const int selected = std::clamp(chosen, 0, std::max(0, size - 1));
+    if (selected != chosen)
+        ki::pp_warn("LessonOptions::clamp_selection, selectedIndex:$ outside the $ characters, using $",
+                    chosen, size, selected);
+    chosen = selected;
+    return selected;
+}
+
 }  // namespace morvel::prog2

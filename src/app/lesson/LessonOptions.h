@@ -42,6 +42,9 @@ struct LessonOptions {
     int selectedIndex7 = 0;
     int& selection_of(int levelNumber);
     int selection_of(int levelNumber) const { return const_cast<LessonOptions*>(this)->selection_of(levelNumber); }
+    /// Keeps the selection of `levelNumber` inside a level of `size` characters (a value outside
+    /// is logged) and returns it.
+    int clamp_selection(int levelNumber, int size);
 
     /// Practice: misses of one stroke before it paints itself (0: never).
     int hintAfterMisses = 3;
