@@ -56,16 +56,12 @@ Window::Window(AppData& appData)
     };
     flow.liHint += [this]() { recorder->hint_shown(); };
     connect(&timer, &QTimer::timeout, this, [this]() { on_timer(); });
-    ki::qt::lang::get_listener().set(listener_key(), [this](const int&) { retranslate(); });
+    ki::qt::lang::get_listener().set(listenerKey, [this](const int&) { retranslate(); });
 }
 
 Window::~Window() {
     timer.stop();
-    ki::qt::lang::get_listener().remove(listener_key());
-}
-
-std::string Window::listener_key() const {
-    return "Window@" + std::to_string(reinterpret_cast<quintptr>(this));
+    ki::qt::lang::get_listener().remove(listenerKey);
 }
 
 void Window::setup() {
@@ -144,7 +140,7 @@ void Window::ini() {
         right, LessonControls::Actions{
                    [this]() { on_menu_options(OPTIONS_ALL); }, [this]() { on_toggle_fullscreen(); },
                    [this]() { on_play_sound(); }, [this]() { flow.move(-1); }, [this]() { flow.move(+1); },
-                   [this]() { on_toggle_list(); },
+                   [this]() { controls->show_list_shown(list->toggle()); },
                    [this]() {
                        control.set_mode_bits(MODE_LEARN, !control.is_mode_bit(MODE_LEARN));
                        save_settings_now();
@@ -367,10 +363,6 @@ void Window::record_trace(bool accepted) {
         canvas->aids_shown(), canvas->get_guide_grid() != LessonOptions::GRID_SQUARES);
     recorder->trace(control.get_strokes_learned(), accepted, reason, canvas->get_r_circle(), aids,
                     canvas->get_last_score());
-}
-
-void Window::on_toggle_list() {
-    controls->show_list_shown(list->toggle());
 }
 
 void Window::save_settings_now() {

@@ -7,6 +7,7 @@
 
 #include <QTimer>
 #include <memory>
+#include <string>
 #include <vector>
 
 #include "app/lesson/DueReview.h"
@@ -119,10 +120,8 @@ private:
     void update_progress_view();
     void update_fonts();
     void retranslate();
-    void on_toggle_list();
     /// Writes every setting to the store now, so that no change waits for the quit.
     void save_settings_now();
-    std::string listener_key() const;
 
     AppData& data;
     ControlAnim control;
@@ -144,6 +143,7 @@ private:
     // The practice history is opened once, after the first frame.
     bool historyPending = false;
     int ticks = 0;
+    const std::string listenerKey = "Window@" + std::to_string(reinterpret_cast<quintptr>(this));
     QTimer timer;
 };
 
