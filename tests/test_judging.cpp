@@ -151,7 +151,6 @@ TEST(TraceMeasures, SmoothnessHooksAndTurnsOfRealStrokes) {
         bool hookKept;  // the weakest bend kept (true without bends)
         bool hook;      // the weakest bend is a hook
     } rows[] = {
-        {"一 traced along its centre line", yiLine, along(yiLine), true, 0, true, false},
         {"一 with a slow wave of 10 units", yiLine, along(yiLine, 0, 1, {}, wave), true, 0, true, false},
         {"一 as a zigzag of five peaks", yiLine, along(yiLine, 0, 1, {}, zigzag), false, 0, true, false},
         {"了's hook traced", leHook, along(leHook), true, 1, true, true},
@@ -198,7 +197,6 @@ TEST(TraceVerdict, StrictReasonsOnRealCharacters) {
         Reason reason;
         int r = R;
     } rows[] = {
-        {"一 traced well", yi, 0, along(yiLine), Reason::NONE},
         {"一 as a zigzag", yi, 0, along(yiLine, 0, 1, {}, zigzag), Reason::NOT_SMOOTH},
         {"一 110 units beside its place", yi, 0, along(yiLine, 0, 1, beside(yiLine, 110)), Reason::OFF_PLACE},
         {"一 half a unit inside the placement limit", yi, 0, along(yiLine, 0, 1, P(0, 0.5f - limit)),
@@ -361,10 +359,6 @@ TEST(TraceVerdict, LenientVerdictsThroughTheCanvasAreAsBefore) {
     }
     EXPECT_GT(accepted, 1000);
     EXPECT_GT(rejected, 1000);
-    std::printf(
-        "a trace 110 units beside its place passes %d of %d level strokes with strict judging off, %d with "
-        "it on\n",
-        besideLenient, besideAll, besideStrict);
     EXPECT_GT(besideLenient, besideAll * 9 / 10);
     EXPECT_EQ(besideStrict, 0);
 }
