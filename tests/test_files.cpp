@@ -10,7 +10,6 @@
 #include <QFile>
 #include <QFileInfo>
 #include <QTemporaryDir>
-#include <functional>
 
 #include "LoggedTest.h"
 #include "app/files/SafeSave.h"
@@ -44,68 +43,41 @@ TEST(SafeSave, FailuresKeepTheOldFileAndDevicesStayDevices) {
     using F = SafeSave::Failure;
     struct Row {
         const char* name;
-        std::function<QString(const QTemporaryDir&)> target;  ///< makes the target, returns its path
+        const char* target;  ///< a name in the test's folder; "sheet.pdf" holds the old content, "pipe" is a
+                             ///< FIFO, "full" and "null" are devices, "." is the folder itself
         QByteArray content;
         qint64 space;  ///< bytes the disk holds, -1 unlimited
         F failure;
         QByteArray after;  ///< the target's content afterwards; ignored for devices
         mode_t type;       ///< the target's file type afterwards
     };
-    const auto existing = [&](const QTemporaryDir& dir) {
-        const QString path = dir.filePath("sheet.pdf");
-        QFile file(path);
-        file.open(QIODevice::WriteOnly);
-        file.write(old);
-        return path;
-    };
-    const auto fifo = [](const QTemporaryDir& dir) {
-        const QString path = dir.filePath("pipe");
-        ::mkfifo(QFile::encodeName(path).constData(), 0600);
-        return path;
+    const auto make = [&](const QTemporaryDir& dir, const QString& name) {
+        const QString path = dir.filePath(name);
+        if (name == "sheet.pdf") write_file(path, old);
+        if (name == "pipe") ::mkfifo(QFile::encodeName(path).constData(), 0600);
+        if (name == "full") return device(dir, "full", 7);
+        if (name == "null") return device(dir, "null", 3);
+        return name == "." ? dir.path() : path;
     };
     const Row rows[] = {
-        {"a new file is written", [](const QTemporaryDir& d) { return d.filePath("new.pdf"); }, big, -1,
-         F::NONE, big, S_IFREG},
-        {"an old file is replaced", existing, big, -1, F::NONE, big, S_IFREG},
-        {"a full disk in the middle keeps the old file", existing, big, 70'000, F::DISK_FULL, old, S_IFREG},
-        {"a full disk at the last flush keeps the old file", existing, small, small.size() - 1, F::DISK_FULL,
-         old, S_IFREG},
-        {"a full disk before anything is written keeps the old file", existing, small, 0, F::DISK_FULL, old,
+        {"a new file is written", "new.pdf", big, -1, F::NONE, big, S_IFREG},
+        {"an old file is replaced", "sheet.pdf", big, -1, F::NONE, big, S_IFREG},
+        {"a full disk in the middle keeps the old file", "sheet.pdf", big, 70'000, F::DISK_FULL, old,
          S_IFREG},
-        {"a folder is refused",
-         [](const QTemporaryDir& d) { return d.path(); },
-         small,
-         -1,
-         F::IS_FOLDER,
-         {},
-         S_IFDIR},
-        {"a missing folder is named as such",
-         [](const QTemporaryDir& d) { return d.filePath("no/such.pdf"); },
-         small,
-         -1,
-         F::NO_FOLDER,
-         {},
-         0},
-        {"a FIFO without a reader is refused and stays", fifo, small, -1, F::NO_READER, {}, S_IFIFO},
-        {"a full device is written in place and stays",
-         [](const QTemporaryDir& d) { return device(d, "full", 7); },
-         small,
-         -1,
-         F::DISK_FULL,
-         {},
-         S_IFCHR},
-        {"the null device is written in place and stays",
-         [](const QTemporaryDir& d) { return device(d, "null", 3); },
-         big,
-         -1,
-         F::NONE,
-         {},
-         S_IFCHR},
+        {"a full disk at the last flush keeps the old file", "sheet.pdf", small, small.size() - 1,
+         F::DISK_FULL, old, S_IFREG},
+        {"a full disk before anything is written keeps the old file", "sheet.pdf", small, 0, F::DISK_FULL,
+         old, S_IFREG},
+        {"a folder is refused", ".", small, -1, F::IS_FOLDER, {}, S_IFDIR},
+        {"a missing folder is named as such", "no/such.pdf", small, -1, F::NO_FOLDER, {}, 0},
+        {"a FIFO without a reader is refused and stays", "pipe", small, -1, F::NO_READER, {}, S_IFIFO},
+        {"a full device is written in place and stays", "full", small, -1, F::DISK_FULL, {}, S_IFCHR},
+        {"the null device is written in place and stays", "null", big, -1, F::NONE, {}, S_IFCHR},
     };
     for (const Row& row : rows) {
         SCOPED_TRACE(row.name);
         QTemporaryDir dir;
-        const QString target = row.target(dir);
+        const QString target = make(dir, QString::fromLatin1(row.target));
         const QStringList before =
             QDir(dir.path()).entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot);
         SafeSave save(target);

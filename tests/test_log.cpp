@@ -96,8 +96,6 @@ TEST_F(LogTest, TraillerBits) {
         unsigned level;
         const char* regex;
     } rows[] = {
-        {"line number only", 0, 6, 2, R"(\[000042\] )"},
-        {"level tag", 0x80, 6, 2, R"(\[000042\] \[INF\] )"},
         {"unknown level gives an empty tag", 0x80, 6, 9, R"(\[000042\] \[\] )"},
         {"three digits", 0x80, 3, 0, R"(\[042\] \[ERR\] )"},
         {"time since start with milliseconds", 0x130, 6, 2, R"(\[000042\] \[00:00:0[0-9]\.[0-9]{3}\] )"},
