@@ -5,6 +5,7 @@
 #include <QDir>
 #include <QFileInfo>
 #include <QPluginLoader>
+#include <vector>
 
 // Set by the build: the module's file name and its folder relative to the program's folder
 // once installed.
@@ -24,11 +25,15 @@ struct State {
     SoundBackend* loaded = nullptr;
     bool tried = false;
     QStringList dirs;
+    // Never unloaded: players made by a module live until the program ends. Kept here so that
+    // the loaders stay reachable instead of being dropped on the floor.
+    std::vector<QPluginLoader*> loaders;
 };
 
+// Never destroyed: a player may still ask for the backend while the program exits.
 State& state() {
-    static State s;
-    return s;
+    static State* const s = new State;
+    return *s;
 }
 
 SoundBackend* load() {
@@ -37,11 +42,11 @@ SoundBackend* load() {
     for (const QString& dir : module_dirs()) {
         const QString path = QDir(dir).filePath(name);
         if (!QFileInfo::exists(path)) continue;
-        // Never unloaded: players made by the module live until the program ends.
         auto* loader = new QPluginLoader(path);
         QObject* instance = loader->instance();
         if (auto* backend = qobject_cast<SoundBackend*>(instance)) {
             pp_info("sound_backend, loaded '$'", path);
+            state().loaders.push_back(loader);
             return backend;
         }
         errors << (instance == nullptr ? loader->errorString()
