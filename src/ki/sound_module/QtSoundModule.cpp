@@ -19,6 +19,10 @@ public:
         QObject::disconnect(connection);
         // The output goes first: the player must not keep pointing at it.
         player.stop();
+        // Without a source the GStreamer backend takes its decoder down now, while the player
+        // is whole; left to the player's destructor, the decoder's last pad signal reached a
+        // half-destroyed player and crashed.
+        player.setSource(QUrl());
         player.setAudioOutput(nullptr);
     }
     void set_source(const QUrl& url) override { player.setSource(url); }
