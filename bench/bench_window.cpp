@@ -56,10 +56,11 @@ BENCHMARK_CAPTURE(select_all, cached_auto_play, CACHED, true)
     ->Name("BM_Window_SelectAll/cached_auto_play")
     ->Unit(benchmark::kMillisecond);
 
-/// Switching between level 1 and level 4 (269 characters), through the Level submenu's path:
-/// the catalogue loaded, list rebuilt, the level's selected character shown. Two switches per
-/// iteration.
+/// Switching between level 1 and level `state.range(0)` (level 7: 978 characters), through the
+/// Level submenu's path: the catalogue loaded, list rebuilt, the level's selected character
+/// shown. Two switches per iteration.
 void BM_Window_SwitchLevel(benchmark::State& state) {
+    const int level = static_cast<int>(state.range(0));
     morvel::prog2::AppData data(bench::LEVEL_DIR);
     data.load();
     auto window = std::make_unique<Window>(data);
@@ -68,7 +69,7 @@ void BM_Window_SwitchLevel(benchmark::State& state) {
     window->get_control().set_mode_bits(morvel::prog2::MODE_AUTO_PLAY, false);
     QCoreApplication::processEvents();
     for (auto _ : state) {
-        if (!window->on_level(4) || !window->on_level(1)) {
+        if (!window->on_level(level) || !window->on_level(1)) {
             state.SkipWithError("a level could not be loaded");
             break;
         }
@@ -77,7 +78,7 @@ void BM_Window_SwitchLevel(benchmark::State& state) {
     window.reset();
     QCoreApplication::processEvents();
 }
-BENCHMARK(BM_Window_SwitchLevel)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_Window_SwitchLevel)->Arg(4)->Arg(7)->Unit(benchmark::kMillisecond);
 
 /// The window's part of start-up with level `state.range(0)` stored: catalogue, window, first
 /// frame. What the program does before (application object, fonts) is the same for every level.
@@ -99,7 +100,7 @@ void BM_Window_StartupWithLevel(benchmark::State& state) {
         QCoreApplication::processEvents();
     }
 }
-BENCHMARK(BM_Window_StartupWithLevel)->Arg(1)->Arg(4)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_Window_StartupWithLevel)->Arg(1)->Arg(4)->Arg(7)->Unit(benchmark::kMillisecond);
 
 }  // namespace
 
