@@ -218,88 +218,68 @@ QByteArray program_file() {
 
 }  // namespace
 
-TEST_F(HostileSettings, DamagedFileIsSetAsideAndTheProgramStartsOnDefaults) {
+// A damaged file is moved aside at the start, one whose values cannot be read is copied before
+// the first save: beside any older copy, which is never replaced. Either way the program starts on
+// defaults and the next save writes a fresh file.
+TEST_F(HostileSettings, DamagedFileIsKeptBesideOlderCopiesAndTheProgramStartsOnDefaults) {
     const QByteArray good = program_file();
     ASSERT_TRUE(good.contains("@Variant(")) << "the colour is stored as a binary value";
+    const QString node = GNode::to_qstring(window_node());
+    const QByteArray cutNode = node.left(node.size() / 8 * 4).toLatin1();
     // Found by fuzz_settings: Qt reserved the claimed four billion list entries and the program
     // ended at its first read of the store.
     const QByteArray hugeList = "[General]\ncolor=@Variant(\\0\\0\\0\\v\\xff\\xff\\xff\\xf0)\n";
+    enum State { GOOD, DAMAGED, UNREADABLE };
     const struct Row {
         const char* name;
         QByteArray content;
-        bool kept;
-        const char* reason;
+        State state;
+        const char* reason = "";  // in the log line of a damaged file
+        bool older = true;        // an older copy is there already
     } rows[] = {
-        {"file written by the program", good, true, ""},
-        {"garbage bytes", garbage(4000, 11), false, "format error"},
-        {"section header without its bracket", "[Window\nWinHanzi=x\n", false, "format error"},
-        {"fuzz_settings: string list claiming four billion entries", hugeList, false, "type 11"},
+        {"file written by the program", good, GOOD},
+        {"garbage bytes", garbage(4000, 11), DAMAGED, "format error", false},
+        {"section header without its bracket", "[Window\nWinHanzi=x\n", DAMAGED, "format error"},
+        {"fuzz_settings: string list claiming four billion entries", hugeList, DAMAGED, "type 11", false},
         {"variant list hidden in a quoted list element",
-         "[x]\nk=\"a\", @Variant(\\0\\0\\0\\t\\xff\\xff\\xff\\xff)\n", false, "type 9"},
+         "[x]\nk=\"a\", @Variant(\\0\\0\\0\\t\\xff\\xff\\xff\\xff)\n", DAMAGED, "type 9", false},
         {"variant list behind a hex escape", "[General]\nk=\\x40Variant(\\0\\0\\0\\t\\xff\\xff\\xff\\xff)\n",
-         false, "type 9"},
+         DAMAGED, "type 9", false},
         {"date-time stream holding a list", "[General]\nk=@DateTime(\\0\\0\\0\\b\\0\\xff\\xff\\xff\\xff)\n",
-         false, "type 8"},
-    };
-    GSettings& settings = GSettings::instance();
-    for (const Row& row : rows) {
-        SCOPED_TRACE(row.name);
-        capture->clear();
-        QFile::remove(damaged());
-        write_file(settings.fileName(), row.content);
-        EXPECT_EQ(GSettings::set_aside_damaged_file(settings.fileName()), row.kept);
-        settings.sync();
-        EXPECT_EQ(settings.get_theme(), row.kept ? 2u : 0u);
-        EXPECT_EQ(settings.get_window_node("WinHanzi"), row.kept ? window_node() : GNode());
-        EXPECT_EQ(QFile::exists(damaged()), !row.kept);
-        if (row.kept) continue;
-        EXPECT_EQ(read_file(damaged()), row.content) << "the damaged file is kept for the user, unchanged";
-        EXPECT_EQ(capture->count("is damaged"), 1) << capture->text();
-        EXPECT_TRUE(capture->contains(row.reason)) << capture->text();
-        settings.set_theme(1);
-        settings.sync();
-        EXPECT_TRUE(read_file(settings.fileName()).contains("theme=1"))
-            << "the next save writes a fresh file";
-        settings.clear_config();
-    }
-}
-
-TEST_F(HostileSettings, EveryFileReplacedByDefaultsLeavesACopyBesideTheOlderOnes) {
-    const QString node = GNode::to_qstring(window_node());
-    const QByteArray cutNode = node.left(node.size() / 8 * 4).toLatin1();
-    const struct Row {
-        const char* name;
-        QByteArray content;
-    } rows[] = {
-        {"window node cut short", "[Window]\nWinHanzi=" + cutNode + "\n"},
-        {"configuration version beyond any integer", "[config]\nversion=99999999999999999999999\n"},
-        {"30 MB value in place of a node", "[Window]\nWinHanzi=" + QByteArray(30'000'000, 'A') + "\n"},
-        {"binary file", "\x7f" "ELF\x02\x01\x01" + QByteArray(9, '\0') + garbage(2000, 31)},
+         DAMAGED, "type 8", false},
+        {"window node cut short", "[Window]\nWinHanzi=" + cutNode + "\n", UNREADABLE},
+        {"configuration version beyond any integer", "[config]\nversion=99999999999999999999999\n", UNREADABLE},
+        {"30 MB value in place of a node", "[Window]\nWinHanzi=" + QByteArray(30'000'000, 'A') + "\n", UNREADABLE},
+        {"binary file", "\x7f" "ELF\x02\x01\x01" + QByteArray(9, '\0') + garbage(2000, 31), DAMAGED, "", false},
     };
     const QByteArray older = "[ui]\ntheme=1\n";
     for (const Row& row : rows) {
         SCOPED_TRACE(row.name);
         GSettings::reopen_for_tests();
         remove_copies();
+        capture->clear();
         QDir().mkpath(QFileInfo(damaged()).path());
-        write_file(damaged(), older);
+        if (row.older) write_file(damaged(), older);
         write_file(GSettings::instance().fileName(), row.content);
-        // What a start does: check the file, read the stored values, save the defaults.
-        GSettings::set_aside_damaged_file(GSettings::instance().fileName());
+        // What a start does: check the file, read the stored values, save.
+        EXPECT_EQ(GSettings::set_aside_damaged_file(GSettings::instance().fileName()), row.state != DAMAGED);
         GSettings& settings = GSettings::instance();
         settings.sync();
+        EXPECT_EQ(settings.get_theme(), row.state == GOOD ? 2u : 0u);
+        EXPECT_EQ(settings.get_window_node("WinHanzi"), row.state == GOOD ? window_node() : GNode());
         EXPECT_EQ(settings.get_config_version(), 0u);
-        EXPECT_TRUE(settings.get_window_node("WinHanzi").is_empty());
-        settings.clear_config();
-        settings.set_window_node(window_node(), "WinHanzi");
+        settings.set_theme(1);
         settings.sync();
-
+        EXPECT_TRUE(read_file(settings.fileName()).contains("theme=1")) << "the next save writes a fresh file";
+        settings.clear_config();
         const QStringList kept = copies();
-        EXPECT_EQ(kept.size(), 2) << kept.join(' ').toStdString();
-        if (kept.size() != 2) continue;
-        EXPECT_EQ(read_file(damaged()), older) << "an older copy is never replaced";
+        ASSERT_EQ(kept.size(), int(row.older) + int(row.state != GOOD)) << kept.join(' ').toStdString();
+        if (row.older) EXPECT_EQ(read_file(damaged()), older) << "an older copy is never replaced";
+        if (row.state == GOOD) continue;
         EXPECT_EQ(read_file(QFileInfo(damaged()).dir().filePath(kept.last())), row.content)
-            << "the replaced file is kept as it was";
+            << "the file is kept for the user as it was";
+        EXPECT_EQ(capture->count(row.state == DAMAGED ? "is damaged" : "cannot be read"), 1) << capture->text();
+        if (*row.reason != '\0') EXPECT_TRUE(capture->contains(row.reason)) << capture->text();
     }
 }
 
