@@ -115,37 +115,6 @@ TEST(CanvasLearnMode, CornerCaptionFollowsTheCounter) {
     EXPECT_NE(first, second) << "and follows the strokes traced";
 }
 
-TEST(CanvasFit, CharacterIsCentredAndUndistorted) {
-    Anim square;
-    square.viewBox = {0, 0, 100, 100};
-    square.strokes = {stroke("M 0 0 L 100 0 L 100 100 L 0 100 Z", "M 10 50 L 90 50")};
-    struct Row {
-        const char* name;
-        QSize size;
-        QRect expected;
-    };
-    const Row rows[] = {
-        {"wide canvas centres horizontally", {1000, 500}, {250, 0, 500, 500}},
-        {"tall canvas centres vertically", {400, 800}, {0, 200, 400, 400}},
-        {"odd sizes", {301, 151}, {75, 0, 151, 151}},
-    };
-    CanvasHanzi canvas;
-    canvas.set_grid_on(false);
-    canvas.set_anim(square);
-    for (const Row& row : rows) {
-        SCOPED_TRACE(row.name);
-        const QImage image = render(canvas, row.size.width(), row.size.height());
-        QRect box;
-        for (int y = 0; y < image.height(); ++y)
-            for (int x = 0; x < image.width(); ++x)
-                if (near(image.pixel(x, y), canvas.get_colors().colorOutline)) box |= QRect(x, y, 1, 1);
-        EXPECT_NEAR(box.left(), row.expected.left(), 1);
-        EXPECT_NEAR(box.top(), row.expected.top(), 1);
-        EXPECT_NEAR(box.width(), row.expected.width(), 1);
-        EXPECT_NEAR(box.height(), row.expected.height(), 1);
-    }
-}
-
 TEST(CanvasSettings, LoadAppliesDefaultsClampsAndRoundTrips) {
     struct Row {
         const char* name;

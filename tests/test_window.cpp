@@ -291,13 +291,6 @@ TEST_F(WindowTest, EveryVisibleTextFollowsALanguageSwitchAtOnce) {
          "Nichts fällig",
          "Stufe 1",
          {"Lernmodus", "Strichtoleranz", "200 · großzügig"}},
-        {QLocale::French,
-         QString(),
-         "Next Hieroglyph",
-         "Stroke 1 of 4",
-         "Nothing due",
-         "Level 1",  // no meanings
-         {"Learn Mode", "Stroke Tolerance", "200 · loose"}},
         {QLocale::English,
          "middle; centre",
          "Next Hieroglyph",
