@@ -144,7 +144,8 @@ TEST(AnimCache, LoadsAreServedByNameAndFailuresReportedOnce) {
     const ki::GSysResult<Anim> secondLoad = Anim::build_from_file(noStrokes);
     EXPECT_TRUE(secondLoad.ok() && secondLoad.value.strokes.empty()) << "a failed build is reported once";
 
-    EXPECT_EQ(Anim::build_from_file(missing).error_class, ki::EC_IO);
+    const ki::GSysResult<Anim> gone = Anim::build_from_file(missing);
+    EXPECT_TRUE(gone.error_class == ki::EC_IO && gone.get_message().contains(missing)) << gone.message;
     write_file(missing, svg(OUTLINE + CLIP + CENTRE).toUtf8());
     EXPECT_EQ(Anim::build_from_file(missing).value.strokes.size(), 1u) << "an unreadable file is not cached";
 

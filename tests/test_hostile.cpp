@@ -14,7 +14,6 @@
 #include <unistd.h>
 
 #include <QDir>
-#include <QDirIterator>
 #include <QFile>
 #include <QFileInfo>
 #include <QTemporaryDir>
@@ -27,7 +26,6 @@
 #include <vector>
 
 #include "LoggedTest.h"
-#include "app/AppData.h"
 #include "app/ChinChar.h"
 #include "app/stroke/Anim.h"
 
@@ -144,34 +142,6 @@ TEST_F(HostileInput, LevelFileLoadsWhatIsValid) {
     const QString missing = dir.filePath("missing.txt");
     EXPECT_TRUE(morvel::basic_table_from_file(missing, -1).empty());
     EXPECT_NE(ki::io::file::read_lines(missing).to_string().find("missing.txt"), std::string::npos);
-}
-
-TEST_F(HostileInput, DeletedStrokeFileLeavesTheRestOfTheLevel) {
-    QTemporaryDir dir;
-    for (QDirIterator shipped(QStringLiteral(":/wb/shared-res/zh/1"), QDir::Files); shipped.hasNext();) {
-        shipped.next();
-        ASSERT_TRUE(QFile::copy(shipped.filePath(), dir.filePath(shipped.fileName())));
-    }
-    ASSERT_TRUE(QFile::remove(dir.filePath("20013.svg")));
-
-    morvel::prog2::AppData data(dir.path());
-    data.load();
-    ASSERT_EQ(data.size(), 86u) << "the deleted character is left out, the rest stays";
-    for (unsigned i = 0; i < data.size(); ++i) {
-        SCOPED_TRACE(data.appObject_at(i).to_string());
-        EXPECT_NE(data.unicode_at(i), 20013);
-        EXPECT_FALSE(data.appObject_at(i).chinChar.pinyin.isEmpty()) << "still joined with its level row";
-    }
-
-    // Deleted while the program runs: the load fails and says which file; the window then keeps
-    // its current character.
-    const QString path = data.svg_file_path_at(5);
-    Anim::clear_cache();
-    ASSERT_TRUE(QFile::remove(path));
-    const ki::GSysResult<Anim> gone = Anim::build_from_file(path);
-    EXPECT_EQ(gone.error_class, ki::EC_IO);
-    EXPECT_TRUE(gone.get_message().contains(path)) << gone.message;
-    Anim::clear_cache();
 }
 
 namespace {

@@ -616,52 +616,7 @@ TEST_F(WindowTest, StoredOptionsFromEveryMenuItemAndFromAHostileStore) {
     }
 }
 
-TEST_F(WindowTest, LevelsSwitchWithTheirOwnSelectionAndSurviveARestart) {
-    {
-        Window& w = open();
-        w.on_index(5);
-        const std::vector<int> placed = button_places(w);
-        ASSERT_TRUE(w.on_level(4));
-        settle();
-        // Its pinyin column was wider once: every button moved.
-        EXPECT_EQ(button_places(w), placed) << "no button moves with the level";
-        w.on_index(100);
-        ASSERT_TRUE(w.on_level(2));
-        EXPECT_EQ(model_of(w)->row_count(), 95);
-        EXPECT_EQ(w.get_selected_index(), 0) << "level 2 was never visited";
-        w.on_index(10);
-        EXPECT_EQ(w.findChild<QLabel*>(QStringLiteral("level"))->text(), QStringLiteral("Level 2"));
-        // A copied tree without the level's files: a message, and level 2 stays.
-        QTemporaryDir empty;
-        ki::qt::set_res_prefix(empty.path());
-        EXPECT_FALSE(w.on_level(3));
-        ki::qt::set_res_prefix(QStringLiteral(":/wb/shared-res"));
-        EXPECT_EQ(model_of(w)->row_count(), 95);
-        EXPECT_EQ(w.get_selected_index(), 10);
-        w.close();
-    }
-    {
-        // As the program starts: the catalogue comes unloaded and only the stored level is read.
-        win.reset();
-        AppData unloaded(Level::shipped(1));
-        Window fresh(unloaded);
-        fresh.setup();
-        EXPECT_EQ(unloaded.get_level().number, 2);
-        EXPECT_EQ(fresh.get_selected_index(), 10);
-    }
-    Window& again = open();
-    EXPECT_EQ(model_of(again)->row_count(), 95) << "the level is restored";
-    EXPECT_EQ(again.get_selected_index(), 10);
-    EXPECT_EQ(canvas_of(again)->get_unicode(), catalogue().unicode_at(10))
-        << "the catalogue is level 2's now";
-    ASSERT_TRUE(again.on_level(4));
-    EXPECT_EQ(again.get_selected_index(), 100) << "each level keeps its own selection";
-    ASSERT_TRUE(again.on_level(1));
-    EXPECT_EQ(again.get_selected_index(), 5);
-    EXPECT_EQ(canvas_of(again)->get_unicode(), catalogue().unicode_at(5));
-}
-
-TEST_F(WindowTest, TheLevelMenuListsSevenLevelsAndLevelSevenStartsFromTheCommandLine) {
+TEST_F(WindowTest, TheLevelMenuSwitchesSevenLevelsEachWithItsSelectionAndAStartReadsOnlyOne) {
     const struct {
         const char* item;
         int level;
@@ -674,6 +629,7 @@ TEST_F(WindowTest, TheLevelMenuListsSevenLevelsAndLevelSevenStartsFromTheCommand
     };
     {
         Window& w = open();
+        const std::vector<int> placed = button_places(w);
         for (const auto& row : rows) {
             SCOPED_TRACE(row.item);
             std::unique_ptr<ki::qt::GMenu> menu(w.gen_menu_options(Window::OPTIONS_ALL));
@@ -682,24 +638,44 @@ TEST_F(WindowTest, TheLevelMenuListsSevenLevelsAndLevelSevenStartsFromTheCommand
             item->trigger();
             EXPECT_EQ(model_of(w)->row_count(), row.rows);
             EXPECT_EQ(catalogue().get_level().number, row.level);
+            EXPECT_EQ(w.get_selected_index(), 0) << "never visited";
+            // Its pinyin column was wider once: every button moved.
+            EXPECT_EQ(button_places(w), placed) << "no button moves with the level";
             w.on_index(row.rows - 1);
         }
+        ASSERT_TRUE(w.on_level(2));
+        EXPECT_EQ(w.get_selected_index(), 94) << "each level keeps its own selection";
+        EXPECT_EQ(w.findChild<QLabel*>(QStringLiteral("level"))->text(), QStringLiteral("Level 2"));
+        // A copied tree without the level's files: a message, and level 2 stays.
+        QTemporaryDir empty;
+        ki::qt::set_res_prefix(empty.path());
+        EXPECT_FALSE(w.on_level(3));
+        ki::qt::set_res_prefix(QStringLiteral(":/wb/shared-res"));
+        EXPECT_EQ(model_of(w)->row_count(), 95);
+        EXPECT_EQ(w.get_selected_index(), 94);
         w.close();
     }
-    // As main does for "--level 7": only level 7's files are read, its last character selected.
+    // As main starts the program: the catalogue comes unloaded and only the stored level's files
+    // are read, or those of the level the command line names.
     win.reset();
-    QString error;
-    const int level = Level::from_arguments({"quenlo", "--level", "7"}, error);
-    ASSERT_EQ(level, 7) << error.toStdString();
+    const struct {
+        QStringList arguments;
+        int level, index;
+    } starts[] = {{{"quenlo"}, 2, 94}, {{"quenlo", "--level", "7"}, 7, 977}};
+    for (const auto& start : starts) {
+        SCOPED_TRACE(start.arguments.join(' ').toStdString());
+        QString error;
+        const int level = Level::from_arguments(start.arguments, error);
+        ASSERT_TRUE(error.isEmpty()) << error.toStdString();
+        AppData unloaded(Level::shipped(1));
+        Window fresh(unloaded);
+        if (level > 0) fresh.start_in_level(level);
+        fresh.setup();
+        EXPECT_EQ(unloaded.get_level().number, start.level);
+        EXPECT_EQ(fresh.get_selected_index(), start.index);
+        EXPECT_EQ(canvas_of(fresh)->get_unicode(), unloaded.unicode_at(unsigned(start.index)));
+    }
     ASSERT_TRUE(catalogue().switch_to(Level::shipped(1)));
-    AppData unloaded(Level::shipped(1));
-    Window fresh(unloaded);
-    fresh.start_in_level(level);
-    fresh.setup();
-    EXPECT_EQ(unloaded.get_level().number, 7);
-    EXPECT_EQ(unloaded.size(), 978u);
-    EXPECT_EQ(fresh.get_selected_index(), 977) << "level 7 keeps its own selection";
-    EXPECT_EQ(canvas_of(fresh)->get_unicode(), unloaded.unicode_at(977));
 }
 
 TEST_F(WindowTest, SearchChoosesACharacterOfAnotherLevelAndEscapeGoesBack) {
