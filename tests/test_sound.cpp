@@ -105,7 +105,13 @@ struct Calls {
     int plays = 0;
     int stops = 0;
     int endless = 0;
+    bool operator==(const Calls&) const = default;
 };
+
+void PrintTo(const Calls& c, std::ostream* os) {
+    *os << c.players << " players, " << c.effects << " effects, " << c.sources << " sources, " << c.plays
+        << " plays, " << c.stops << " stops, " << c.endless << " endless";
+}
 
 class FakePlayer : public SoundPlayer {
 public:
@@ -213,13 +219,7 @@ TEST_F(SoundTest, TheAudioLibraryIsMadeOnFirstUseAndPlaysWhatIsAsked) {
             ASSERT_TRUE(act.count(step)) << "unknown step " << step.toStdString();
             act.at(step)();
         }
-        const Calls& got = backend.calls;
-        EXPECT_EQ(got.players, row.expected.players);
-        EXPECT_EQ(got.effects, row.expected.effects);
-        EXPECT_EQ(got.sources, row.expected.sources);
-        EXPECT_EQ(got.plays, row.expected.plays);
-        EXPECT_EQ(got.stops, row.expected.stops);
-        EXPECT_EQ(got.endless, row.expected.endless);
+        EXPECT_EQ(backend.calls, row.expected);
         EXPECT_EQ(finished, row.finished);
         GSound::set_silent(true);
         sound_backend::use(nullptr);
