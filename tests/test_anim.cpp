@@ -49,7 +49,6 @@ TEST(AnimBuild, StructuralFaultsFailTheWholeCharacterAViewBoxNever) {
         QString body;
         QString message;  ///< empty when the document builds
         QString rootAttributes = R"~(viewBox="0 0 1024 1024")~";
-        ki::math::Rect viewBox = {};
     } rows[] = {
         {"duplicate outline id", OUTLINE + OUTLINE + CLIP + CENTRE, "duplicate outline id 'a'"},
         {"centre line reuses an outline id", centre(R"~(id="a" clip-path="url(#c)" d="M 1 1 L 2 2")~"),
@@ -83,8 +82,6 @@ TEST(AnimBuild, StructuralFaultsFailTheWholeCharacterAViewBoxNever) {
          "invalid clip-path 'bad'"},
         {"reference faults are found before stroke faults",
          centre(R"~(clip-path="bad" d="M 1 1 L 2 2")~") + CLIP, "duplicate clipPath id 'c'"},
-        {"viewBox with commas", good, "", R"~(viewBox="0,0,1024,1024")~", {0, 0, 1024, 1024}},
-        {"viewBox of negative height", good, "", R"~(viewBox="0 0 1024 -5")~"},
         {"no viewBox", good, "", ""},
     };
     for (const auto& row : rows) {
@@ -93,7 +90,7 @@ TEST(AnimBuild, StructuralFaultsFailTheWholeCharacterAViewBoxNever) {
         EXPECT_EQ(result.get_message(), row.message);
         ASSERT_EQ(result.ok(), row.message.isEmpty());
         if (result.ok()) {
-            EXPECT_EQ(result.value.viewBox, row.viewBox) << result.value.viewBox.to_string();
+            EXPECT_EQ(result.value.viewBox, ki::math::Rect()) << result.value.viewBox.to_string();
             continue;
         }
         EXPECT_EQ(result.error_class, ki::EC_KIR);

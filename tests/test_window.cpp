@@ -566,8 +566,6 @@ TEST_F(WindowTest, StoredOptionsFromEveryMenuItemAndFromAHostileStore) {
          [](Window& w) { return w.get_selected_index() == 86; }, "selectedIndex:5000"},
         {"negative selected index", true, {}, "selectedIndex", -3,
          [](Window& w) { return w.get_selected_index() == 0; }, "selectedIndex:-3"},
-        {"tolerance far out of range", true, {}, "rCircle", 1000000,
-         [](Window& w) { return canvas_of(w)->get_r_circle() == 140; }, "rCircle:1000000"},
         {"theme past the last", true, {}, "theme", 77u,
          [](Window& w) { return w.get_theme() == ki::qt::themes::THEME_NOT_SET; }, "unknown theme:77"},
         {"flag of the wrong type", true, {}, "flagShowUnicode", 3.5,
