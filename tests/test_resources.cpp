@@ -22,6 +22,7 @@
 #include "app/ChinChar.h"
 #include "app/Level.h"
 #include "app/Recording.h"
+#include "app/search/CharacterSearch.h"
 
 namespace {
 
@@ -114,15 +115,8 @@ std::vector<morvel::ChinChar> level_table() {
 
 // "zhōng" -> "zhong1", "lǜ" -> "lv4"; "" for a reading without a tone mark.
 QString tone_numbered(const QString& pinyin) {
-    const QString vowels = QStringLiteral("aeiouv");  // kToneMarked holds four tones of each
-    QString base;
-    int tone = 0;
-    for (const QChar q : pinyin) {
-        const qsizetype at = kToneMarked.indexOf(q);
-        if (at >= 0) tone = int(at % 4) + 1;
-        base += at >= 0 ? vowels[at / 4] : q == u'ü' ? QChar(u'v') : q;
-    }
-    return tone == 0 ? QString() : base + QString::number(tone);
+    const QString numbered = morvel::search::CharacterSearch::numbered_pinyin(pinyin);
+    return !numbered.isEmpty() && numbered.back().isDigit() ? numbered : QString();
 }
 
 std::string missing_glyphs(const QRawFont& font, const QString& text) {
