@@ -93,6 +93,7 @@ TEST_F(HostileInput, StrokeFileRefusedWithAClearMessage) {
         EXPECT_EQ(result->error_class, row.errorClass) << result->to_string();
         EXPECT_FALSE(result->message.empty());
         EXPECT_TRUE(result->get_message().contains(row.message)) << result->message;
+        EXPECT_TRUE(row.size == 0 || result->get_message().contains(path)) << "a refused size names the file";
         EXPECT_TRUE(result->value.strokes.empty()) << "nothing half-built";
     }
     Anim::clear_cache();

@@ -264,8 +264,7 @@ TEST(TraceVerdict, ConfusionMatrixOfStrictJudgingOnEveryLevel) {
 }
 
 // Strict judging off: through the canvas's mouse handlers, every generated trace of every level
-// stroke gets the verdict the judge alone gives. A trace 110 units beside its place: counted
-// with strict judging off and on.
+// stroke gets the verdict the judge alone gives.
 TEST(TraceVerdict, LenientVerdictsThroughTheCanvasAreAsBefore) {
     QuietLog quiet;
     morvel::CanvasHanzi canvas;
@@ -281,7 +280,7 @@ TEST(TraceVerdict, LenientVerdictsThroughTheCanvasAreAsBefore) {
         return QPoint(int(std::lround((d.x * ey.y - d.y * ey.x) / det)),
                       int(std::lround((ex.x * d.y - ex.y * d.x) / det)));
     };
-    int accepted = 0, rejected = 0, besideAll = 0, besideLenient = 0, besideStrict = 0;
+    int accepted = 0, rejected = 0;
     canvas.listenerStrokeLearned += [&accepted]() { ++accepted; };
     canvas.listenerStrokeRejected += [&rejected]() { ++rejected; };
     for (int number = 1; number <= 4; ++number) {
@@ -319,18 +318,11 @@ TEST(TraceVerdict, LenientVerdictsThroughTheCanvasAreAsBefore) {
                 ASSERT_EQ(accepted - acceptedBefore, old == V::ACCEPTED ? 1 : 0)
                     << "level " << number << ", stroke " << s << ", "
                     << kind_name(TRACE_KINDS[size_t(k) % std::size(TRACE_KINDS)]);
-
-                const std::vector<P> away = along(stroke, 0, 1, beside(stroke, 110));
-                ++besideAll;
-                besideLenient += lenient_accepts(stroke, away);
-                besideStrict += strict(anim, int(s), away).accepted;
             }
         }
     }
     EXPECT_GT(accepted, 1000);
     EXPECT_GT(rejected, 1000);
-    EXPECT_GT(besideLenient, besideAll * 9 / 10);
-    EXPECT_EQ(besideStrict, 0);
 }
 
 TEST(ScoreCard, CharacterScoreTimeMissesAndWeakestStroke) {
