@@ -11,17 +11,16 @@
 #include <thread>
 #include <vector>
 
+#include "LoggedTest.h"
+
 using namespace ki::log;
 using testing::MatchesRegex;
 
 namespace {
 
-// All tests share one process when run directly, so every case starts from a fresh log.
-class LogTest : public testing::Test {
+// Every case starts from a freshly configured log that writes into `capture` only.
+class LogTest : public LoggedTest {
 protected:
-    void SetUp() override { reset_for_tests(); }
-    void TearDown() override { reset_for_tests(); }
-
     static void configure_quietly() {
         configure();
         remove_log_appender(get_console_appender());
@@ -65,8 +64,6 @@ TEST_F(LogTest, LevelFilterAndLineCounter) {
 }
 
 TEST_F(LogTest, FormattedMessagesAndMarkers) {
-    configure_quietly();
-    LogCapture capture;
     ki::pp_info("AppData::svg_file_path_at, index:$, size:$", 3, 87u);
     ki::pp_warn(2, "indented");
     ki::pp_line();
@@ -85,7 +82,7 @@ TEST_F(LogTest, FormattedMessagesAndMarkers) {
         {7, LOG_WARN, "nullptr"},
         {8, LOG_DEBUG, ""},
     };
-    EXPECT_EQ(capture.lines(), expected);
+    EXPECT_EQ(capture->lines(), expected);
 }
 
 TEST_F(LogTest, TraillerBits) {
@@ -117,6 +114,7 @@ TEST_F(LogTest, TraillerBits) {
 // A file or pipe is block-buffered: a line must be in it whole as soon as it is logged, not
 // when the buffer fills or the program ends.
 TEST_F(LogTest, ConsoleLineReachesAFileAtOnce) {
+    reset_for_tests();  // unconfigured, a line carries its number alone
     std::FILE* file = std::tmpfile();
     ASSERT_NE(file, nullptr);
     LogConsole console(file);
@@ -203,7 +201,6 @@ TEST_F(LogTest, LevelRefusals) {
 }
 
 TEST_F(LogTest, AppenderRegistration) {
-    configure_quietly();
     LogCapture enabled;
     LogCapture disabled;
     disabled.set_enabled(false);
@@ -222,8 +219,6 @@ TEST_F(LogTest, AppenderRegistration) {
 TEST_F(LogTest, ConcurrentLoggingKeepsEveryLineOnceInOrder) {
     constexpr int THREADS = 8;
     constexpr int LINES = 10000;
-    configure_quietly();
-    LogCapture capture;
     std::vector<std::thread> threads;
     for (int t = 0; t < THREADS; ++t)
         threads.emplace_back([t] {
@@ -231,7 +226,7 @@ TEST_F(LogTest, ConcurrentLoggingKeepsEveryLineOnceInOrder) {
         });
     for (std::thread& thread : threads) thread.join();
 
-    const auto lines = capture.lines();
+    const auto lines = capture->lines();
     ASSERT_EQ(lines.size(), size_t(THREADS * LINES));
     std::set<std::string> texts;
     for (size_t i = 0; i < lines.size(); ++i) {
@@ -244,7 +239,6 @@ TEST_F(LogTest, ConcurrentLoggingKeepsEveryLineOnceInOrder) {
 }
 
 TEST_F(LogTest, ThreadIdsArePerThread) {
-    configure_quietly();
     std::pair<unsigned, bool> other;
     std::thread([&] { other = {ki::get_fast_thread_id(), ki::is_main_thread()}; }).join();
     EXPECT_TRUE(ki::is_main_thread()) << "the id taken at configure is still this thread's";
