@@ -13,7 +13,6 @@
 #include "LoggedTest.h"
 #include "app/AppData.h"
 #include "app/ChinChar.h"
-#include "app/morvel.h"
 #include "app/stroke/Anim.h"
 
 using morvel::ChinChar;
@@ -149,16 +148,7 @@ TEST(Catalogue, ShippedLevels) {
     EXPECT_EQ(Level::shipped(Level::COUNT + 1).size(), 0);
 
     const auto table = morvel::basic_table_from_file(Level::shipped(1).file, -1);
-    QString line;
-    for (const ChinChar& c : table) line += c.character();
-    EXPECT_EQ(morvel::create_chin_line_simple(), line);
     EXPECT_EQ(morvel::create_basic_table(), table) << "compiled-in table equals the level file";
-
-    const QStringList block = morvel::create_chin_block_simple().split('\n');
-    ASSERT_EQ(block.size(), 9);
-    EXPECT_EQ(block.last().split(' ').size(), 7);
-    EXPECT_EQ(morvel::create_chin_block_simple().remove(' ').remove('\n'), line);
-
     const auto quoted = morvel::from_unicode(table, 39277);
     EXPECT_EQ(quoted.to_string(), "饭 | fàn | meal; cooked rice | Essen; gekochter Reis | еда; варёный рис");
 }
