@@ -187,7 +187,6 @@ TEST(ControlAnimModes, OperationsMoveOneLessonState) {
         int learned;
         bool paused;
         int round = 1;
-        bool hinting = false;
     };
     // clang-format off
     const Row rows[] = {
@@ -211,17 +210,8 @@ TEST(ControlAnimModes, OperationsMoveOneLessonState) {
          [](ControlAnim& c) { c.select({300, 100, 100, 300}); c.hold_at(50); c.step_stroke(false); }, 37.5f, 0, true},
         {"stroke steps do nothing in learn mode", MODE_LEARN,
          [](ControlAnim& c) { c.step_stroke(true); }, 0, 0, false},
-        {"the third miss starts a hint", MODE_LEARN,
-         [](ControlAnim& c) { for (int i = 0; i < 3; ++i) c.stroke_rejected(3); }, 0, 0, false, 1, true},
-        {"every miss past the third hints again", MODE_LEARN, [](ControlAnim& c) {
-             for (int i = 0; i < 3; ++i) c.stroke_rejected(3);
-             while (c.state().hint >= 0.0f) c.tick();
-             c.stroke_rejected(3);
-         }, 0, 0, false, 1, true},
         {"practice rounds switched on after the last stroke leave the character finished", MODE_LEARN,
          [](ControlAnim& c) { for (int i = 0; i < 4; ++i) c.stroke_accepted(); c.set_rounds(3); }, 0, 4, false, 3},
-        {"a finished round starts the next without the strokes", MODE_LEARN,
-         [](ControlAnim& c) { c.set_rounds(3); for (int i = 0; i < 4; ++i) c.stroke_accepted(); c.next_round(); }, 0, 0, false, 2},
         {"again starts from the first stroke", MODE_LEARN,
          [](ControlAnim& c) { c.stroke_accepted(); c.restart(); }, 0, 0, false},
     };
@@ -237,6 +227,5 @@ TEST(ControlAnimModes, OperationsMoveOneLessonState) {
         EXPECT_EQ(control.is_mode_bit(MODE_PAUSED), row.paused);
         EXPECT_EQ(control.state().is_done(), row.learned == 4);
         EXPECT_EQ(control.state().round, row.round);
-        EXPECT_EQ(control.state().hint >= 0.0f, row.hinting);
     }
 }
