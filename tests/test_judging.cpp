@@ -1,7 +1,8 @@
 // Shape measures of a trace against its stroke and the strict verdict built on them, over real
 // level characters and over traces of the seeded generator: the measures row by row, the
 // confusion matrix of strict judging on every level, the lenient judge's verdicts unchanged
-// through the canvas, and the score card of a character.
+// through the canvas (and the reasons found for exactly its rejections), and the score card of a
+// character.
 #include <gtest/gtest.h>
 #include <ki/log/GLog.h>
 
@@ -296,9 +297,11 @@ TEST(TraceVerdict, LenientVerdictsThroughTheCanvasAreAsBefore) {
                 if (samples.empty()) continue;
                 canvas.own_lesson().set_strokes_learned(int(s));
                 morvel::StrokeJudge judge;
+                std::vector<P> traced;  // as the canvas sees the samples
                 const auto send = [&](QEvent::Type type, size_t i) {
                     const QPoint at = pixel_of(samples[i]);
                     const P mapped = canvas.map_mouse_point_to_anim(at);
+                    traced.push_back(mapped);
                     if (type == QEvent::MouseButtonPress) judge.press(mapped, stroke, R);
                     if (type == QEvent::MouseMove) judge.move(mapped, stroke, R);
                     QMouseEvent ev(type, QPointF(at), QPointF(at),
@@ -318,6 +321,8 @@ TEST(TraceVerdict, LenientVerdictsThroughTheCanvasAreAsBefore) {
                 ASSERT_EQ(accepted - acceptedBefore, old == V::ACCEPTED ? 1 : 0)
                     << "level " << number << ", stroke " << s << ", "
                     << kind_name(TRACE_KINDS[size_t(k) % std::size(TRACE_KINDS)]);
+                // A reason is found exactly for the traces the judge rejects.
+                ASSERT_EQ(TraceClassifier::classify(anim, int(s), traced, R).is_rejected(), old == V::REJECTED);
             }
         }
     }

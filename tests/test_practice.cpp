@@ -1,11 +1,9 @@
 // Practice aids over real level characters: why a trace was rejected, strict judging, the
 // marker painted for each reason, and the canvas colours and texts they rely on.
 #include <gtest/gtest.h>
-#include <ki/log/GLog.h>
 #include <ki/qt/GPC.h>
 #include <ki/qt/lang.h>
 
-#include <QDir>
 #include <QImage>
 #include <QPainter>
 #include <cmath>
@@ -15,7 +13,6 @@
 #include "app/practice/PracticeMarkers.h"
 #include "app/practice/PracticeTexts.h"
 #include "app/practice/TraceClassifier.h"
-#include "app/stroke/StrokeJudge.h"
 
 using namespace morvel::practice;
 using morvel::Anim;
@@ -167,42 +164,6 @@ TEST(PracticeClassifier, ReasonsOfRejectedTracesAndTheirMarkers) {
             EXPECT_TRUE(near(image, {4, 4}, colors.colorBackground[0])) << "theme " << theme;
         }
     }
-}
-
-// Over every stroke of the level, a trace counts as rejected exactly when the judge rejects it.
-TEST(PracticeClassifier, AgreesWithTheJudgeOnEveryLevelStroke) {
-    const unsigned int level = ki::log::get_log_level();
-    ki::log::set_log_level(ki::log::LOG_WARN);
-    const QDir dir(":/wb/shared-res/zh/1");
-    int strokes = 0;
-    for (const QString& file : dir.entryList({"*.svg"}, QDir::Files)) {
-        const Anim anim = Anim::build_from_file(dir.filePath(file)).value;
-        for (size_t s = 0; s < anim.strokes.size(); ++s, ++strokes) {
-            const morvel::AnimStroke& stroke = anim.strokes[s];
-            const P start = stroke.pathAnim.point_start(), end = stroke.pathAnim.point_end();
-            const P half = (start + end) * 0.5f, step = (end - start) * (10.0f / glm::length(end - start));
-            std::vector<P> flick;
-            for (int i = 0; i <= 20; ++i) flick.push_back(start + (end - start) * (i / 20.0f));
-            const std::vector<P> traces[] = {flick,
-                                             {half - step, half + step, half + step},
-                                             along(anim, s, 1, 0),
-                                             along(anim, s, 0, 1, P(90, 90)),
-                                             along(anim, s, 0.2f, 1),
-                                             along(anim, (s + 1) % anim.strokes.size())};
-            for (size_t kind = 0; kind < std::size(traces); ++kind) {
-                const std::vector<P>& trace = traces[kind];
-                morvel::StrokeJudge judge;
-                judge.press(trace.front(), stroke, 140);
-                for (size_t i = 1; i + 1 < trace.size(); ++i) judge.move(trace[i], stroke, 140);
-                const auto verdict = judge.release(trace.back(), stroke, 140);
-                const Rejection r = TraceClassifier::classify(anim, static_cast<int>(s), trace, 140);
-                ASSERT_EQ(r.is_rejected(), verdict == morvel::StrokeJudge::Verdict::REJECTED)
-                    << file.toStdString() << " stroke " << s << " trace " << kind;
-            }
-        }
-    }
-    ki::log::set_log_level(static_cast<int>(level));
-    EXPECT_EQ(strokes, 521);
 }
 
 TEST(PracticeMarkers, ColoursKeepOutlineAndCirclesReadable) {
