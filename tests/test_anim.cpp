@@ -4,6 +4,9 @@
 
 #include <QBuffer>
 #include <QDir>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
 #include <QPainterPath>
 #include <QTemporaryDir>
 #include <utility>
@@ -160,7 +163,11 @@ TEST(AnimCache, LoadsAreServedByNameAndFailuresReportedOnce) {
     Anim::clear_cache();
 }
 
-TEST(AnimShipped, EveryStrokeFileBuildsWithCentreLinesInsideTheirOutlines) {
+// Every stroke file of every level builds with its centre lines inside their outlines, and with as
+// many strokes as the package it is made from (when that is installed: `npm ci` in tools/resgen).
+TEST(AnimShipped, EveryStrokeFileBuildsWithThePackagesStrokesCentreLinesInsideTheirOutlines) {
+    const QDir package(QStringLiteral(QUENLO_SOURCE_DIR "/tools/resgen/node_modules/hanzi-writer-data"));
+    int compared = 0;
     for (const auto& [level, count] : {std::pair{1, 87}, {2, 95}, {3, 167}, {4, 269}, {5, 446}, {6, 621}, {7, 978}}) {
         const QDir folder(morvel::prog2::Level::shipped(level).directory);
         const QStringList names = folder.entryList({"*.svg"}, QDir::Files);
@@ -170,6 +177,14 @@ TEST(AnimShipped, EveryStrokeFileBuildsWithCentreLinesInsideTheirOutlines) {
             const ki::GSysResult<Anim> result = Anim::build_from_file(folder.filePath(name));
             ASSERT_TRUE(result.ok()) << result.to_string();
             EXPECT_EQ(result.value.viewBox, ki::math::Rect(0, 0, 1024, 1024));
+            if (package.exists()) {
+                const char32_t unicode = name.chopped(4).toUInt();
+                QFile json(package.filePath(QString::fromUcs4(&unicode, 1) + QStringLiteral(".json")));
+                ASSERT_TRUE(json.open(QIODevice::ReadOnly)) << json.fileName().toStdString();
+                const QJsonArray strokes = QJsonDocument::fromJson(json.readAll()).object().value("strokes").toArray();
+                EXPECT_EQ(result.value.strokes.size(), size_t(strokes.size()));
+                ++compared;
+            }
             for (size_t i = 0; i < result.value.strokes.size(); ++i) {
                 const morvel::AnimStroke& stroke = result.value.strokes[i];
                 SCOPED_TRACE(i);
@@ -182,4 +197,5 @@ TEST(AnimShipped, EveryStrokeFileBuildsWithCentreLinesInsideTheirOutlines) {
             }
         }
     }
+    EXPECT_TRUE(!package.exists() || compared == 2663) << compared;
 }

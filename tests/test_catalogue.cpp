@@ -2,9 +2,6 @@
 
 #include <QDir>
 #include <QFile>
-#include <QJsonArray>
-#include <QJsonDocument>
-#include <QJsonObject>
 #include <QProcess>
 #include <QRegularExpression>
 #include <QTemporaryDir>
@@ -164,28 +161,4 @@ TEST(Catalogue, GeneratedFilesMatchThePackageData) {
         EXPECT_EQ(gen.exitCode(), 0) << script << ": " << gen.readAllStandardError().toStdString()
                                      << gen.readAllStandardOutput().toStdString();
     }
-}
-
-TEST(Catalogue, StrokeCountsMatchThePackage) {
-    // The package the stroke files come from; without it (no `npm ci` in tools/resgen) there
-    // is nothing to compare with.
-    const QDir package(QStringLiteral(QUENLO_SOURCE_DIR "/tools/resgen/node_modules/hanzi-writer-data"));
-    if (!package.exists()) GTEST_SKIP() << "tools/resgen/node_modules is not installed";
-    int compared = 0;
-    for (int number = 1; number <= Level::COUNT; ++number) {
-        const Level level = Level::shipped(number);
-        for (const ChinChar& c : morvel::basic_table_from_file(level.file, -1)) {
-            SCOPED_TRACE(c.to_string());
-            const QString svg = QStringLiteral("%1/%2.svg").arg(level.directory).arg(c.unicode);
-            const ki::GSysResult<morvel::Anim> anim = morvel::Anim::build_from_file(svg);
-            ASSERT_TRUE(anim.ok()) << "level " << number << " has a stroke file for every row";
-            QFile json(package.filePath(c.character() + QStringLiteral(".json")));
-            ASSERT_TRUE(json.open(QIODevice::ReadOnly));
-            const QJsonArray strokes = QJsonDocument::fromJson(json.readAll()).object().value("strokes").toArray();
-            EXPECT_EQ(anim.value.strokes.size(), size_t(strokes.size()));
-            ++compared;
-        }
-    }
-    morvel::Anim::clear_cache();
-    EXPECT_EQ(compared, 2663);
 }
