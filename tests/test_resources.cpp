@@ -14,7 +14,6 @@
 #include <QtEndian>
 #include <algorithm>
 #include <cstdlib>
-#include <iterator>
 #include <optional>
 #include <set>
 
