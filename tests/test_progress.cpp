@@ -19,6 +19,8 @@
 #include <QTemporaryDir>
 #include <QTest>
 #include <csignal>
+#include <map>
+#include <tuple>
 
 #include "LoggedTest.h"
 #include "app/progress/LessonRecorder.h"
@@ -137,6 +139,29 @@ TEST_F(ProgressTest, MasteryAndReviewBoxes) {
         reread.open(rowDir.path());
         EXPECT_EQ(reread.summary(CP), live.summary(CP)) << "the file keeps what memory had";
     }
+}
+
+// Scores come with traces and completions; the panel reads average and best per character, the
+// chart the day's average. A score out of range, or none, counts as none.
+TEST_F(ProgressTest, ScoresPerCharacterAndPerDay) {
+    ASSERT_EQ(store.open(dir.path()), ProgressStore::Status::WRITABLE);
+    for (const auto& [cp, day, score] : {std::tuple{CP, 1, 60}, {CP, 3, 80}, {CP, 3, -1}, {CP, 3, 140}, {CP2, 3, 91}}) {
+        set_day(day);
+        TraceRecord trace{0, 1, cp, 0, true, {}, 80, 0, false};
+        trace.score = score;
+        ASSERT_TRUE(store.record_trace(trace));
+        CompletionRecord done{0, 1, cp, 4.0, 0, 1};
+        done.score = score;
+        ASSERT_TRUE(store.record_completion(done));
+    }
+    const auto stats = store.score_stats();
+    EXPECT_EQ(stats, (std::map<int, ScoreStats>{{CP, {70, 80, 2}}, {CP2, {91, 91, 1}}}));
+    const std::vector<DayStats> days = store.last_days(3);
+    EXPECT_EQ(std::vector<int>({days[0].score, days[1].score, days[2].score}), std::vector<int>({60, -1, 86}))
+        << "no practice on the second day, no score";
+    ProgressStore reread;
+    reread.open(dir.path());
+    EXPECT_EQ(reread.score_stats(), stats) << "kept in the file";
 }
 
 TEST_F(ProgressTest, ReviewNavigationSkipsCharactersNotDue) {
