@@ -220,7 +220,6 @@ TEST(TraceVerdict, StrictReasonsOnRealCharacters) {
         const Judgement j = TraceVerdict::judge(row.anim, row.stroke, row.samples, row.r, true, lenient);
         EXPECT_EQ(j.rejection.reason, row.reason);
         EXPECT_EQ(j.accepted, row.reason == Reason::NONE);
-        EXPECT_TRUE(row.reason == Reason::NONE || j.score < 100) << "a fault costs points";
         if (row.reason == Reason::OFF_PLACE)
             EXPECT_LT(
                 glm::distance(j.rejection.expected, measures::centroid(measures::resample(
@@ -233,6 +232,37 @@ TEST(TraceVerdict, StrictReasonsOnRealCharacters) {
         EXPECT_EQ(off.score, j.score);
         EXPECT_EQ(off.accepted, lenient);
     }
+}
+
+// The score of a trace: 100 on the centre line, lower with every fault the larger it is, never
+// below 0.
+TEST(TraceVerdict, ScoreFallsWithEveryFault) {
+    QuietLog quiet;
+    const Anim yi = character(19968);
+    const AnimStroke& line = yi.strokes[0];
+    const auto score = [&](const std::vector<P>& samples) {
+        return TraceVerdict::score(measures::measure(line.pathAnim, samples, {0, 0, 1024, 1024}));
+    };
+    const auto wave = [](float amplitude) {
+        return [amplitude](float share) { return P(0, amplitude * std::sin(share * 18.85f)); };
+    };
+    const auto off = [&](float by) { return along(line, 0, 1, P(0, by)); };
+    const struct {
+        const char* name;
+        std::vector<std::vector<P>> worse;  // each trace worse than the one before
+    } rows[] = {
+        {"further off", {off(10), off(30), off(50), off(70)}},
+        {"wavier", {along(line, 0, 1, {}, wave(5)), along(line, 0, 1, {}, wave(20)), along(line, 0, 1, {}, wave(60))}},
+    };
+    EXPECT_EQ(score(along(line)), 100);
+    for (const auto& row : rows) {
+        int before = 100;
+        for (const std::vector<P>& samples : row.worse) {
+            EXPECT_LT(score(samples), before) << row.name << ", trace " << &samples - row.worse.data();
+            before = score(samples);
+        }
+    }
+    EXPECT_GE(score(off(200)), 0);
 }
 
 // The matrix the thresholds were chosen on: every stroke of every level, each kind of trace the
