@@ -198,12 +198,12 @@ TEST_F(WindowTest, SelectionByListButtonsAndHotkeysPlaysAtOnceAndMovesNoButton) 
     // Tool tips by position; the pinyin label beside them must never push the buttons about.
     QMap<int, QString> tips;
     for (auto* b : w.findChild<QWidget*>(QStringLiteral("buttons"))->findChildren<ki::qt::GButton*>())
-        tips[b->mapTo(&w, QPoint()).x()] = b->toolTip();
+        if (b->isVisible()) tips[b->mapTo(&w, QPoint()).x()] = b->toolTip();
     const std::vector<int> placed = button_places(w);
     EXPECT_EQ(
         tips.values().join(QStringLiteral(" | ")).toStdString(),
         "Options | Toggle fullscreen | Play Sound | Previous Hieroglyph | Next Hieroglyph | Show/Hide List | "
-        "Learn the correct strokes in the correct order");
+        "Learn the correct strokes in the correct order | Write from memory");
     auto trigger = [&w](const char* name) { w.findChild<QAction*>(QString::fromLatin1(name))->trigger(); };
     auto click = [&w](const char* tip) { button(w, QString::fromLatin1(tip))->click(); };
     // A drag from the middle of the list or the canvas, with list row 10 at the top.

@@ -1,0 +1,58 @@
+#include "app/recall/RecallView.h"
+
+#include <ki/qt/GMainWindow.h>
+#include <ki/qt/components/otf/GDataScroller.h>
+
+#include <QAction>
+
+#include "app/ModelAppData.h"
+#include "app/controls/LessonControls.h"
+#include "app/lesson/LessonFlow.h"
+#include "app/stroke/CanvasHanzi.h"
+
+namespace morvel::prog2 {
+
+RecallView::RecallView(const Parts& p) : parts(p) {
+    LessonFlow& flow = *parts.flow;
+    parts.canvas->set_recall(&flow.recall());
+    flow.set_score([canvas = parts.canvas]() { return canvas->get_score_card().character_score(); });
+    flow.liRecall += [this]() { refresh(); };
+    parts.controls->on_recall([this]() { toggle(); }, [&flow]() { flow.show_me(); });
+
+    QObject* window = parts.window;
+    QObject::connect(parts.window->gen_action(QString::fromLatin1(KEY_RECALL)), &QAction::triggered, window,
+                     [this]() { toggle(); });
+    QObject::connect(parts.window->gen_action(QString::fromLatin1(KEY_SHOW_ME)), &QAction::triggered, window,
+                     [&flow]() { flow.show_me(); });
+    for (const review::Rating rating :
+         {review::Rating::AGAIN, review::Rating::HARD, review::Rating::GOOD, review::Rating::EASY}) {
+        QAction* key = parts.window->gen_action(QKeySequence(Qt::Key_0 + static_cast<int>(rating)));
+        QObject::connect(key, &QAction::triggered, window, [&flow, rating]() { flow.choose_grade(rating); });
+        gradeKeys.push_back(key);
+    }
+    QAction* accept = parts.window->gen_action(QKeySequence(Qt::Key_Space));
+    accept->setShortcuts({QKeySequence(Qt::Key_Space), QKeySequence(Qt::Key_Return), QKeySequence(Qt::Key_Enter)});
+    QObject::connect(accept, &QAction::triggered, window, [&flow]() { flow.accept_grade(); });
+    gradeKeys.push_back(accept);
+    refresh();
+}
+
+void RecallView::toggle() {
+    parts.flow->set_recall(!parts.flow->is_recall());
+    if (parts.flow->is_recall()) parts.prompt();
+}
+
+void RecallView::refresh() {
+    const RecallState& state = parts.flow->recall();
+    // The character comes back everywhere once it is written.
+    const long long hidden = state.active && !state.grading ? parts.model->get_selected_index() : -1;
+    if (hidden != parts.model->get_hidden_row()) {
+        parts.model->set_hidden_row(hidden);
+        parts.scroller->update_model();
+    }
+    parts.controls->show_recall(state.active);
+    for (QAction* key : gradeKeys) key->setEnabled(state.grading);
+    parts.canvas->update();
+}
+
+}  // namespace morvel::prog2
