@@ -19,7 +19,6 @@
 #include "app/Diagnostics.h"
 #include "app/ModelAppData.h"
 #include "app/controls/LessonControls.h"
-#include "app/lesson/DueReview.h"
 #include "app/lesson/LevelSource.h"
 #include "app/morvel.h"
 #include "app/options/OptionsMenu.h"
@@ -143,15 +142,11 @@ void Window::ini() {
                    [this]() { on_play_sound(); }, [this]() { flow.move(-1); }, [this]() { flow.move(+1); },
                    [this]() { controls->show_list_shown(list->toggle()); },
                    [this]() {
-                       flow.set_recall(false);
-                       control.set_mode_bits(MODE_LEARN, !control.is_mode_bit(MODE_LEARN));
+                       flow.set_learn(!control.is_mode_bit(MODE_LEARN));
                        save_settings_now();
                    },
                    [this](unsigned int value) { control.set_from_slider(value); }});
-    recall = std::make_unique<RecallView>(RecallView::Parts{this, &flow, canvas, model, scroller, controls.get(), [this]() {
-        on_mode_changed();
-        on_play_sound();
-    }});
+    recall = std::make_unique<RecallView>(RecallView::Parts{this, canvas, model, scroller, controls.get()});
 
     retranslate();
     update_fonts();

@@ -44,6 +44,11 @@ void LessonFlow::shown(int index, int codePoint) {
     if (recallState.active) start_recall();
 }
 
+void LessonFlow::set_learn(bool on) {
+    if (!on) set_recall(false);
+    control.set_mode_bits(MODE_LEARN, on);
+}
+
 void LessonFlow::set_recall(bool on) {
     if (on == recallState.active) return;
     recallState.active = on;

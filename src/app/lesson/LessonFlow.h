@@ -46,6 +46,8 @@ public:
     void shown(int index, int codePoint = 0);
     int current() const { return shownIndex; }
 
+    /// Learn mode on or off; off ends writing from memory too.
+    void set_learn(bool on);
     /// Writing from memory on or off. On, it is learn mode in a single round; off, learn mode
     /// stays as it is. Either way the shown character starts afresh.
     void set_recall(bool on);

@@ -1,11 +1,11 @@
 #include "app/recall/RecallView.h"
 
-#include <ki/qt/GMainWindow.h>
 #include <ki/qt/components/otf/GDataScroller.h>
 
 #include <QAction>
 
 #include "app/ModelAppData.h"
+#include "app/Window.h"
 #include "app/controls/LessonControls.h"
 #include "app/lesson/LessonFlow.h"
 #include "app/stroke/CanvasHanzi.h"
@@ -13,7 +13,7 @@
 namespace morvel::prog2 {
 
 RecallView::RecallView(const Parts& p) : parts(p) {
-    LessonFlow& flow = *parts.flow;
+    LessonFlow& flow = parts.window->get_flow();
     parts.canvas->set_recall(&flow.recall());
     flow.set_score([canvas = parts.canvas]() { return canvas->get_score_card().character_score(); });
     flow.liRecall += [this]() { refresh(); };
@@ -38,12 +38,15 @@ RecallView::RecallView(const Parts& p) : parts(p) {
 }
 
 void RecallView::toggle() {
-    parts.flow->set_recall(!parts.flow->is_recall());
-    if (parts.flow->is_recall()) parts.prompt();
+    LessonFlow& flow = parts.window->get_flow();
+    flow.set_recall(!flow.is_recall());
+    // The meaning and the recording are the prompt; the meaning line follows the mode.
+    parts.window->on_mode_changed();
+    if (flow.is_recall()) parts.window->on_play_sound();
 }
 
 void RecallView::refresh() {
-    const RecallState& state = parts.flow->recall();
+    const RecallState& state = parts.window->get_flow().recall();
     // The character comes back everywhere once it is written.
     const long long hidden = state.active && !state.grading ? parts.model->get_selected_index() : -1;
     if (hidden != parts.model->get_hidden_row()) {

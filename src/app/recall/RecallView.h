@@ -3,17 +3,13 @@
 // for a stroke and choose and accept a grade, and the list row and canvas that hide the
 // character while it is written. What happens next is the lesson flow's to decide.
 
-#include <functional>
 #include <vector>
 
 class QAction;
 
-namespace ki::qt {
-class GMainWindow;
-namespace otf {
+namespace ki::qt::otf {
 class GDataScroller;
 }
-}  // namespace ki::qt
 
 namespace morvel {
 class CanvasHanzi;
@@ -22,8 +18,8 @@ class CanvasHanzi;
 namespace morvel::prog2 {
 
 class LessonControls;
-class LessonFlow;
 class ModelAppData;
+class Window;
 
 class RecallView {
 public:
@@ -32,14 +28,11 @@ public:
     static constexpr const char* KEY_SHOW_ME = "Ctrl+H";
 
     struct Parts {
-        ki::qt::GMainWindow* window;
-        LessonFlow* flow;
+        Window* window;
         CanvasHanzi* canvas;
         ModelAppData* model;
         ki::qt::otf::GDataScroller* scroller;
         LessonControls* controls;
-        /// Shows the prompt of the shown character: its meaning and its recording.
-        std::function<void()> prompt;
     };
 
     /// The parts must outlive the view.
