@@ -108,11 +108,13 @@ TEST(RecallFlow, MissesShowMeAndKeysLeadToTheGradeGivenOnce) {
         for (const GradedRecall& g : recall.graded) {
             given.push_back(g.rating);
             EXPECT_EQ(g.codePoint, CODE);
-            EXPECT_EQ(g.durationMs, 2000 * std::count(row.steps.begin(), row.steps.end(), W)) << "prompt to last stroke";
+            EXPECT_EQ(g.durationMs, 2000 * std::count(row.steps.begin(), row.steps.end(), W))
+                << "prompt to last stroke";
         }
         EXPECT_EQ(given, row.graded);
         EXPECT_EQ(recall.shownIndexes, std::vector<int>{1}) << "a given grade moves on to the next character";
-        EXPECT_TRUE(recall.flow.is_recall() && !recall.flow.recall().grading && recall.flow.recall().misses == 0)
+        EXPECT_TRUE(recall.flow.is_recall() && !recall.flow.recall().grading &&
+                    recall.flow.recall().misses == 0)
             << "the next character starts afresh";
     }
 }

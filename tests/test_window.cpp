@@ -835,3 +835,98 @@ TEST_F(WindowTest, StrictJudgingRejectsAZigzagAndTheLearnersInkAndScoreStay) {
     EXPECT_EQ(after.count, before.count + 1);
     EXPECT_EQ(after.best, std::max(before.best, card.character_score()));
 }
+
+// Writing from memory: nothing of the character on the canvas or in its list row until it is
+// written, traces judged strictly wherever they start, and the grade keys.
+TEST_F(WindowTest, FromMemoryTheCharacterIsHiddenTracesAreJudgedAndKeysGrade) {
+    using morvel::practice::Reason;
+    using morvel::review::Rating;
+    Window& w = open();  // in learn mode, strict judging off
+    LessonOptions options = w.get_options();
+    options.drawConfig = LessonOptions::DRAW_KNOWN;
+    w.apply_options(options);
+    w.on_index(INDEX_ZHONG);
+    settle();
+    morvel::CanvasHanzi* canvas = canvas_of(w);
+    const auto count = [](const QImage& image, const QRect& area, const std::function<bool(QColor)>& counted) {
+        int n = 0;
+        for (int y = area.top(); y <= area.bottom(); ++y)
+            for (int x = area.left(); x <= area.right(); ++x) n += counted(image.pixelColor(x, y)) ? 1 : 0;
+        return n;
+    };
+    const auto aids = [&]() {
+        const morvel::CanvasColors& colors = canvas->get_colors();
+        const QImage image = canvas->grab().toImage();
+        return count(image, image.rect(), [&](QColor c) {
+            return c == colors.colorOutline || c == colors.colorHelperLines || c == colors.colorCircleStart;
+        });
+    };
+    // Pixels unlike the row's background where its character stands, and where its pinyin does.
+    const auto row_ink = [&](int index) {
+        settle();
+        ki::qt::GPanel* row = list_of(w)->get_row_widget(index);
+        const QImage image = row->grab().toImage();
+        const auto area = [row](const char* name) {
+            const QLabel* label = row->findChild<QLabel*>(QString::fromLatin1(name));
+            return QRect(label->mapTo(row, QPoint()), label->size());
+        };
+        const auto unlike = [background = image.pixelColor(1, 1)](QColor c) { return c != background; };
+        return std::make_pair(count(image, area("char"), unlike), count(image, area("pinyin"), unlike));
+    };
+    const int aidsLearning = aids();
+    const auto [glyph, pinyin] = row_ink(INDEX_ZHONG);
+    const QImage neighbour = list_of(w)->get_row_widget(INDEX_ZHONG - 1)->grab().toImage();
+    EXPECT_GT(aidsLearning, 1000);
+    EXPECT_GT(glyph, 50);
+    QTest::keyClick(&w, Qt::Key_M, Qt::ControlModifier);
+    ASSERT_TRUE(w.get_flow().is_recall());
+    EXPECT_EQ(aids(), 0) << "no outline, helper lines or start circle";
+    const auto [glyphHidden, pinyinHidden] = row_ink(INDEX_ZHONG);
+    EXPECT_EQ(glyphHidden, 0);
+    EXPECT_EQ(pinyinHidden, pinyin);
+    EXPECT_EQ(list_of(w)->get_row_widget(INDEX_ZHONG - 1)->grab().toImage(), neighbour) << "other rows unchanged";
+
+    // One-stroke 一: each row starts it afresh from memory.
+    struct Row {
+        const char* name;
+        std::function<glm::vec2(float)> across;
+        bool reversed;
+        Reason reason;
+        bool written;
+    };
+    const Row rows[] = {
+        {"a zigzag lenient judging takes is not smooth", [](float share) {
+             return glm::vec2(0.0f, 80.0f * std::asin(std::sin(share * 5.0f * 3.14159f)) / 1.5708f);
+         }, false, Reason::NOT_SMOOTH, false},
+        {"backwards is rejected with its reason", {}, true, Reason::BACKWARDS, false},
+        {"a press beside the hidden start circle is no fault",
+         [r = float(canvas->get_r_circle())](float share) { return glm::vec2(0.0f, share == 0.0f ? 1.3f * r : 0.0f); },
+         false, Reason::NONE, true},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.name);
+        w.on_index(0);
+        trace_stroke(canvas, 0, row.reversed, row.across);
+        EXPECT_EQ(canvas->get_rejection().reason, row.reason);
+        EXPECT_EQ(w.get_flow().recall().misses, row.written ? 0 : 1);
+        EXPECT_EQ(w.get_flow().recall().grading, row.written);
+    }
+    // The last row wrote 一 and its grade waits: keys change it, Space gives it and moves on.
+    std::vector<GradedRecall> graded;
+    w.get_flow().liGraded += [&](const GradedRecall& g) { graded.push_back(g); };
+    const Rating proposed = w.get_flow().recall().chosen;
+    QTest::keyClick(&w, Qt::Key_2);
+    EXPECT_EQ(w.get_flow().recall().chosen, Rating::HARD);
+    QTest::keyClick(&w, Qt::Key_4);
+    QTest::keyClick(&w, Qt::Key_1);
+    EXPECT_EQ(w.get_flow().recall().chosen, Rating::AGAIN);
+    EXPECT_NE(proposed, Rating::AGAIN);
+    QTest::keyClick(&w, Qt::Key_Space);
+    QTest::keyClick(&w, Qt::Key_Space);
+    ASSERT_EQ(graded.size(), 1u);
+    EXPECT_EQ(graded[0].codePoint, 0x4E00);
+    EXPECT_EQ(graded[0].rating, Rating::AGAIN);
+    EXPECT_EQ(w.get_selected_index(), 1);
+    QTest::keyClick(&w, Qt::Key_3);
+    EXPECT_FALSE(w.get_flow().recall().grading) << "no grade waits for the next character yet";
+}

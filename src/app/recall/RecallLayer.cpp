@@ -97,8 +97,9 @@ void RecallLayer::paint_grades(ki::qt::GPC& gpc, const ki::math::Rect& rect, con
         const qreal radius = box.height() * 0.15;
         painter.drawRoundedRect(box, radius, radius);
         painter.setPen(on ? colors.colorBackground[0] : text);
-        painter.drawText(box, Qt::AlignCenter,
-                         QString::number(static_cast<int>(rating)) + QStringLiteral("\n") + grade_text(rating));
+        painter.drawText(
+            box, Qt::AlignCenter,
+            QString::number(static_cast<int>(rating)) + QStringLiteral("\n") + grade_text(rating));
     }
     // The keys, above the choices.
     const QRectF first = grade_box(rect, Rating::AGAIN);

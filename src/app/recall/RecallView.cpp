@@ -31,7 +31,8 @@ RecallView::RecallView(const Parts& p) : parts(p) {
         gradeKeys.push_back(key);
     }
     QAction* accept = parts.window->gen_action(QKeySequence(Qt::Key_Space));
-    accept->setShortcuts({QKeySequence(Qt::Key_Space), QKeySequence(Qt::Key_Return), QKeySequence(Qt::Key_Enter)});
+    accept->setShortcuts(
+        {QKeySequence(Qt::Key_Space), QKeySequence(Qt::Key_Return), QKeySequence(Qt::Key_Enter)});
     QObject::connect(accept, &QAction::triggered, window, [&flow]() { flow.accept_grade(); });
     gradeKeys.push_back(accept);
     refresh();
