@@ -147,8 +147,8 @@ ki::qt::GPanel* ModelAppData::gen_panel_row(long long row, ki::qt::otf::PanelDat
     column->set_spacing(0);
     const bool hidden = row == hiddenRow;
     // A hidden character keeps its row's height, so the list does not move when it comes back.
-    ki::qt::GLabel* character = column->gen_label(hidden ? QString() : QString(QChar(char16_t(entry.unicode))),
-                                                  QStringLiteral("char"));
+    ki::qt::GLabel* character = column->gen_label(
+        hidden ? QString() : QString(QChar(char16_t(entry.unicode))), QStringLiteral("char"));
     character->setFont(font);
     character->setAlignment(Qt::AlignCenter);
     ki::qt::GLabel* pinyin = column->gen_label(entry.chinChar.pinyin, QStringLiteral("pinyin"));

@@ -53,6 +53,10 @@ LessonControls::LessonControls(ki::qt::GPanel* column, const Actions& actions) {
     buttonRecall = buttons->gen_button(QStringLiteral("^icons/help.svg"), {});
     buttonRecall->setCheckable(true);
     buttonShowMe = buttons->gen_button(QStringLiteral("^icons/show.svg"), {});
+    // Its place is kept while it is hidden, so no button moves when writing from memory starts.
+    QSizePolicy keep = buttonShowMe->sizePolicy();
+    keep.setRetainSizeWhenHidden(true);
+    buttonShowMe->setSizePolicy(keep);
     buttonShowMe->setVisible(false);
     labelDue = buttons->gen_label({}, QStringLiteral("due"));
     labelDue->setVisible(false);

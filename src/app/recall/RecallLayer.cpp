@@ -45,11 +45,6 @@ QString grade_text(Rating rating) {
     return {};
 }
 
-QString counter_text(int strokeIndex) {
-    return tt("From memory · Stroke %1", "Aus dem Gedächtnis · Strich %1", "По памяти · черта %1")
-        .arg(strokeIndex + 1);
-}
-
 void RecallLayer::paint_character(ki::qt::GPC& gpc, const std::vector<QPainterPath>& outlines,
                                   const prog2::RecallState& state, bool written, const CanvasColors& colors) {
     if (written) {

@@ -25,9 +25,6 @@ QString mode_text();
 QString show_me_text();
 /// "Again", "Hard", "Good", "Easy" in the interface language.
 QString grade_text(review::Rating rating);
-/// The counter in the canvas corner while writing: "From memory · Stroke 3"; the number of
-/// strokes stays untold.
-QString counter_text(int strokeIndex);
 
 class RecallLayer {
 public:

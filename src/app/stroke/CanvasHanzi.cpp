@@ -69,11 +69,6 @@ void CanvasHanzi::set_lesson(const prog2::ControlAnim* model) {
     update();
 }
 
-void CanvasHanzi::set_recall(const prog2::RecallState* state) {
-    recall = state;
-    update();
-}
-
 void CanvasHanzi::set_anim(Anim newAnim) {
     anim = std::move(newAnim);
     if (!anim.viewBox.is_valid() && !anim.strokes.empty())
@@ -236,28 +231,19 @@ void CanvasHanzi::draw(ki::qt::GPC& gpc, const ki::math::Rect& rect) {
 }
 
 QString CanvasHanzi::counter_text() const {
-    if (!is_learn_mode()) return practice::counter_watch_text();
-    const prog2::LessonState& state = lesson->state();
-    if (is_recall() && !state.is_done()) return recall::counter_text(state.strokesLearned);
-    // A finished round reads "Done" too, also while the next round waits.
-    QString counter = state.is_done()
-                          ? practice::counter_done_text()
-                          : practice::counter_stroke_text(state.strokesLearned, state.strokeCount);
-    if (state.rounds > 1 && !state.is_complete())
-        counter = practice::counter_round_text(state.round, state.rounds) + QStringLiteral(" · ") + counter;
-    return counter;
+    return practice::counter_text(lesson->state(), is_learn_mode(), is_recall());
 }
 
 void CanvasHanzi::draw_captions(ki::qt::GPC& gpc, const ki::math::Rect& rect) const {
     using Corner = PracticeMarkers::Corner;
     PracticeMarkers::paint_caption(gpc, rect, counter_text(), colors, Corner::TOP_LEFT);
     if (!is_learn_mode()) return;
-    const bool complete = lesson->state().is_complete();
-    const QString below = complete ? practice::result_text(scoreCard) : practice::reason_text(rejection);
+    const QString below =
+        lesson->state().is_complete() ? practice::result_text(scoreCard) : practice::reason_text(rejection);
     // From memory, the grade choice takes the bottom.
-    const bool grading = is_recall() && recall->grading;
-    PracticeMarkers::paint_caption(gpc, rect, below, colors, grading ? Corner::TOP_RIGHT : Corner::BOTTOM_LEFT);
-    if (grading) recall::RecallLayer::paint_grades(gpc, rect, *recall, colors);
+    const Corner corner = is_recall() && recall->grading ? Corner::TOP_RIGHT : Corner::BOTTOM_LEFT;
+    PracticeMarkers::paint_caption(gpc, rect, below, colors, corner);
+    if (corner == Corner::TOP_RIGHT) recall::RecallLayer::paint_grades(gpc, rect, *recall, colors);
 }
 
 void CanvasHanzi::draw_background(ki::qt::GPC& gpc, const ki::math::Rect& rect) {
@@ -306,6 +292,8 @@ void CanvasHanzi::draw_standard(ki::qt::GPC& gpc) const {
 }
 
 unsigned int CanvasHanzi::aids_shown() const {
+    // From memory nothing shows the character but what the learner was shown.
+    if (is_recall()) return 0;
     const int round = lesson->state().round;
     unsigned int hidden = 0;
     if (round >= 2) hidden |= DRAW_OUTLINE | DRAW_HELPER_LINES;
@@ -316,19 +304,16 @@ unsigned int CanvasHanzi::aids_shown() const {
 void CanvasHanzi::draw_learning(ki::qt::GPC& gpc) const {
     const int count = static_cast<int>(anim.strokes.size());
     if (count == 0) return;
-    // From memory nothing shows the character but what the learner was shown.
     const bool fromMemory = is_recall();
-    const unsigned int aids = fromMemory ? 0u : aids_shown();
+    const unsigned int aids = aids_shown();
     if ((aids & DRAW_OUTLINE) != 0) fill_outlines(gpc, count, colors.colorOutline);
     if ((aids & DRAW_HELPER_LINES) != 0) {
         const QPen pen = round_pen(colors.colorHelperLines, WIDTH_HELPER_LINES);
         for (const QPainterPath& line : centreLines) gpc.stroke_path(line, pen);
     }
     const int learned = get_strokes_learned();
-    if (fromMemory)
-        recall::RecallLayer::paint_character(gpc, outlines, *recall, learned == count, colors);
-    else if (learned > 0 && learned <= count)
-        fill_outlines(gpc, learned, colors.colorDone);
+    if (!fromMemory && learned > 0 && learned <= count) fill_outlines(gpc, learned, colors.colorDone);
+    if (fromMemory) recall::RecallLayer::paint_character(gpc, outlines, *recall, learned == count, colors);
     // One stroke is no weakest.
     const bool finished = learned == count && count > 1 && scoreCard.is_finished() && !fromMemory;
     ink.paint(gpc, anim, learned, showMyStrokes || fromMemory, finished ? scoreCard.weakest_stroke() : -1);

@@ -61,7 +61,10 @@ public:
     const prog2::ControlAnim& get_lesson() const { return *lesson; }
     /// Writing from memory as the lesson flow keeps it; while it is active, learn mode hides the
     /// character. Must outlive the canvas.
-    void set_recall(const prog2::RecallState* state);
+    void set_recall(const prog2::RecallState* state) {
+        recall = state;
+        update();
+    }
     bool is_recall() const { return recall != nullptr && recall->active && is_learn_mode(); }
     /// The canvas's own lesson state, painted while no other is bound.
     prog2::ControlAnim& own_lesson() { return ownLesson; }
@@ -79,7 +82,7 @@ public:
     const CanvasColors& get_colors() const { return colors; }
 
     unsigned int get_draw_config() const { return drawConfig; }
-    /// The aids of drawConfig that the current practice round still shows.
+    /// The aids of drawConfig that the current practice round still shows; none from memory.
     unsigned int aids_shown() const;
     int get_guide_grid() const { return guideGrid; }
     void set_draw_config(unsigned int config);
