@@ -38,6 +38,7 @@
 #include "app/practice/PracticeTexts.h"
 #include "app/progress/LessonRecorder.h"
 #include "app/progress/ProgressStore.h"
+#include "app/recall/RecallLayer.h"
 #include "app/stroke/CanvasHanzi.h"
 
 using ki::qt::GSettings;
@@ -930,4 +931,12 @@ TEST_F(WindowTest, FromMemoryTheCharacterIsHiddenTracesAreJudgedAndKeysGrade) {
     EXPECT_EQ(w.get_selected_index(), 1);
     QTest::keyClick(&w, Qt::Key_3);
     EXPECT_FALSE(w.get_flow().recall().grading) << "no grade waits for the next character yet";
+    // A click on a painted grade gives it at once.
+    w.on_index(0);
+    trace_stroke(canvas, 0, false);
+    const ki::math::Rect view(0.0f, 0.0f, float(canvas->width()), float(canvas->height()));
+    const QPoint good = morvel::recall::RecallLayer::grade_box(view, Rating::GOOD).center().toPoint();
+    send_mouse(canvas, QEvent::MouseButtonPress, good, Qt::LeftButton);
+    ASSERT_EQ(graded.size(), 2u);
+    EXPECT_EQ(graded[1].rating, Rating::GOOD);
 }

@@ -39,7 +39,7 @@ public:
     /// chosen one filled, and how to accept it. Nothing unless a grade waits.
     static void paint_grades(ki::qt::GPC& gpc, const ki::math::Rect& rect, const prog2::RecallState& state,
                              const CanvasColors& colors);
-    /// Where grade `rating` is painted in a canvas of `rect`.
+    /// Where grade `rating` is painted in a canvas of `rect`; a click there gives it.
     static QRectF grade_box(const ki::math::Rect& rect, review::Rating rating);
 };
 

@@ -1,16 +1,49 @@
 #include "app/recall/RecallView.h"
 
+#include <ki/math/Rect.h>
 #include <ki/qt/components/otf/GDataScroller.h>
 
 #include <QAction>
+#include <QMouseEvent>
 
 #include "app/ModelAppData.h"
 #include "app/Window.h"
 #include "app/controls/LessonControls.h"
 #include "app/lesson/LessonFlow.h"
+#include "app/recall/RecallLayer.h"
 #include "app/stroke/CanvasHanzi.h"
 
 namespace morvel::prog2 {
+
+namespace {
+
+// A click on one of the grades painted on the canvas gives that grade.
+class GradeClicks : public QObject {
+public:
+    GradeClicks(CanvasHanzi* canvas, LessonFlow& lesson) : QObject(canvas), flow(lesson) {
+        canvas->installEventFilter(this);
+    }
+    bool eventFilter(QObject* target, QEvent* ev) override {
+        if (ev->type() != QEvent::MouseButtonPress || !flow.recall().grading) return false;
+        const auto* widget = static_cast<QWidget*>(target);
+        const QPointF at = static_cast<QMouseEvent*>(ev)->position();
+        const ki::math::Rect rect(0.0f, 0.0f, static_cast<float>(widget->width()),
+                                  static_cast<float>(widget->height()));
+        for (const review::Rating rating :
+             {review::Rating::AGAIN, review::Rating::HARD, review::Rating::GOOD, review::Rating::EASY}) {
+            if (!recall::RecallLayer::grade_box(rect, rating).contains(at)) continue;
+            flow.choose_grade(rating);
+            flow.accept_grade();
+            return true;
+        }
+        return false;
+    }
+
+private:
+    LessonFlow& flow;
+};
+
+}  // namespace
 
 RecallView::RecallView(const Parts& p) : parts(p) {
     LessonFlow& flow = parts.window->get_flow();
@@ -18,6 +51,7 @@ RecallView::RecallView(const Parts& p) : parts(p) {
     flow.set_score([canvas = parts.canvas]() { return canvas->get_score_card().character_score(); });
     flow.liRecall += [this]() { refresh(); };
     parts.controls->on_recall([this]() { toggle(); }, [&flow]() { flow.show_me(); });
+    new GradeClicks(parts.canvas, flow);
 
     QObject* window = parts.window;
     QObject::connect(parts.window->gen_action(QString::fromLatin1(KEY_RECALL)), &QAction::triggered, window,
