@@ -38,6 +38,7 @@
 #include "app/practice/PracticeTexts.h"
 #include "app/progress/LessonRecorder.h"
 #include "app/progress/ProgressStore.h"
+#include "app/recall/RecallLayer.h"
 #include "app/stroke/CanvasHanzi.h"
 
 using ki::qt::GSettings;
@@ -198,12 +199,12 @@ TEST_F(WindowTest, SelectionByListButtonsAndHotkeysPlaysAtOnceAndMovesNoButton) 
     // Tool tips by position; the pinyin label beside them must never push the buttons about.
     QMap<int, QString> tips;
     for (auto* b : w.findChild<QWidget*>(QStringLiteral("buttons"))->findChildren<ki::qt::GButton*>())
-        tips[b->mapTo(&w, QPoint()).x()] = b->toolTip();
+        if (b->isVisible()) tips[b->mapTo(&w, QPoint()).x()] = b->toolTip();
     const std::vector<int> placed = button_places(w);
     EXPECT_EQ(
         tips.values().join(QStringLiteral(" | ")).toStdString(),
         "Options | Toggle fullscreen | Play Sound | Previous Hieroglyph | Next Hieroglyph | Show/Hide List | "
-        "Learn the correct strokes in the correct order");
+        "Learn the correct strokes in the correct order | Write from memory");
     auto trigger = [&w](const char* name) { w.findChild<QAction*>(QString::fromLatin1(name))->trigger(); };
     auto click = [&w](const char* tip) { button(w, QString::fromLatin1(tip))->click(); };
     // A drag from the middle of the list or the canvas, with list row 10 at the top.
@@ -787,4 +788,108 @@ TEST_F(WindowTest, StrictJudgingRejectsAZigzagAndTheLearnersInkAndScoreStay) {
     const morvel::progress::ScoreStats after = w.get_recorder().store()->score_stats()[0x4E00];
     EXPECT_EQ(after.count, before.count + 1);
     EXPECT_EQ(after.best, std::max(before.best, card.character_score()));
+}
+
+// Writing from memory: nothing of the character on the canvas or in its list row until it is
+// written, traces judged strictly wherever they start, and the grade keys.
+TEST_F(WindowTest, FromMemoryTheCharacterIsHiddenTracesAreJudgedAndKeysGrade) {
+    using morvel::practice::Reason;
+    using morvel::review::Rating;
+    Window& w = open();  // in learn mode, strict judging off
+    LessonOptions options = w.get_options();
+    options.drawConfig = LessonOptions::DRAW_KNOWN;
+    w.apply_options(options);
+    w.on_index(INDEX_ZHONG);
+    settle();
+    morvel::CanvasHanzi* canvas = canvas_of(w);
+    const auto count = [](const QImage& image, const QRect& area, const std::function<bool(QColor)>& counted) {
+        int n = 0;
+        for (int y = area.top(); y <= area.bottom(); ++y)
+            for (int x = area.left(); x <= area.right(); ++x) n += counted(image.pixelColor(x, y)) ? 1 : 0;
+        return n;
+    };
+    const auto aids = [&]() {
+        const morvel::CanvasColors& colors = canvas->get_colors();
+        const QImage image = canvas->grab().toImage();
+        return count(image, image.rect(), [&](QColor c) {
+            return c == colors.colorOutline || c == colors.colorHelperLines || c == colors.colorCircleStart;
+        });
+    };
+    // Pixels in the text colour where the row's character stands, and where its pinyin does (a
+    // practice mark may stand beside the character in its own colours).
+    const auto row_ink = [&](int index) {
+        settle();
+        ki::qt::GPanel* row = list_of(w)->get_row_widget(index);
+        const QImage image = row->grab().toImage();
+        const auto area = [row](const char* name) {
+            const QLabel* label = row->findChild<QLabel*>(QString::fromLatin1(name));
+            return QRect(label->mapTo(row, QPoint()), label->size());
+        };
+        const auto ink = [text = row->palette().color(QPalette::WindowText)](QColor c) { return c == text; };
+        return std::make_pair(count(image, area("char"), ink), count(image, area("pinyin"), ink));
+    };
+    const int aidsLearning = aids();
+    const auto [glyph, pinyin] = row_ink(INDEX_ZHONG);
+    const QImage neighbour = list_of(w)->get_row_widget(INDEX_ZHONG - 1)->grab().toImage();
+    EXPECT_GT(aidsLearning, 1000);
+    EXPECT_GT(glyph, 50);
+    QTest::keyClick(&w, Qt::Key_M, Qt::ControlModifier);
+    ASSERT_TRUE(w.get_flow().is_recall());
+    EXPECT_EQ(aids(), 0) << "no outline, helper lines or start circle";
+    const auto [glyphHidden, pinyinHidden] = row_ink(INDEX_ZHONG);
+    EXPECT_EQ(glyphHidden, 0);
+    EXPECT_EQ(pinyinHidden, pinyin);
+    EXPECT_EQ(list_of(w)->get_row_widget(INDEX_ZHONG - 1)->grab().toImage(), neighbour) << "other rows unchanged";
+
+    // One-stroke 一: each row starts it afresh from memory.
+    struct Row {
+        const char* name;
+        std::function<glm::vec2(float)> across;
+        bool reversed;
+        Reason reason;
+        bool written;
+    };
+    const Row rows[] = {
+        {"a zigzag lenient judging takes is not smooth", [](float share) {
+             return glm::vec2(0.0f, 80.0f * std::asin(std::sin(share * 5.0f * 3.14159f)) / 1.5708f);
+         }, false, Reason::NOT_SMOOTH, false},
+        {"backwards is rejected with its reason", {}, true, Reason::BACKWARDS, false},
+        {"a press beside the hidden start circle is no fault",
+         [r = float(canvas->get_r_circle())](float share) { return glm::vec2(0.0f, share == 0.0f ? 1.3f * r : 0.0f); },
+         false, Reason::NONE, true},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.name);
+        w.on_index(0);
+        trace_stroke(canvas, 0, row.reversed, row.across);
+        EXPECT_EQ(canvas->get_rejection().reason, row.reason);
+        EXPECT_EQ(w.get_flow().recall().misses, row.written ? 0 : 1);
+        EXPECT_EQ(w.get_flow().recall().grading, row.written);
+    }
+    // The last row wrote 一 and its grade waits: keys change it, Space gives it and moves on.
+    std::vector<GradedRecall> graded;
+    w.get_flow().liGraded += [&](const GradedRecall& g) { graded.push_back(g); };
+    const Rating proposed = w.get_flow().recall().chosen;
+    QTest::keyClick(&w, Qt::Key_2);
+    EXPECT_EQ(w.get_flow().recall().chosen, Rating::HARD);
+    QTest::keyClick(&w, Qt::Key_4);
+    QTest::keyClick(&w, Qt::Key_1);
+    EXPECT_EQ(w.get_flow().recall().chosen, Rating::AGAIN);
+    EXPECT_NE(proposed, Rating::AGAIN);
+    QTest::keyClick(&w, Qt::Key_Space);
+    QTest::keyClick(&w, Qt::Key_Space);
+    ASSERT_EQ(graded.size(), 1u);
+    EXPECT_EQ(graded[0].codePoint, 0x4E00);
+    EXPECT_EQ(graded[0].rating, Rating::AGAIN);
+    EXPECT_EQ(w.get_selected_index(), 1);
+    QTest::keyClick(&w, Qt::Key_3);
+    EXPECT_FALSE(w.get_flow().recall().grading) << "no grade waits for the next character yet";
+    // A click on a painted grade gives it at once.
+    w.on_index(0);
+    trace_stroke(canvas, 0, false);
+    const ki::math::Rect view(0.0f, 0.0f, float(canvas->width()), float(canvas->height()));
+    const QPoint good = morvel::recall::RecallLayer::grade_box(view, Rating::GOOD).center().toPoint();
+    send_mouse(canvas, QEvent::MouseButtonPress, good, Qt::LeftButton);
+    ASSERT_EQ(graded.size(), 2u);
+    EXPECT_EQ(graded[1].rating, Rating::GOOD);
 }

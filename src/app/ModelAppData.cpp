@@ -145,13 +145,15 @@ ki::qt::GPanel* ModelAppData::gen_panel_row(long long row, ki::qt::otf::PanelDat
     ki::qt::GPanel* column = panel->gen_panel(ki::qt::GLAYOUT::VERT, QStringLiteral("column"));
     column->set_margins(0);
     column->set_spacing(0);
-    ki::qt::GLabel* character =
-        column->gen_label(QString(QChar(char16_t(entry.unicode))), QStringLiteral("char"));
+    const bool hidden = row == hiddenRow;
+    // A hidden character keeps its row's height, so the list does not move when it comes back.
+    ki::qt::GLabel* character = column->gen_label(
+        hidden ? QString() : QString(QChar(char16_t(entry.unicode))), QStringLiteral("char"));
     character->setFont(font);
     character->setAlignment(Qt::AlignCenter);
     ki::qt::GLabel* pinyin = column->gen_label(entry.chinChar.pinyin, QStringLiteral("pinyin"));
     pinyin->setAlignment(Qt::AlignCenter);
-    if (showUnicode) {
+    if (showUnicode && !hidden) {
         ki::qt::GLabel* code = column->gen_label(QString::number(entry.unicode), QStringLiteral("unicode"));
         code->setAlignment(Qt::AlignCenter);
         code->setAttribute(Qt::WA_TransparentForMouseEvents);
@@ -164,7 +166,7 @@ ki::qt::GPanel* ModelAppData::gen_panel_row(long long row, ki::qt::otf::PanelDat
     for (QWidget* widget :
          {static_cast<QWidget*>(character), static_cast<QWidget*>(pinyin), static_cast<QWidget*>(column)})
         widget->setAttribute(Qt::WA_TransparentForMouseEvents);
-    panel->setToolTip(ki::str::qprintF("unicode:$", entry.unicode));
+    if (!hidden) panel->setToolTip(ki::str::qprintF("unicode:$", entry.unicode));
 
     const int index = static_cast<int>(row);
     panel->liMouseClick.set(ROW_CLICK, [this, index](QMouseEvent* const&) {

@@ -35,6 +35,10 @@ public:
     bool is_show_unicode() const { return showUnicode; }
     /// Adds or drops the code-point label; call `update_model` to rebuild the rows.
     void set_show_unicode(bool on);
+    /// The row whose character is hidden (written from memory): it shows only the pinyin. -1
+    /// for none; call `update_model` to rebuild the rows.
+    void set_hidden_row(long long row) { hiddenRow = row; }
+    long long get_hidden_row() const { return hiddenRow; }
     /// Pins the row height in pixels; 0 measures it from the fonts again.
     void set_row_height(int pixels);
 
@@ -62,6 +66,7 @@ private:
     QColor colorLine;
     QColor colorSelection;
     int pinnedRowHeight = 0;
+    long long hiddenRow = -1;
     MarkOf markOf;
 };
 

@@ -19,13 +19,13 @@
 #include "app/Diagnostics.h"
 #include "app/ModelAppData.h"
 #include "app/controls/LessonControls.h"
-#include "app/lesson/DueReview.h"
 #include "app/lesson/LevelSource.h"
 #include "app/morvel.h"
 #include "app/options/OptionsMenu.h"
 #include "app/practice/Rejection.h"
 #include "app/progress/LessonRecorder.h"
 #include "app/progress/ProgressPanel.h"
+#include "app/recall/RecallView.h"
 #include "app/search/SearchPanel.h"
 #include "app/stroke/Anim.h"
 #include "app/stroke/CanvasHanzi.h"
@@ -142,10 +142,11 @@ void Window::ini() {
                    [this]() { on_play_sound(); }, [this]() { flow.move(-1); }, [this]() { flow.move(+1); },
                    [this]() { controls->show_list_shown(list->toggle()); },
                    [this]() {
-                       control.set_mode_bits(MODE_LEARN, !control.is_mode_bit(MODE_LEARN));
+                       flow.set_learn(!control.is_mode_bit(MODE_LEARN));
                        save_settings_now();
                    },
                    [this](unsigned int value) { control.set_from_slider(value); }});
+    recall = std::make_unique<RecallView>(RecallView::Parts{this, canvas, model, scroller, controls.get()});
 
     retranslate();
     update_fonts();
@@ -208,7 +209,7 @@ void Window::on_index(int index) {
     if (!anim.ok()) return;
 
     model->set_selected_index(index);
-    flow.shown(index);
+    flow.shown(index, entry.unicode);
     canvas->clear_path_mouse();
     canvas->set_anim(anim.take());
     canvas->set_unicode(entry.unicode);
@@ -222,8 +223,9 @@ void Window::on_index(int index) {
     controls->show_progress(control.get_progress());
 
     controls->show_character(entry.chinChar.pinyin, Pronunciation::exists(entry.unicode));
-    if (control.is_mode_bit(MODE_TRANSLATION)) update_translation(index);
-    if (!control.is_mode_bit(MODE_AUTO_PLAY)) return;
+    // Writing from memory, the meaning and the recording are the prompt.
+    if (control.is_mode_bit(MODE_TRANSLATION) || flow.is_recall()) update_translation(index);
+    if (!control.is_mode_bit(MODE_AUTO_PLAY) && !flow.is_recall()) return;
     if (deferAutoPlay)
         autoPlayPending = true;
     else
@@ -334,7 +336,7 @@ void Window::on_play_sound() {
 void Window::on_mode_changed() {
     ki::pp("Window::on_mode_changed");
     const unsigned int flags = control.get_mode_flags_pending();
-    const bool translation = (flags & MODE_TRANSLATION) != 0;
+    const bool translation = (flags & MODE_TRANSLATION) != 0 || flow.is_recall();
     controls->show_mode((flags & MODE_LEARN) != 0, (flags & MODE_SLIDER) != 0, translation);
     if (translation && model->get_selected_index() >= 0)
         update_translation(static_cast<int>(model->get_selected_index()));

@@ -41,6 +41,7 @@ class Diagnostics;
 class LessonControls;
 class CharacterList;
 class ModelAppData;
+class RecallView;
 
 class Window : public ki::qt::GMainWindow {
     Q_OBJECT
@@ -133,6 +134,7 @@ private:
     search::SearchPanel* search = nullptr;
     std::unique_ptr<CharacterList> list;
     std::unique_ptr<LessonControls> controls;
+    std::unique_ptr<RecallView> recall;
     Pronunciation pronunciation;
     FeedbackSounds feedback;
     std::unique_ptr<progress::LessonRecorder> recorder;

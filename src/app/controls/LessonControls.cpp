@@ -11,6 +11,8 @@
 #include <QFontMetrics>
 #include <algorithm>
 
+#include "app/recall/RecallLayer.h"
+
 namespace morvel::prog2 {
 
 using ki::qt::lang::tt;
@@ -48,6 +50,14 @@ LessonControls::LessonControls(ki::qt::GPanel* column, const Actions& actions) {
     buttons->add_stretch();
     buttonList = buttons->gen_button(QString::fromLatin1(ICON_HIDE), {});
     buttonLearn = buttons->gen_button(QString::fromLatin1(ICON_STROKE), {});
+    buttonRecall = buttons->gen_button(QStringLiteral("^icons/help.svg"), {});
+    buttonRecall->setCheckable(true);
+    buttonShowMe = buttons->gen_button(QStringLiteral("^icons/show.svg"), {});
+    // Its place is kept while it is hidden, so no button moves when writing from memory starts.
+    QSizePolicy keep = buttonShowMe->sizePolicy();
+    keep.setRetainSizeWhenHidden(true);
+    buttonShowMe->setSizePolicy(keep);
+    buttonShowMe->setVisible(false);
     labelDue = buttons->gen_label({}, QStringLiteral("due"));
     labelDue->setVisible(false);
     labelDue->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
@@ -85,6 +95,18 @@ void LessonControls::retranslate() {
                                "Lerne die richtigen Striche in der richtigen Reihenfolge",
                                "Учите правильные черты в правильном порядке"));
     slider->setToolTip(tt("Drawing progress", "Zeichenfortschritt", "Ход рисования"));
+    buttonRecall->setToolTip(recall::mode_text());
+    buttonShowMe->setToolTip(recall::show_me_text());
+}
+
+void LessonControls::on_recall(const std::function<void()>& toggle, const std::function<void()>& showMe) {
+    buttonRecall->liClick += toggle;
+    buttonShowMe->liClick += showMe;
+}
+
+void LessonControls::show_recall(bool on) {
+    buttonRecall->setChecked(on);
+    buttonShowMe->setVisible(on);
 }
 
 void LessonControls::fit_fonts(const QFont& windowFont, std::vector<QString> pinyins) {

@@ -48,6 +48,9 @@ public:
     /// Slider and label at `progress` percent; the slider does not report this move.
     void show_progress(float progress);
     void show_list_shown(bool shown);
+    /// The buttons of writing from memory: on and off, and "Show me" (seen only while on).
+    void on_recall(const std::function<void()>& toggle, const std::function<void()>& showMe);
+    void show_recall(bool on);
     /// The "12 due" label; hidden when `shown` is false.
     void show_due(bool shown, const QString& text);
     /// The "due" label gets the width of the widest of `samples`, so that no button moves when
@@ -64,6 +67,8 @@ private:
     ki::qt::GButton* buttonNext = nullptr;
     ki::qt::GButton* buttonList = nullptr;
     ki::qt::GButton* buttonLearn = nullptr;
+    ki::qt::GButton* buttonRecall = nullptr;
+    ki::qt::GButton* buttonShowMe = nullptr;
     ki::qt::GLabel* labelDue = nullptr;
     ki::qt::GLabel* labelPinyin = nullptr;
     ki::qt::GPanel* panSlider = nullptr;

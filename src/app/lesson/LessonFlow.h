@@ -9,8 +9,11 @@
 
 #include <functional>
 #include <memory>
+#include <optional>
 
 #include "app/lesson/FeedbackSounds.h"
+#include "app/lesson/GradedRecall.h"
+#include "app/lesson/RecallState.h"
 
 namespace morvel::prog2 {
 
@@ -25,6 +28,8 @@ public:
     static constexpr int NEXT_CHARACTER_DELAY_MS = 1500;
     static constexpr int NEXT_ROUND_DELAY_MS = 1000;
     static constexpr int PRACTICE_ROUNDS = 3;
+    /// Writing from memory: misses on one stroke after which it is shown.
+    static constexpr int RECALL_SHOW_AFTER = 2;
     /// Runs `then` once `ms` milliseconds have passed, unless its owner has gone by then.
     using Delay = std::function<void(int ms, std::function<void()> then)>;
 
@@ -36,10 +41,32 @@ public:
     void set_options(const LessonOptions& options);
     void set_source(std::unique_ptr<CharacterSource> next);
 
-    /// The character at `index` is shown now, whoever chose it; a pending step for another
-    /// character lapses.
-    void shown(int index);
+    /// The character at `index` (code point `codePoint`) is shown now, whoever chose it; a
+    /// pending step for another character lapses. Writing from memory starts on it afresh.
+    void shown(int index, int codePoint = 0);
     int current() const { return shownIndex; }
+
+    /// Learn mode on or off; off ends writing from memory too.
+    void set_learn(bool on);
+    /// Writing from memory on or off. On, it is learn mode in a single round; off, learn mode
+    /// stays as it is. Either way the shown character starts afresh.
+    void set_recall(bool on);
+    bool is_recall() const { return recallState.active; }
+    const RecallState& recall() const { return recallState; }
+    /// Writing from memory: the current stroke is shown at once, and the grade becomes AGAIN.
+    void show_me();
+    /// While the grade waits: the learner's choice instead of the proposed one.
+    void choose_grade(review::Rating rating);
+    /// While the grade waits: it is given (liGraded) and the next character is shown as Next
+    /// would show it.
+    void accept_grade();
+    /// Milliseconds on a steady clock; the flow measures the time to recall with it.
+    void set_clock(std::function<long long()> now);
+    /// The learner's median time to recall a code point; unset or without an answer, no recall
+    /// counts as faster than usual.
+    void set_median(std::function<std::optional<int>(int codePoint)> median);
+    /// The score of the character just written, 0 .. 100.
+    void set_score(std::function<int()> score);
 
     void stroke_accepted();
     void stroke_rejected();
@@ -60,14 +87,29 @@ public:
     ki::Listener<int> liFinished;
     /// The current stroke paints itself as a hint after a miss.
     ki::Listener<ki::NO_PAYLOAD> liHint;
+    /// Writing from memory changed: on or off, a miss counted, a stroke shown, a grade proposed
+    /// or chosen.
+    ki::Listener<ki::NO_PAYLOAD> liRecall;
+    /// A character written from memory was graded.
+    ki::Listener<GradedRecall> liGraded;
 
 private:
+    void recall_accepted();
+    void recall_rejected();
+    /// Writing from memory starts again on the shown character.
+    void start_recall();
+
     ControlAnim& control;
     Delay delay;
     std::unique_ptr<CharacterSource> source;
     int shownIndex = -1;
     int hintAfterMisses = 3;
     bool nextWhenDone = false;
+    bool practiceRounds = false;
+    RecallState recallState;
+    std::function<long long()> clock;
+    std::function<std::optional<int>(int)> medianOf;
+    std::function<int()> scoreOf;
 };
 
 }  // namespace morvel::prog2

@@ -150,6 +150,10 @@ QString about_text() {
                "Strg+R: noch einmal · Umschalt+Rechts/Links: im Zuschauen einen Strich vor/zurück · "
                "Strg+P: Fortschritt",
                "Ctrl+R: ещё раз · Shift+Вправо/Влево: при просмотре на черту вперёд/назад · Ctrl+P: прогресс");
+    text += u'\n';
+    text += tt("Ctrl+M: write from memory · Ctrl+H: show me · 1–4: grade · Space: accept",
+               "Strg+M: aus dem Gedächtnis · Strg+H: zeig es mir · 1–4: Bewertung · Leertaste: übernehmen",
+               "Ctrl+M: по памяти · Ctrl+H: покажи · 1–4: оценка · пробел: принять");
     text += QStringLiteral("\n\n");
     text += tt("On the Internet at", "Im Internet unter", "В интернете на");
     text += u' ';

@@ -6,6 +6,8 @@
 #include <algorithm>
 #include <iterator>
 
+#include "app/stroke/ControlAnim.h"
+
 namespace morvel::practice {
 
 namespace {
@@ -123,6 +125,19 @@ QString result_text(const ScoreCard& card) {
 
 QString counter_round_text(int round, int rounds) {
     return tt({"Round %1 of %2", "Runde %1 von %2", "Круг %1 из %2"}).arg(round).arg(rounds);
+}
+
+QString counter_text(const prog2::LessonState& state, bool learn, bool fromMemory) {
+    if (!learn) return counter_watch_text();
+    if (fromMemory && !state.is_done())
+        return tt({"From memory · Stroke %1", "Aus dem Gedächtnis · Strich %1", "По памяти · черта %1"})
+            .arg(state.strokesLearned + 1);
+    // A finished round reads "Done" too, also while the next round waits.
+    QString counter =
+        state.is_done() ? counter_done_text() : counter_stroke_text(state.strokesLearned, state.strokeCount);
+    if (state.rounds > 1 && !state.is_complete())
+        counter = counter_round_text(state.round, state.rounds) + QStringLiteral(" · ") + counter;
+    return counter;
 }
 
 QString nothing_due_text(qint64 msToNext) {

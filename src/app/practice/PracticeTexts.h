@@ -7,6 +7,10 @@
 #include "app/practice/Rejection.h"
 #include "app/practice/ScoreCard.h"
 
+namespace morvel::prog2 {
+struct LessonState;
+}
+
 namespace morvel::practice {
 
 /// The labels of the practice submenu and its entries.
@@ -46,6 +50,9 @@ QString counter_watch_text();
 QString result_text(const ScoreCard& card);
 /// "Round 2 of 3" for `round` (from 1) of `rounds`.
 QString counter_round_text(int round, int rounds);
+/// The counter in the canvas corner for `state`: "Watch" outside learn mode, else the stroke,
+/// "Done" and the round; from memory "From memory · Stroke 3", the number of strokes untold.
+QString counter_text(const prog2::LessonState& state, bool learn, bool fromMemory);
 
 /// "Nothing due · next in 5 h": no character waits for review, the next one is due in `msToNext`
 /// milliseconds (minutes below an hour, hours below two days, days beyond). Without a next one

@@ -54,11 +54,12 @@ std::vector<glm::vec2> TraceClassifier::samples_of(const ki::math::Path& trace, 
     return samples;
 }
 
-bool TraceClassifier::fits(const AnimStroke& stroke, std::span<const glm::vec2> samples, float rCircle) {
+bool TraceClassifier::fits(const AnimStroke& stroke, std::span<const glm::vec2> samples, float rCircle,
+                           bool needStart) {
     if (samples.size() < 2) return false;
     const ki::math::Path& centre = stroke.pathAnim;
     // The circles first: they are cheap and rule out most strokes of a character.
-    if (!in_circle(centre.point_start(), rCircle, samples.front())) return false;
+    if (needStart && !in_circle(centre.point_start(), rCircle, samples.front())) return false;
     if (!in_circle(centre.point_end(), rCircle, samples.back())) return false;
     for (glm::vec2 p : moves_of(samples))
         if (centre.distance_to_point(p) > rCircle) return false;
@@ -66,17 +67,17 @@ bool TraceClassifier::fits(const AnimStroke& stroke, std::span<const glm::vec2> 
 }
 
 Rejection TraceClassifier::classify(const Anim& anim, int indexStroke, std::span<const glm::vec2> samples,
-                                    int rCircle) {
+                                    int rCircle, bool needStart) {
     const int count = static_cast<int>(anim.strokes.size());
     if (indexStroke < 0 || indexStroke >= count || samples.size() < 2) return {};
     // The judge measures the trace it keeps, which ends at the last move, not at the release.
     if (polyline_length(samples.first(samples.size() - 1)) < StrokeJudge::MIN_TRACE_LENGTH) return {};
     const float r = static_cast<float>(rCircle);
     const AnimStroke& stroke = anim.strokes[static_cast<size_t>(indexStroke)];
-    if (fits(stroke, samples, r)) return {};
+    if (fits(stroke, samples, r, needStart)) return {};
 
     for (int other = indexStroke + 1; other < count; ++other) {
-        if (fits(anim.strokes[static_cast<size_t>(other)], samples, r)) {
+        if (fits(anim.strokes[static_cast<size_t>(other)], samples, r, needStart)) {
             Rejection result = rejection(Reason::WRONG_STROKE, indexStroke);
             result.otherStroke = other;
             return result;
@@ -90,7 +91,7 @@ Rejection TraceClassifier::classify(const Anim& anim, int indexStroke, std::span
     if (in_circle(end, r, press) && in_circle(start, r, release))
         return rejection(Reason::BACKWARDS, indexStroke);
 
-    if (!in_circle(start, r, press)) {
+    if (needStart && !in_circle(start, r, press)) {
         Rejection result = rejection(Reason::START, indexStroke);
         result.indexSample = 0;
         result.point = press;

@@ -28,9 +28,10 @@ public:
     /// `anim` at tolerance `rCircle`. The first that applies wins: the trace fits a later
     /// stroke, it runs backwards, the press misses the start circle, a move leaves the
     /// corridor, the release misses the end circle. NONE for an accepted trace, a click
-    /// (shorter than the judge's minimum) and a stroke index out of range.
+    /// (shorter than the judge's minimum) and a stroke index out of range. Without
+    /// `needStart` the press may lie anywhere.
     static Rejection classify(const Anim& anim, int indexStroke, std::span<const glm::vec2> samples,
-                              int rCircle);
+                              int rCircle, bool needStart = true);
 
     /// The rules strict judging adds for a trace the judge accepted, checked in this order: a
     /// length of at least MIN_SHARE_OF_LENGTH of the centre line (else TOO_SHORT), the press
@@ -41,8 +42,10 @@ public:
                                   int rCircle);
 
     /// True when the judge accepts `samples` as `stroke`: press in the start circle, every move
-    /// within `rCircle` of the centre line, release in the end circle. Length is not checked.
-    static bool fits(const AnimStroke& stroke, std::span<const glm::vec2> samples, float rCircle);
+    /// within `rCircle` of the centre line, release in the end circle. Length is not checked;
+    /// without `needStart` neither is the press.
+    static bool fits(const AnimStroke& stroke, std::span<const glm::vec2> samples, float rCircle,
+                     bool needStart = true);
 };
 
 }  // namespace morvel::practice

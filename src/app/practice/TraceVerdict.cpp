@@ -60,7 +60,7 @@ int TraceVerdict::score(const TraceMeasures& m) {
 }
 
 Judgement TraceVerdict::judge(const Anim& anim, int indexStroke, std::span<const glm::vec2> samples,
-                              int rCircle, bool strict, bool judgeAccepted) {
+                              int rCircle, bool strict, bool judgeAccepted, bool needStart) {
     Judgement j;
     if (indexStroke < 0 || indexStroke >= static_cast<int>(anim.strokes.size()) || samples.size() < 2)
         return j;
@@ -68,7 +68,7 @@ Judgement TraceVerdict::judge(const Anim& anim, int indexStroke, std::span<const
         measures::measure(anim.strokes[static_cast<size_t>(indexStroke)].pathAnim, samples, box_of(anim));
     j.score = score(j.measures);
     if (!judgeAccepted) {
-        j.rejection = TraceClassifier::classify(anim, indexStroke, samples, rCircle);
+        j.rejection = TraceClassifier::classify(anim, indexStroke, samples, rCircle, needStart);
         return j;
     }
     if (strict) {

@@ -50,9 +50,10 @@ public:
     /// The verdict on `samples` (press, moves, release) as stroke `indexStroke` of `anim`, when
     /// the lenient judge gave `judgeAccepted`: its rejection explained, or with `strict` the
     /// strict rules applied to an accepted trace. The score comes with it either way. An index
-    /// out of range or a trace of fewer than two samples gives NONE and score 0.
+    /// out of range or a trace of fewer than two samples gives NONE and score 0. Without
+    /// `needStart` a press outside the start circle is no reason.
     static Judgement judge(const Anim& anim, int indexStroke, std::span<const glm::vec2> samples, int rCircle,
-                           bool strict, bool judgeAccepted);
+                           bool strict, bool judgeAccepted, bool needStart = true);
 };
 
 }  // namespace morvel::practice

@@ -20,6 +20,7 @@
 #include "app/practice/PracticeTexts.h"
 #include "app/practice/TraceClassifier.h"
 #include "app/practice/TraceVerdict.h"
+#include "app/recall/RecallLayer.h"
 #include "app/worksheet/GuideGrid.h"
 
 namespace morvel {
@@ -230,15 +231,7 @@ void CanvasHanzi::draw(ki::qt::GPC& gpc, const ki::math::Rect& rect) {
 }
 
 QString CanvasHanzi::counter_text() const {
-    if (!is_learn_mode()) return practice::counter_watch_text();
-    const prog2::LessonState& state = lesson->state();
-    // A finished round reads "Done" too, also while the next round waits.
-    QString counter = state.is_done()
-                          ? practice::counter_done_text()
-                          : practice::counter_stroke_text(state.strokesLearned, state.strokeCount);
-    if (state.rounds > 1 && !state.is_complete())
-        counter = practice::counter_round_text(state.round, state.rounds) + QStringLiteral(" · ") + counter;
-    return counter;
+    return practice::counter_text(lesson->state(), is_learn_mode(), is_recall());
 }
 
 void CanvasHanzi::draw_captions(ki::qt::GPC& gpc, const ki::math::Rect& rect) const {
@@ -247,7 +240,10 @@ void CanvasHanzi::draw_captions(ki::qt::GPC& gpc, const ki::math::Rect& rect) co
     if (!is_learn_mode()) return;
     const QString below =
         lesson->state().is_complete() ? practice::result_text(scoreCard) : practice::reason_text(rejection);
-    PracticeMarkers::paint_caption(gpc, rect, below, colors, Corner::BOTTOM_LEFT);
+    // From memory, the grade choice takes the bottom.
+    const Corner corner = is_recall() && recall->grading ? Corner::TOP_RIGHT : Corner::BOTTOM_LEFT;
+    PracticeMarkers::paint_caption(gpc, rect, below, colors, corner);
+    if (corner == Corner::TOP_RIGHT) recall::RecallLayer::paint_grades(gpc, rect, *recall, colors);
 }
 
 void CanvasHanzi::draw_background(ki::qt::GPC& gpc, const ki::math::Rect& rect) {
@@ -296,6 +292,8 @@ void CanvasHanzi::draw_standard(ki::qt::GPC& gpc) const {
 }
 
 unsigned int CanvasHanzi::aids_shown() const {
+    // From memory nothing shows the character but what the learner was shown.
+    if (is_recall()) return 0;
     const int round = lesson->state().round;
     unsigned int hidden = 0;
     if (round >= 2) hidden |= DRAW_OUTLINE | DRAW_HELPER_LINES;
@@ -306,6 +304,7 @@ unsigned int CanvasHanzi::aids_shown() const {
 void CanvasHanzi::draw_learning(ki::qt::GPC& gpc) const {
     const int count = static_cast<int>(anim.strokes.size());
     if (count == 0) return;
+    const bool fromMemory = is_recall();
     const unsigned int aids = aids_shown();
     if ((aids & DRAW_OUTLINE) != 0) fill_outlines(gpc, count, colors.colorOutline);
     if ((aids & DRAW_HELPER_LINES) != 0) {
@@ -313,17 +312,19 @@ void CanvasHanzi::draw_learning(ki::qt::GPC& gpc) const {
         for (const QPainterPath& line : centreLines) gpc.stroke_path(line, pen);
     }
     const int learned = get_strokes_learned();
-    if (learned > 0 && learned <= count) fill_outlines(gpc, learned, colors.colorDone);
+    if (!fromMemory && learned > 0 && learned <= count) fill_outlines(gpc, learned, colors.colorDone);
+    if (fromMemory) recall::RecallLayer::paint_character(gpc, outlines, *recall, learned == count, colors);
     // One stroke is no weakest.
-    const bool finished = learned == count && count > 1 && scoreCard.is_finished();
-    ink.paint(gpc, anim, learned, showMyStrokes, finished ? scoreCard.weakest_stroke() : -1);
+    const bool finished = learned == count && count > 1 && scoreCard.is_finished() && !fromMemory;
+    ink.paint(gpc, anim, learned, showMyStrokes || fromMemory, finished ? scoreCard.weakest_stroke() : -1);
     const ki::math::Path& trace = judge.get_path();
     if (!trace.is_empty()) {
         const bool clean = judge.get_errors() == 0 && !rejection.is_rejected();
         const QColor& color = clean ? colors.colorTraceGood : colors.colorTraceBad;
         gpc.stroke_path(ki::qt::GPC::math_path_to_painter_path(trace), round_pen(color, WIDTH_INK));
     }
-    if (markerShown) PracticeMarkers::paint_rejection(gpc, anim, rejection, colors, rCircle);
+    // Its markers would point at the hidden strokes.
+    if (markerShown && !fromMemory) PracticeMarkers::paint_rejection(gpc, anim, rejection, colors, rCircle);
     // The hint goes over the rejected trace and the marker it answers.
     const float hint = lesson->state().hint;
     if (hint >= 0.0f && learned < count) {
@@ -334,7 +335,7 @@ void CanvasHanzi::draw_learning(ki::qt::GPC& gpc) const {
     const AnimStroke* stroke = current_stroke();
     const bool circles = (aids & DRAW_HELPER_CIRCLES) != 0 && stroke != nullptr;
     if (circles) PracticeMarkers::paint_helper_circles(gpc, *stroke, colors, rCircle, widthCircle);
-    if (!strokeNumbers) return;
+    if (!strokeNumbers || fromMemory) return;
     PracticeMarkers::paint_stroke_numbers(gpc, anim, colors, learned);
     if (stroke != nullptr)
         PracticeMarkers::paint_number_beside(gpc, anim, learned, colors,
@@ -433,7 +434,8 @@ bool CanvasHanzi::trace_press(QPoint pixel) {
                anim.strokes.size());
         return false;
     }
-    judge.press(map_mouse_point_to_anim(pixel), *stroke, rCircle);
+    // From memory the start is not shown, so the press may be anywhere.
+    judge.press(map_mouse_point_to_anim(pixel), *stroke, rCircle, !is_recall());
     // The first stroke again (Again, a further round): a new pass with its own scores and ink.
     if (get_strokes_learned() == 0 && scoreCard.has_accepted()) {
         scoreCard.reset(static_cast<int>(anim.strokes.size()));
@@ -461,9 +463,10 @@ bool CanvasHanzi::trace_release(QPoint pixel) {
     StrokeJudge::Verdict verdict = judge.release(point, *stroke, rCircle);
     const int index = get_strokes_learned();
     if (verdict == StrokeJudge::Verdict::ACCEPTED || verdict == StrokeJudge::Verdict::REJECTED) {
+        // From memory the judging is strict whatever the option says.
         const practice::Judgement j = practice::TraceVerdict::judge(
-            anim, index, practice::TraceClassifier::samples_of(judge.get_path(), point), rCircle, strict,
-            verdict == StrokeJudge::Verdict::ACCEPTED);
+            anim, index, practice::TraceClassifier::samples_of(judge.get_path(), point), rCircle,
+            strict || is_recall(), verdict == StrokeJudge::Verdict::ACCEPTED, !is_recall());
         rejection = j.rejection;
         lastScore = j.score;
         if (verdict == StrokeJudge::Verdict::ACCEPTED && !j.accepted)

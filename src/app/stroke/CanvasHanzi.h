@@ -14,6 +14,7 @@
 #include <vector>
 
 #include "app/lesson/LessonOptions.h"
+#include "app/lesson/RecallState.h"
 #include "app/practice/Rejection.h"
 #include "app/practice/ScoreCard.h"
 #include "app/stroke/Anim.h"
@@ -58,6 +59,13 @@ public:
     /// bound the canvas paints its own, which starts in watch mode at 0 %.
     void set_lesson(const prog2::ControlAnim* model);
     const prog2::ControlAnim& get_lesson() const { return *lesson; }
+    /// Writing from memory as the lesson flow keeps it; while it is active, learn mode hides the
+    /// character. Must outlive the canvas.
+    void set_recall(const prog2::RecallState* state) {
+        recall = state;
+        update();
+    }
+    bool is_recall() const { return recall != nullptr && recall->active && is_learn_mode(); }
     /// The canvas's own lesson state, painted while no other is bound.
     prog2::ControlAnim& own_lesson() { return ownLesson; }
     float get_progress() const { return lesson->get_progress(); }
@@ -74,7 +82,7 @@ public:
     const CanvasColors& get_colors() const { return colors; }
 
     unsigned int get_draw_config() const { return drawConfig; }
-    /// The aids of drawConfig that the current practice round still shows.
+    /// The aids of drawConfig that the current practice round still shows; none from memory.
     unsigned int aids_shown() const;
     int get_guide_grid() const { return guideGrid; }
     void set_draw_config(unsigned int config);
@@ -176,6 +184,7 @@ private:
     CanvasColors colors = CanvasColors::normal();
     prog2::ControlAnim ownLesson;
     const prog2::ControlAnim* lesson = &ownLesson;
+    const prog2::RecallState* recall = nullptr;
 
     int rCircle = 60;
     int widthCircle = 6;

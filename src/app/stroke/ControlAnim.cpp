@@ -110,16 +110,26 @@ void ControlAnim::stroke_accepted() {
 bool ControlAnim::stroke_rejected(int hintAfter) {
     LessonState next = current;
     ++next.misses;
-    const size_t index = static_cast<size_t>(std::max(0, current.strokesLearned));
     // Past the threshold every further miss shows the stroke again.
-    const bool hint = hintAfter > 0 && next.misses >= hintAfter && index < lengths.size();
-    if (hint) {
-        next.hint = 0.0f;
-        // The step is a share of the whole character: a stroke's share is that much faster.
-        hintSpeed = lengths[index] > 0.0f ? totalLength / lengths[index] : 1.0f;
-    }
+    const bool hint = hintAfter > 0 && next.misses >= hintAfter && start_hint(next);
     commit(next);
     return hint;
+}
+
+bool ControlAnim::show_hint() {
+    LessonState next = current;
+    if (!start_hint(next)) return false;
+    commit(next);
+    return true;
+}
+
+bool ControlAnim::start_hint(LessonState& next) {
+    const size_t index = static_cast<size_t>(std::max(0, current.strokesLearned));
+    if (index >= lengths.size()) return false;
+    next.hint = 0.0f;
+    // The step is a share of the whole character: a stroke's share is that much faster.
+    hintSpeed = lengths[index] > 0.0f ? totalLength / lengths[index] : 1.0f;
+    return true;
 }
 
 void ControlAnim::step_stroke(bool forward) {

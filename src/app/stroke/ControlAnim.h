@@ -101,6 +101,9 @@ public:
     /// Counts a miss; from the `hintAfter`th miss on (0: never) each miss lets the current stroke
     /// paint itself as a hint, as fast along it as watch mode draws. True when it does.
     bool stroke_rejected(int hintAfter);
+    /// The current stroke paints itself as a hint now, without a miss. False when every stroke
+    /// is traced.
+    bool show_hint();
     /// Watch mode: to the end of the next stroke, or back to the end of the one before the
     /// current position, holding there.
     void step_stroke(bool forward);
@@ -126,6 +129,8 @@ public:
 
 private:
     void commit(const LessonState& next);
+    /// Starts the hint of the current stroke in `next`; false when there is no stroke left.
+    bool start_hint(LessonState& next);
 
     LessonState current;
     LessonState pending;

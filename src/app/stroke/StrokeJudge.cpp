@@ -5,7 +5,7 @@
 
 namespace morvel {
 
-void StrokeJudge::press(glm::vec2 point, const AnimStroke& stroke, int rCircle) {
+void StrokeJudge::press(glm::vec2 point, const AnimStroke& stroke, int rCircle, bool needStart) {
     nErrors = 0;
     attemptOpen = true;
     ki::pp("ptMouseAnim:$", point);
@@ -17,7 +17,7 @@ void StrokeJudge::press(glm::vec2 point, const AnimStroke& stroke, int rCircle) 
     if (ki::log::is_level_active(ki::log::LOG_DEBUG))
         ki::pp("stroke[0]:{$}, ptStart:$", stroke.to_string(), ptStart);
     const ki::math::Circle circleStart{ptStart, static_cast<float>(rCircle)};
-    if (!circleStart.contains(point, CIRCLE_TOLERANCE)) {
+    if (needStart && !circleStart.contains(point, CIRCLE_TOLERANCE)) {
         ki::pp("NO");
         ++nErrors;
     }

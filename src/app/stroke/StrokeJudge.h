@@ -21,8 +21,8 @@ public:
 
     enum class Verdict { IGNORED, CLICK, ACCEPTED, REJECTED };
 
-    /// Starts an attempt at `point`; a start outside the start circle spoils it.
-    void press(glm::vec2 point, const AnimStroke& stroke, int rCircle);
+    /// Starts an attempt at `point`; with `needStart`, a start outside the start circle spoils it.
+    void press(glm::vec2 point, const AnimStroke& stroke, int rCircle, bool needStart = true);
     /// Extends the trace; a point farther than rCircle from the centre line is a fault.
     void move(glm::vec2 point, const AnimStroke& stroke, int rCircle);
     /// Ends the attempt. ACCEPTED only for a clean trace ending in the end circle. The trace
