@@ -3,10 +3,10 @@
 #include <ki/log/GLog.h>
 
 #include <QDir>
-#include <QFileInfo>
 
 #include <limits>
 #include <list>
+#include <unordered_map>
 
 namespace morvel::prog2 {
 
@@ -22,13 +22,32 @@ AppData::AppData(const QString& directory) : level(Level::shipped(1)) {
 
 std::string AppObject::to_string() const { return ki::str::xprintF(0, "$,unicode:$,$", fileName, unicode, chinChar); }
 
+namespace {
+
+/// A listed file with the number its base name reads as, taken once instead of at every
+/// comparison of the sort.
+struct Listed {
+    QString file;
+    long long number = 0;
+    bool numeric = false;
+};
+
+Listed listed_file(const QString& file) {
+    Listed listed{file};
+    const qsizetype dot = file.lastIndexOf(QLatin1Char('.'));
+    listed.number = QStringView(file).left(dot < 0 ? file.size() : dot).toLongLong(&listed.numeric);
+    return listed;
+}
+
+bool less_listed(const Listed& a, const Listed& b) {
+    if (a.numeric && b.numeric && a.number != b.number) return a.number < b.number;
+    return a.file < b.file;
+}
+
+}  // namespace
+
 bool AppData::less_file_name(const QString& a, const QString& b) {
-    bool okA = false;
-    bool okB = false;
-    const long long na = QFileInfo(a).completeBaseName().toLongLong(&okA);
-    const long long nb = QFileInfo(b).completeBaseName().toLongLong(&okB);
-    if (okA && okB && na != nb) return na < nb;
-    return a < b;
+    return less_listed(listed_file(a), listed_file(b));
 }
 
 bool AppData::switch_to(const Level& next) {
@@ -55,16 +74,23 @@ void AppData::load() {
         return;
     }
     const std::vector<ChinChar> table = basic_table_from_file(level.file, -1);
+    // The first row of each code point, as a linear search would find it: a level holds up to
+    // a thousand rows, and start-up joins every one of them.
+    std::unordered_map<int, const ChinChar*> rowOf;
+    rowOf.reserve(table.size());
+    for (const ChinChar& row : table) rowOf.emplace(row.unicode, &row);
     const QStringList listed =
         QDir(level.directory).entryList(QDir::Files | QDir::NoDotAndDotDot, QDir::Name);
     // The order mixes numeric and text comparison, which is not transitive for every mix of
     // names ("2", "10", "1a"). std::list::sort is a plain merge sort that stays in bounds
     // with such an order, where std::sort may not.
-    std::list<QString> files(listed.begin(), listed.end());
-    files.sort(&AppData::less_file_name);
+    std::list<Listed> files;
+    for (const QString& file : listed) files.push_back(listed_file(file));
+    files.sort(&less_listed);
 
     entries.reserve(files.size());
-    for (const QString& file : files) {
+    for (const Listed& each : files) {
+        const QString& file = each.file;
         QString name = file;
         if (name.endsWith(QStringLiteral(".svg"), Qt::CaseInsensitive)) name.chop(4);
         bool ok = false;
@@ -80,7 +106,7 @@ void AppData::load() {
         AppObject obj;
         obj.fileName = file;
         obj.unicode = static_cast<int32_t>(code);
-        obj.chinChar = from_unicode(table, obj.unicode);
+        if (const auto row = rowOf.find(obj.unicode); row != rowOf.end()) obj.chinChar = *row->second;
         entries.push_back(std::move(obj));
     }
     ki::pp("AppData::load, level $, $ symbols", level.number, size());
