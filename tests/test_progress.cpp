@@ -27,12 +27,17 @@
 #include "app/progress/ProgressCsv.h"
 #include "app/progress/ProgressMark.h"
 #include "app/progress/ProgressPanel.h"
+#include "app/progress/ProgressRules.h"
 #include "app/progress/ProgressSchema.h"
 #include "app/progress/ProgressStore.h"
 
 namespace {
 
 using namespace morvel::progress;
+using morvel::review::Card;
+using morvel::review::CardState;
+using morvel::review::Rating;
+using morvel::review::Scheduler;
 
 constexpr qint64 DAY_MS = 86'400'000;
 const qint64 BASE_MS = QDateTime(QDate(2026, 3, 2), QTime(9, 0)).toMSecsSinceEpoch();
@@ -101,43 +106,59 @@ protected:
     ProgressStore store{[this] { return nowMs; }};
 };
 
-TEST_F(ProgressTest, MasteryAndReviewBoxes) {
+/// A recall of `cp` graded on `day`.
+struct Graded {
+    int day;
+    Rating rating;
+};
+
+// Due and known follow the character's card: the first completion starts it (GOOD, HARD after a
+// hint), later completions leave it alone, graded recalls move it on. The card must equal the
+// scheduler's own replay of the expected ratings, in memory and in the file.
+TEST_F(ProgressTest, DueAndKnownFollowTheCard) {
     using M = Mastery;
-    const std::vector<Session> doubling{{0, CLEAN},  {1, CLEAN},  {3, CLEAN}, {7, CLEAN},
-                                        {15, CLEAN}, {31, CLEAN}, {63, CLEAN}};
+    using R = Rating;
     const struct Row {
         const char* name;
         std::vector<Session> sessions;
-        int checkDay;
+        std::vector<Graded> recalls;
+        std::vector<Graded> expectedReviews;
         Mastery mastery;
-        int box;
-        bool due;
     } rows[] = {
-        {"never practised is new", {}, 0, M::NEW, 0, false},
-        {"a rejected trace alone: learning, never due", {{0, TRACE_ONLY}}, 9, M::LEARNING, 0, false},
-        {"first clean completion rests a day", {{0, CLEAN}}, 0, M::LEARNING, 1, false},
-        {"box 1 is due the next day", {{0, CLEAN}}, 1, M::LEARNING, 1, true},
-        {"two clean on one day stay learning", {{0, CLEAN}, {0, CLEAN}}, 0, M::LEARNING, 2, false},
-        {"clean on two days is known", {{0, CLEAN}, {1, CLEAN}}, 2, M::KNOWN, 2, false},
-        {"box 2 is due after two days", {{0, CLEAN}, {1, CLEAN}}, 3, M::KNOWN, 2, true},
-        {"a hint spoils the completion", {{0, HINT}, {1, CLEAN}}, 1, M::LEARNING, 2, false},
-        {"the outline aid spoils it", {{0, OUTLINE}, {1, OUTLINE}}, 1, M::LEARNING, 1, false},
-        {"a miss drops it to box 1", {{0, CLEAN}, {1, CLEAN}, {3, CLEAN}, {7, MISS}}, 8, M::KNOWN, 1, true},
-        {"boxes stop at 32 days", doubling, 94, M::KNOWN, 6, false},
+        {"never practised is new", {}, {}, {}, M::NEW},
+        {"a rejected trace alone: learning, never due", {{0, TRACE_ONLY}}, {}, {}, M::LEARNING},
+        {"first completion starts the card good", {{0, CLEAN}}, {}, {{0, R::GOOD}}, M::LEARNING},
+        {"a hint starts it hard", {{0, HINT}}, {}, {{0, R::HARD}}, M::LEARNING},
+        {"the outline does not spoil the first", {{0, OUTLINE}}, {}, {{0, R::GOOD}}, M::LEARNING},
+        {"later completions are no reviews", {{0, CLEAN}, {1, MISS}, {4, CLEAN}}, {}, {{0, R::GOOD}}, M::LEARNING},
+        {"two good recalls make it known", {{0, CLEAN}}, {{2, R::GOOD}, {14, R::GOOD}},
+         {{0, R::GOOD}, {2, R::GOOD}, {14, R::GOOD}}, M::KNOWN},
+        {"a lapse makes it learning again", {{0, CLEAN}}, {{2, R::GOOD}, {14, R::GOOD}, {90, R::AGAIN}},
+         {{0, R::GOOD}, {2, R::GOOD}, {14, R::GOOD}, {90, R::AGAIN}}, M::LEARNING},
     };
+    const Scheduler scheduler;
+    const int firstDay = ProgressRules::local_day_of(BASE_MS);
     for (const Row& row : rows) {
         SCOPED_TRACE(row.name);
         QTemporaryDir rowDir;
         ProgressStore live([this] { return nowMs; });
         ASSERT_EQ(live.open(rowDir.path()), ProgressStore::Status::WRITABLE);
         EXPECT_TRUE(practise(live, row.sessions));
-        set_day(row.checkDay);
+        for (const Graded& g : row.recalls)
+            EXPECT_TRUE(live.record_review(ReviewRecord{BASE_MS + g.day * DAY_MS + 3'600'000, CP, g.rating, 4000}));
+        Card expected;
+        for (const Graded& g : row.expectedReviews) expected = scheduler.review(expected, firstDay + g.day, g.rating);
+        EXPECT_EQ(live.card(CP), expected);
         EXPECT_EQ(live.mastery(CP), row.mastery);
-        EXPECT_EQ(live.summary(CP).box, row.box);
-        EXPECT_EQ(live.due_among({CP2, CP}), row.due ? std::vector<int>{CP} : std::vector<int>{});
+        const bool scheduled = expected.state != CardState::NEW;
+        for (const int offset : {-1, 0}) {
+            nowMs = BASE_MS + (expected.due - firstDay + offset) * DAY_MS + 3'600'000;
+            EXPECT_EQ(live.due_among({CP2, CP}), scheduled && offset == 0 ? std::vector<int>{CP} : std::vector<int>{})
+                << "day " << offset << " from due";
+        }
         ProgressStore reread;
         reread.open(rowDir.path());
-        EXPECT_EQ(reread.summary(CP), live.summary(CP)) << "the file keeps what memory had";
+        EXPECT_EQ(reread.card(CP), expected) << "the file keeps what memory had";
     }
 }
 
@@ -170,14 +191,16 @@ TEST_F(ProgressTest, ReviewNavigationSkipsCharactersNotDue) {
     practise(store, {{0, CLEAN}}, CP);
     practise(store, {{0, CLEAN}}, 0x5927);
     practise(store, {{1, CLEAN}}, CP2);
+    // The first completion's card rests this many days.
+    const int rest = Scheduler().review({}, 0, Rating::GOOD).interval;
     const struct {
         const char* name;
         int day, from, step, expected;
     } rows[] = {
-        {"forward skips the one rested", 1, 1, 1, 3},
-        {"forward wraps around", 1, 3, 1, 1},
-        {"backward wraps around", 1, 1, -1, 3},
-        {"nothing due before the interval", 0, 0, 1, -1},
+        {"forward skips the one rested", rest, 1, 1, 3},
+        {"forward wraps around", rest, 3, 1, 1},
+        {"backward wraps around", rest, 1, -1, 3},
+        {"nothing due before the interval", rest - 1, 0, 1, -1},
     };
     for (const auto& row : rows) {
         set_day(row.day);
@@ -222,6 +245,73 @@ TEST_F(ProgressTest, OlderFilesMigrateToTheSameSummaries) {
         for (int cp : {CP, CP2}) EXPECT_EQ(migrated.summary(cp), store.summary(cp));
         EXPECT_EQ(migrated.last_days(10), store.last_days(10));
     }
+}
+
+// A file of layout 3 made with SQL: its completions come back as reviews, first completion GOOD
+// (HARD after a hint in its own attempt), then the first completion of each later day, GOOD when
+// clean, else HARD. The cards equal the scheduler's replay of those ratings; the old rows stay.
+TEST_F(ProgressTest, ThirdLayoutReplaysCompletionsAsReviews) {
+    constexpr int CP3 = 0x5927;
+    const struct Done {
+        int cp, day;
+        bool clean, hintBefore;
+    } history[] = {
+        {CP, 0, true, false},  {CP, 0, true, false},    {CP, 3, true, false},  {CP, 4, false, false},
+        {CP2, 1, false, true}, {CP2, 2, true, false},   {CP3, 0, true, false}, {CP3, 5, false, true},
+    };
+    const std::map<int, std::vector<Graded>> expectedRatings = {
+        {CP, {{0, Rating::GOOD}, {3, Rating::GOOD}, {4, Rating::HARD}}},
+        {CP2, {{1, Rating::HARD}, {2, Rating::GOOD}}},
+        {CP3, {{0, Rating::GOOD}, {5, Rating::HARD}}},
+    };
+    {
+        QSqlDatabase db = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), QStringLiteral("third"));
+        db.setDatabaseName(file());
+        ASSERT_TRUE(db.open());
+        ASSERT_EQ(ProgressSchema::migrate(db, 3), QString());
+        QSqlQuery q(db);
+        int minute = 0;
+        for (const Done& d : history) {
+            const qint64 at = BASE_MS + d.day * DAY_MS + 60'000 * ++minute;
+            ASSERT_TRUE(q.exec(QString("INSERT INTO traces(time_ms, level, code_point, stroke_index, accepted,"
+                                       " tolerance, aids, hint, day, score) VALUES(%1, 1, %2, 0, 1, 80, 0, %3, 0, 50)")
+                                   .arg(at - 1000)
+                                   .arg(d.cp)
+                                   .arg(d.hintBefore ? 1 : 0)));
+            ASSERT_TRUE(q.exec(QString("INSERT INTO completions(time_ms, level, code_point, seconds, misses, round,"
+                                       " day, clean, score) VALUES(%1, 1, %2, 6.5, %3, 1, 0, %4, 50)")
+                                   .arg(at)
+                                   .arg(d.cp)
+                                   .arg(d.clean ? 0 : 1)
+                                   .arg(d.clean ? 1 : 0)))
+                << q.lastError().text().toStdString();
+        }
+    }
+    QSqlDatabase::removeDatabase(QStringLiteral("third"));
+
+    ASSERT_EQ(store.open(dir.path()), ProgressStore::Status::WRITABLE);
+    const Scheduler scheduler;
+    const int firstDay = ProgressRules::local_day_of(BASE_MS);
+    for (const auto& [cp, ratings] : expectedRatings) {
+        Card expected;
+        for (const Graded& g : ratings) expected = scheduler.review(expected, firstDay + g.day, g.rating);
+        EXPECT_EQ(store.card(cp), expected) << cp;
+    }
+    QSqlDatabase db = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), QStringLiteral("check"));
+    {
+        db.setDatabaseName(file());
+        ASSERT_TRUE(db.open());
+        QSqlQuery q(QStringLiteral("SELECT (SELECT COUNT(*) FROM reviews), (SELECT COUNT(*) FROM completions),"
+                                   " (SELECT COUNT(*) FROM reviews WHERE state = 0 AND duration_ms = 6500)"),
+                    db);
+        ASSERT_TRUE(q.next());
+        EXPECT_EQ(q.value(0).toInt(), 7);
+        EXPECT_EQ(q.value(1).toInt(), 8) << "the completions stay";
+        EXPECT_EQ(q.value(2).toInt(), 3) << "one first review per character, with its time";
+        EXPECT_EQ(ProgressSchema::version_of(db), ProgressSchema::VERSION);
+    }
+    db = QSqlDatabase();
+    QSqlDatabase::removeDatabase(QStringLiteral("check"));
 }
 
 // Not run on its own: the durability test below starts it in a child process.

@@ -1,6 +1,7 @@
 #include "app/lesson/DueReview.h"
 
 #include <QDateTime>
+#include <QTimeZone>
 #include <algorithm>
 #include <utility>
 
@@ -8,6 +9,7 @@
 #include "app/progress/LessonRecorder.h"
 #include "app/progress/ProgressPanel.h"
 #include "app/progress/ProgressStore.h"
+#include "app/review/LocalDay.h"
 
 namespace morvel::prog2 {
 
@@ -18,16 +20,16 @@ constexpr qint64 MINUTE = 60 * 1000;
 // Milliseconds until the first of `codes` falls due (at the start of its due day), -1 when none
 // ever will. Due days are whole local days.
 qint64 ms_to_next_due(const progress::ProgressStore& store, const std::vector<int>& codes) {
-    const qint64 today = store.today();
-    qint64 first = -1;
+    const int today = store.local_today();
+    int first = -1;
     for (const int code : codes) {
-        const progress::CharSummary summary = store.summary(code);
-        if (summary.box > 0 && summary.dueDay > today && (first < 0 || summary.dueDay < first))
-            first = summary.dueDay;
+        const review::Card card = store.card(code);
+        if (card.state != review::CardState::NEW && card.due > today && (first < 0 || card.due < first))
+            first = card.due;
     }
     if (first < 0) return -1;
-    const QDateTime start(QDate::fromJulianDay(first), QTime(0, 0));
-    return std::max<qint64>(0, start.toMSecsSinceEpoch() - QDateTime::currentMSecsSinceEpoch());
+    const qint64 start = review::LocalDay::start_of(first, QTimeZone::systemTimeZone());
+    return std::max<qint64>(0, start - QDateTime::currentMSecsSinceEpoch());
 }
 
 }  // namespace

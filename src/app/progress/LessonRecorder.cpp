@@ -13,6 +13,7 @@ LessonRecorder::~LessonRecorder() = default;
 
 QString LessonRecorder::open(const QString& folder) {
     history = std::make_unique<ProgressStore>();
+    history->set_retention(retention);
     history->open(folder.isEmpty() ? ProgressStore::default_folder() : folder, false,
                   ProgressStore::Check::IN_BACKGROUND);
     if (history->is_recording()) history->begin_attempt(codePoint);
@@ -77,6 +78,20 @@ void LessonRecorder::completed(int round, int score) {
     misses = 0;
     hintShown = false;
     clock.start();
+}
+
+void LessonRecorder::graded(int code, review::Rating rating, int durationMs) {
+    if (history != nullptr && history->is_recording())
+        history->record_review(ReviewRecord{0, code, rating, durationMs});
+}
+
+std::optional<int> LessonRecorder::median_recall_ms(int code) const {
+    return is_open() ? history->median_recall_ms(code) : std::nullopt;
+}
+
+void LessonRecorder::set_retention(double value) {
+    retention = value;
+    if (history != nullptr) history->set_retention(value);
 }
 
 unsigned int LessonRecorder::aids_of(unsigned int drawAids, bool guideGrid) {

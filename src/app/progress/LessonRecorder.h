@@ -9,6 +9,7 @@
 #include <QElapsedTimer>
 #include <QString>
 #include <memory>
+#include <optional>
 #include <vector>
 
 #include "app/progress/ProgressTypes.h"
@@ -48,6 +49,13 @@ public:
     /// The last stroke of practice round `round` was accepted; `score` is the character's.
     void completed(int round, int score = -1);
 
+    /// A recall of `codePoint` graded `rating` after `durationMs`: one review for its card.
+    void graded(int codePoint, review::Rating rating, int durationMs);
+    /// The median time of the character's graded recalls; none when it has none.
+    std::optional<int> median_recall_ms(int codePoint) const;
+    /// The desired retention that plans the due days, kept across `open`.
+    void set_retention(double retention);
+
     /// History aid bits of the canvas's drawing bits (LessonOptions::DRAW_*) and the grid.
     static unsigned int aids_of(unsigned int drawAids, bool guideGrid);
 
@@ -59,6 +67,7 @@ public:
 
 private:
     std::unique_ptr<ProgressStore> history;
+    double retention = 0.90;
     QElapsedTimer clock;
     int level = 1;
     int codePoint = 0;

@@ -141,7 +141,7 @@ void ProgressPanel::changeEvent(QEvent* event) {
 }
 
 void ProgressPanel::refresh() {
-    const qint64 today = store.today();
+    const int today = store.local_today();
     const QPalette pal = palette();
     const qreal ratio = devicePixelRatioF();
     // One pixmap per mark kind, not one per row.
@@ -162,8 +162,10 @@ void ProgressPanel::refresh() {
     int row = 0;
     for (const ChinChar& ch : chars) {
         const CharSummary s = store.summary(ch.unicode);
-        const Mastery mastery = ProgressRules::mastery(s);
-        const bool due = ProgressRules::is_due(s, today);
+        const review::Card card = store.card(ch.unicode);
+        const Mastery mastery = ProgressRules::mastery(s, card);
+        const bool due = ProgressRules::is_due(card, today);
+        const bool scheduled = card.state != review::CardState::NEW;
         const int cp = ch.unicode;
         model->setItem(row, COL_CHARACTER, cell(ch.character(), cp, cp));
         model->setItem(row, COL_PINYIN, cell(ch.pinyin, ch.pinyin, cp));
@@ -178,10 +180,11 @@ void ProgressPanel::refresh() {
                                  : locale.toString(lastPractised.date(), QLocale::ShortFormat) +
                                        lastPractised.toString(QStringLiteral(" HH:mm"));
         model->setItem(row, COL_LAST, cell(last, s.lastPractisedMs, cp));
-        const QString dueCell = s.box == 0 ? QString()
-                                : due      ? dueText
-                                      : locale.toString(QDate::fromJulianDay(s.dueDay), QLocale::ShortFormat);
-        QStandardItem* dueItem = cell(dueCell, s.box == 0 ? NEVER_DUE : s.dueDay, cp);
+        const QString dueCell =
+            !scheduled ? QString()
+            : due      ? dueText
+                       : locale.toString(QDate(1970, 1, 1).addDays(card.due), QLocale::ShortFormat);
+        QStandardItem* dueItem = cell(dueCell, scheduled ? card.due : NEVER_DUE, cp);
         if (due) dueItem->setForeground(ProgressMark::accent(pal));
         model->setItem(row, COL_DUE, dueItem);
         const auto scored = scores.find(cp);

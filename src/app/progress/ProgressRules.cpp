@@ -1,6 +1,9 @@
 #include "app/progress/ProgressRules.h"
 
+#include "app/review/LocalDay.h"
+
 #include <QDateTime>
+#include <QTimeZone>
 #include <algorithm>
 
 namespace morvel::progress {
@@ -29,10 +32,15 @@ void ProgressRules::apply_completion(CharSummary& summary, qint64 timeMs, qint64
     summary.lastCleanDay = day;
 }
 
-Mastery ProgressRules::mastery(const CharSummary& summary) {
-    if (summary.known) return Mastery::KNOWN;
-    if (summary.firstSeenMs == 0 && summary.completions == 0) return Mastery::NEW;
+Mastery ProgressRules::mastery(const CharSummary& summary, const review::Card& card) {
+    if (card.known()) return Mastery::KNOWN;
+    if (summary.firstSeenMs == 0 && summary.completions == 0 && card.state == review::CardState::NEW)
+        return Mastery::NEW;
     return Mastery::LEARNING;
+}
+
+int ProgressRules::local_day_of(qint64 timeMs) {
+    return review::LocalDay::of(timeMs, QTimeZone::systemTimeZone());
 }
 
 qint64 ProgressRules::day_of(qint64 timeMs) {

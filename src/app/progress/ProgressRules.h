@@ -1,11 +1,11 @@
 #pragma once
-// Mastery and review rules over a character's summary. Pure code: the store applies them to
-// every record and replays them over old history when it migrates.
+// Mastery and review rules over a character's summary and card. Pure code: the store applies
+// them to every record and replays them over old history when it migrates.
 //
-// A character is new until first practised, learning after that, and known after clean
-// completions (no rejected trace, no hint, outline off) on two different days. Reviews follow
-// Leitner boxes: a clean completion moves up one box, one with misses back to the first; the
-// character is due once the box's interval has passed since its last completion.
+// A character is new until first practised, learning after that, and known once its card holds
+// for three weeks (Card::known). It is due when its card's due day has come. The summary's ladder
+// columns (box, due day, known) are still filled as older versions filled them; nothing reads
+// them any more.
 
 #include "app/progress/ProgressTypes.h"
 
@@ -27,12 +27,14 @@ public:
         return misses == 0 && !hintShown && !outlineShown;
     }
 
-    static Mastery mastery(const CharSummary& summary);
+    static Mastery mastery(const CharSummary& summary, const review::Card& card);
     /// The Julian day number of the local date at `timeMs` (milliseconds since the epoch).
     static qint64 day_of(qint64 timeMs);
-    /// Never-completed characters are not due.
-    static bool is_due(const CharSummary& summary, qint64 today) {
-        return summary.box > 0 && today >= summary.dueDay;
+    /// The local day at `timeMs` as the scheduler counts days (from 1970-01-01).
+    static int local_day_of(qint64 timeMs);
+    /// Characters without a card are not due.
+    static bool is_due(const review::Card& card, int today) {
+        return card.state != review::CardState::NEW && today >= card.due;
     }
 };
 

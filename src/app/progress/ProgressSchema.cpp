@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "app/progress/ProgressRules.h"
+#include "app/review/Scheduler.h"
 
 namespace morvel::progress {
 
@@ -22,7 +23,7 @@ QString exec_all(QSqlDatabase& db, const std::vector<const char*>& statements) {
     return {};
 }
 
-QString create_first_layout(QSqlDatabase& db) {
+QString create_first_layout(QSqlDatabase& db, const review::Scheduler&) {
     return exec_all(
         db,
         {
@@ -127,7 +128,7 @@ QString derive_summaries(QSqlDatabase& db) {
     return {};
 }
 
-QString add_summaries(QSqlDatabase& db) {
+QString add_summaries(QSqlDatabase& db, const review::Scheduler&) {
     QString error = exec_all(
         db, {
                 "ALTER TABLE traces ADD COLUMN day INTEGER NOT NULL DEFAULT 0",
@@ -144,17 +145,85 @@ QString add_summaries(QSqlDatabase& db) {
     return error.isEmpty() ? derive_summaries(db) : error;
 }
 
-QString add_scores(QSqlDatabase& db) {
+QString add_scores(QSqlDatabase& db, const review::Scheduler&) {
     return exec_all(db, {
                             "ALTER TABLE traces ADD COLUMN score INTEGER NOT NULL DEFAULT -1",
                             "ALTER TABLE completions ADD COLUMN score INTEGER NOT NULL DEFAULT -1",
                         });
 }
 
-using Step = QString (*)(QSqlDatabase&);
+/// Replays the completions as reviews, in time order. A character's first completion starts its
+/// card: GOOD, or HARD when a hint was shown on the way. After that the first completion of each
+/// later local day counts: GOOD when clean (no miss, no hint, outline off), else HARD. Further
+/// completions on a day already reviewed are practice, not reviews.
+QString replay_reviews(QSqlDatabase& db, const review::Scheduler& scheduler) {
+    QSqlQuery completions(db);
+    completions.setForwardOnly(true);
+    // The hint of an attempt: any trace of the character since its completion before.
+    if (!completions.exec(QStringLiteral(
+            "SELECT c.time_ms, c.code_point, c.seconds, c.clean,"
+            " EXISTS(SELECT 1 FROM traces t WHERE t.code_point = c.code_point AND t.hint = 1"
+            "  AND t.time_ms <= c.time_ms AND t.time_ms > COALESCE((SELECT MAX(p.time_ms) FROM completions p"
+            "  WHERE p.code_point = c.code_point AND p.time_ms < c.time_ms), -1))"
+            " FROM completions c ORDER BY c.time_ms, c.id")))
+        return completions.lastError().text();
+    QSqlQuery insert(db);
+    insert.prepare(QStringLiteral(
+        "INSERT INTO reviews(code_point, time_ms, day, rating, state, duration_ms, recall, stability,"
+        " difficulty, due_day) VALUES(?,?,?,?,?,?,0,?,?,?)"));
+    std::map<int, review::Card> cards;
+    while (completions.next()) {
+        const qint64 timeMs = completions.value(0).toLongLong();
+        const int codePoint = completions.value(1).toInt();
+        const int day = ProgressRules::local_day_of(timeMs);
+        review::Card& card = cards[codePoint];
+        const bool first = card.state == review::CardState::NEW;
+        if (!first && day <= card.lastReview) continue;
+        const bool spoiled = first ? completions.value(4).toBool() : !completions.value(3).toBool();
+        const review::Rating rating = spoiled ? review::Rating::HARD : review::Rating::GOOD;
+        const review::CardState before = card.state;
+        card = scheduler.review(card, day, rating);
+        for (const QVariant& value :
+             {QVariant(codePoint), QVariant(timeMs), QVariant(day), QVariant(static_cast<int>(rating)),
+              QVariant(static_cast<int>(before)),
+              QVariant(static_cast<qint64>(completions.value(2).toDouble() * 1000.0)),
+              QVariant(card.stability), QVariant(card.difficulty), QVariant(card.due)})
+            insert.addBindValue(value);
+        if (!insert.exec()) return insert.lastError().text();
+    }
+    insert.prepare(QStringLiteral(
+        "INSERT INTO cards(code_point, state, stability, difficulty, due_day, last_review_day, interval,"
+        " reps, lapses) VALUES(?,?,?,?,?,?,?,?,?)"));
+    for (const auto& [codePoint, card] : cards) {
+        ProgressSchema::bind_card(insert, codePoint, card);
+        if (!insert.exec()) return insert.lastError().text();
+    }
+    return {};
+}
+
+QString add_reviews(QSqlDatabase& db, const review::Scheduler& scheduler) {
+    const QString error = exec_all(
+        db, {
+                "CREATE TABLE cards(code_point INTEGER PRIMARY KEY, state INTEGER NOT NULL,"
+                " stability REAL NOT NULL, difficulty REAL NOT NULL, due_day INTEGER NOT NULL,"
+                " last_review_day INTEGER NOT NULL, interval INTEGER NOT NULL, reps INTEGER NOT NULL,"
+                " lapses INTEGER NOT NULL)",
+                "CREATE TABLE reviews(id INTEGER PRIMARY KEY, code_point INTEGER NOT NULL,"
+                " time_ms INTEGER NOT NULL, day INTEGER NOT NULL, rating INTEGER NOT NULL,"
+                " state INTEGER NOT NULL, duration_ms INTEGER NOT NULL, recall INTEGER NOT NULL,"
+                " stability REAL NOT NULL, difficulty REAL NOT NULL, due_day INTEGER NOT NULL)",
+                "CREATE INDEX reviews_by_day ON reviews(day)",
+                "CREATE INDEX reviews_by_char ON reviews(code_point, recall)",
+                "CREATE TABLE sessions(id INTEGER PRIMARY KEY, time_ms INTEGER NOT NULL, day INTEGER NOT NULL)",
+                "CREATE INDEX sessions_by_day ON sessions(day)",
+            });
+    return error.isEmpty() ? replay_reviews(db, scheduler) : error;
+}
+
+using Step = QString (*)(QSqlDatabase&, const review::Scheduler&);
 /// Step i brings a file from version i to version i + 1. Never change a step once released:
 /// files out there were made by it.
-constexpr Step STEPS[] = {create_first_layout, add_summaries, add_scores};
+constexpr Step STEPS[] = {create_first_layout, add_summaries, add_scores, add_reviews};
 static_assert(std::size(STEPS) == ProgressSchema::VERSION);
 
 }  // namespace
@@ -165,7 +234,8 @@ int ProgressSchema::version_of(QSqlDatabase& db) {
     return query.value(0).toInt();
 }
 
-QString ProgressSchema::migrate(QSqlDatabase& db, int target) {
+QString ProgressSchema::migrate(QSqlDatabase& db, int target, double retention) {
+    const review::Scheduler scheduler(retention);
     if (target > VERSION) target = VERSION;
     QSqlQuery query(db);
     for (;;) {
@@ -177,7 +247,7 @@ QString ProgressSchema::migrate(QSqlDatabase& db, int target) {
             query.exec(QStringLiteral("COMMIT"));
             return version < 0 ? QStringLiteral("cannot read the layout version") : QString();
         }
-        QString error = STEPS[version](db);
+        QString error = STEPS[version](db, scheduler);
         if (error.isEmpty() && !query.exec(QStringLiteral("PRAGMA user_version = %1").arg(version + 1)))
             error = query.lastError().text();
         if (error.isEmpty() && !query.exec(QStringLiteral("COMMIT"))) error = query.lastError().text();
@@ -193,6 +263,17 @@ void ProgressSchema::bind_summary(QSqlQuery& query, const CharSummary& s) {
          {QVariant(s.codePoint), QVariant(s.level), QVariant(s.firstSeenMs), QVariant(s.lastPractisedMs),
           QVariant(s.completions), QVariant(s.cleanCompletions), QVariant(s.misses), QVariant(s.box),
           QVariant(s.lastCompletionDay), QVariant(s.dueDay), QVariant(s.lastCleanDay), QVariant(s.known ? 1 : 0)})
+        query.addBindValue(value);
+}
+
+}  // namespace morvel::progress
+
+namespace morvel::progress {
+
+void ProgressSchema::bind_card(QSqlQuery& query, int codePoint, const review::Card& c) {
+    for (const QVariant& value : {QVariant(codePoint), QVariant(static_cast<int>(c.state)), QVariant(c.stability),
+                                  QVariant(c.difficulty), QVariant(c.due), QVariant(c.lastReview),
+                                  QVariant(c.interval), QVariant(c.reps), QVariant(c.lapses)})
         query.addBindValue(value);
 }
 

@@ -4,6 +4,8 @@
 
 #include <QString>
 
+#include "app/review/Card.h"
+
 class QSqlDatabase;
 class QSqlQuery;
 
@@ -16,7 +18,9 @@ public:
     /// 1: judged traces and completions. 2: per-character summary and per-day totals, derived
     /// from the history, plus each record's local day and each completion's cleanliness.
     /// 3: a score (0 .. 100) with every trace and completion, -1 for those recorded before.
-    static constexpr int VERSION = 3;
+    /// 4: a card per character and every graded review (the completions before replayed as
+    /// reviews), and the finished daily sessions.
+    static constexpr int VERSION = 4;
 
     /// The layout number stored in the file, or -1 when it cannot be read.
     static int version_of(QSqlDatabase& db);
@@ -24,10 +28,13 @@ public:
     /// Applies the steps after the file's version up to `target` in one transaction each, so a
     /// failed step leaves the file at the version before it. Returns an empty text on success,
     /// else what failed.
-    static QString migrate(QSqlDatabase& db, int target = VERSION);
+    /// `retention` plans the due days of the cards replayed from older completions.
+    static QString migrate(QSqlDatabase& db, int target = VERSION, double retention = 0.9);
 
     /// Binds the twelve columns of a summary row, in the table's column order.
     static void bind_summary(QSqlQuery& query, const CharSummary& summary);
+    /// Binds the nine columns of a `cards` row, in the table's column order.
+    static void bind_card(QSqlQuery& query, int codePoint, const review::Card& card);
 };
 
 }  // namespace morvel::progress

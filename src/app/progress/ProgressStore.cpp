@@ -37,6 +37,25 @@ constexpr const char* SELECT_SUMMARIES =
     "SELECT code_point, level, first_seen_ms, last_practised_ms, completions, clean_completions, misses, box,"
     " last_completion_day, due_day, last_clean_day, known FROM summary";
 
+/// The nine columns of `cards` in the order `card_of` reads them.
+constexpr const char* SELECT_CARDS =
+    "SELECT code_point, state, stability, difficulty, due_day, last_review_day, interval, reps, lapses"
+    " FROM cards";
+
+review::Card card_of(const QSqlQuery& query) {
+    review::Card c;
+    c.state = query.value(1).toInt() == static_cast<int>(review::CardState::REVIEW) ? review::CardState::REVIEW
+                                                                                    : review::CardState::NEW;
+    c.stability = query.value(2).toDouble();
+    c.difficulty = query.value(3).toDouble();
+    c.due = query.value(4).toInt();
+    c.lastReview = query.value(5).toInt();
+    c.interval = query.value(6).toInt();
+    c.reps = query.value(7).toInt();
+    c.lapses = query.value(8).toInt();
+    return c;
+}
+
 /// UTC: a local time repeats when daylight saving ends, and two names must never meet.
 QString stamp(qint64 timeMs) {
     return QDateTime::fromMSecsSinceEpoch(timeMs, Qt::UTC).toString(QStringLiteral("yyyyMMdd-HHmmss'Z'"));
@@ -122,10 +141,15 @@ struct ProgressStore::Db {
     QSqlQuery selectSummary;
     QSqlQuery upsertSummary;
     QSqlQuery upsertDay;
+    QSqlQuery selectCard;
+    QSqlQuery upsertCard;
+    QSqlQuery insertReview;
+    QSqlQuery insertSession;
     QSqlQuery begin;
     QSqlQuery commit;
     QSqlQuery rollback;
     std::unordered_map<int, CharSummary> summaries;
+    std::unordered_map<int, review::Card> cards;
     /// The highest trace id known; an attempt's traces are those of its character above the
     /// value here when it began (by id, not by time: the clock may be set back).
     qint64 lastTraceId = 0;
@@ -136,8 +160,9 @@ struct ProgressStore::Db {
 
     ~Db() {
         // Queries first, then the connection, then its registration: Qt warns otherwise.
-        for (QSqlQuery* query : {&insertTrace, &insertCompletion, &attemptAids, &selectSummary,
-                                 &upsertSummary, &upsertDay, &begin, &commit, &rollback})
+        for (QSqlQuery* query : {&insertTrace, &insertCompletion, &attemptAids, &selectSummary, &upsertSummary,
+                                 &upsertDay, &selectCard, &upsertCard, &insertReview, &insertSession, &begin,
+                                 &commit, &rollback})
             *query = QSqlQuery();
         connection.close();
         connection = QSqlDatabase();
@@ -161,6 +186,10 @@ qint64 ProgressStore::now() const {
 
 qint64 ProgressStore::today() const {
     return ProgressRules::day_of(now());
+}
+
+int ProgressStore::local_today() const {
+    return ProgressRules::local_day_of(now());
 }
 
 QString ProgressStore::notice_path(Notice about) const {
@@ -281,6 +310,10 @@ ProgressStore::Status ProgressStore::open(const QString& folder, bool readOnly, 
                 result = write_trace(*trace);
             else if (const auto* completion = std::get_if<CompletionRecord>(&item))
                 result = write_completion(*completion);
+            else if (const auto* review = std::get_if<ReviewRecord>(&item))
+                result = write_review(*review);
+            else if (const auto* session = std::get_if<SessionRecord>(&item))
+                result = write_session(*session);
             else
                 db->attemptFrom[std::get<AttemptStart>(item).codePoint] = db->lastTraceId;
             return result == WriteResult::DONE   ? WriteQueue::Outcome::WRITTEN
@@ -316,7 +349,7 @@ ProgressStore::Status ProgressStore::begin_writing() {
     pragma.exec(QStringLiteral("PRAGMA journal_mode = WAL"));
     // In WAL mode NORMAL survives a killed process; only a power cut may lose the last commits.
     pragma.exec(QStringLiteral("PRAGMA synchronous = NORMAL"));
-    const QString error = ProgressSchema::migrate(db->connection);
+    const QString error = ProgressSchema::migrate(db->connection, ProgressSchema::VERSION, scheduler.retention());
     load_summaries();
     if (!error.isEmpty()) {
         pp_warn("ProgressStore::open, '$' cannot be brought up to date: $", filePath, error);
@@ -435,7 +468,8 @@ void ProgressStore::limit_growth(int pages) {
 bool ProgressStore::prepare_writes() {
     const QSqlDatabase& c = db->connection;
     for (QSqlQuery* query : {&db->insertTrace, &db->insertCompletion, &db->attemptAids, &db->selectSummary,
-                             &db->upsertSummary, &db->upsertDay, &db->begin, &db->commit, &db->rollback})
+                             &db->upsertSummary, &db->upsertDay, &db->selectCard, &db->upsertCard,
+                             &db->insertReview, &db->insertSession, &db->begin, &db->commit, &db->rollback})
         *query = QSqlQuery(c);
     // Immediate: the write lock is taken before anything is read, so the summary read inside
     // the transaction is the one the file holds, whoever wrote it.
@@ -457,6 +491,14 @@ bool ProgressStore::prepare_writes() {
                "completions,"
                " clean_completions, misses, box, last_completion_day, due_day, last_clean_day, known)"
                " VALUES(?,?,?,?,?,?,?,?,?,?,?,?)")) &&
+           db->selectCard.prepare(QStringLiteral("%1 WHERE code_point = ?").arg(QLatin1String(SELECT_CARDS))) &&
+           db->upsertCard.prepare(QStringLiteral(
+               "INSERT OR REPLACE INTO cards(code_point, state, stability, difficulty, due_day,"
+               " last_review_day, interval, reps, lapses) VALUES(?,?,?,?,?,?,?,?,?)")) &&
+           db->insertReview.prepare(QStringLiteral(
+               "INSERT INTO reviews(code_point, time_ms, day, rating, state, duration_ms, recall, stability,"
+               " difficulty, due_day) VALUES(?,?,?,?,?,?,?,?,?,?)")) &&
+           db->insertSession.prepare(QStringLiteral("INSERT INTO sessions(time_ms, day) VALUES(?, ?)")) &&
            db->upsertDay.prepare(QStringLiteral(
                "INSERT INTO days(day, completions, traces, accepted_traces) VALUES(?, ?, ?, ?)"
                " ON CONFLICT(day) DO UPDATE SET completions = completions + excluded.completions,"
@@ -498,6 +540,45 @@ void ProgressStore::load_summaries() {
         const CharSummary s = summary_of(query);
         db->summaries[s.codePoint] = s;
     }
+    load_cards();
+}
+
+void ProgressStore::load_cards() {
+    db->cards.clear();
+    // Files before layout 4 have no cards until they are brought up to date.
+    if (ProgressSchema::version_of(db->connection) < 4) return;
+    QSqlQuery query(db->connection);
+    query.setForwardOnly(true);
+    if (!query.exec(QLatin1String(SELECT_CARDS))) {
+        pp_warn("ProgressStore, cards cannot be read: $", query.lastError().text());
+        return;
+    }
+    while (query.next()) db->cards[query.value(0).toInt()] = card_of(query);
+}
+
+QSqlQuery* ProgressStore::read_card(int codePoint, review::Card& into) {
+    QSqlQuery& q = db->selectCard;
+    q.addBindValue(codePoint);
+    if (!q.exec()) return &q;
+    into = q.next() ? card_of(q) : review::Card{};
+    q.finish();
+    return nullptr;
+}
+
+QSqlQuery* ProgressStore::add_review(const ReviewRecord& review, bool recall, review::Card& card) {
+    const int day = ProgressRules::local_day_of(review.timeMs);
+    const review::CardState before = card.state;
+    card = scheduler.review(card, day, review.rating);
+    QSqlQuery& q = db->insertReview;
+    for (const QVariant& value :
+         {QVariant(review.codePoint), QVariant(review.timeMs), QVariant(day),
+          QVariant(static_cast<int>(review.rating)), QVariant(static_cast<int>(before)),
+          QVariant(std::max(0, review.durationMs)), QVariant(recall ? 1 : 0), QVariant(card.stability),
+          QVariant(card.difficulty), QVariant(card.due)})
+        q.addBindValue(value);
+    if (!q.exec()) return &q;
+    ProgressSchema::bind_card(db->upsertCard, review.codePoint, card);
+    return db->upsertCard.exec() ? nullptr : &db->upsertCard;
 }
 
 /// The row the file holds now (another instance may have written it), or a fresh summary.
@@ -594,6 +675,8 @@ ProgressStore::WriteResult ProgressStore::write_completion(const CompletionRecor
     const qint64 firstId = from != db->attemptFrom.end() ? from->second : db->openedAtTraceId;
     CharSummary updated;
     bool clean = false;
+    bool hint = false;
+    review::Card card;
     const WriteResult result = write(
         QStringLiteral("completion"),
         {
@@ -602,8 +685,8 @@ ProgressStore::WriteResult ProgressStore::write_completion(const CompletionRecor
                 aids.addBindValue(completion.codePoint);
                 aids.addBindValue(firstId);
                 if (!aids.exec() || !aids.next()) return &aids;
-                clean = ProgressRules::is_clean(completion.misses, aids.value(0).toBool(),
-                                                aids.value(1).toBool());
+                hint = aids.value(0).toBool();
+                clean = ProgressRules::is_clean(completion.misses, hint, aids.value(1).toBool());
                 aids.finish();
                 if (QSqlQuery* failed = read_summary(completion.codePoint, updated)) return failed;
                 updated.level = completion.level;
@@ -621,12 +704,44 @@ ProgressStore::WriteResult ProgressStore::write_completion(const CompletionRecor
             },
             [&] { return write_summary(updated); },
             [&] { return add_to_day(day, 1, 0, 0); },
+            [&]() -> QSqlQuery* {
+                if (QSqlQuery* failed = read_card(completion.codePoint, card)) return failed;
+                if (card.state != review::CardState::NEW) return nullptr;
+                const ReviewRecord first{completion.timeMs, completion.codePoint,
+                                         hint ? review::Rating::HARD : review::Rating::GOOD,
+                                         static_cast<int>(completion.seconds * 1000.0)};
+                return add_review(first, false, card);
+            },
         });
     if (result != WriteResult::DONE) return result;
     db->summaries[completion.codePoint] = updated;
+    db->cards[completion.codePoint] = card;
     // The next attempt begins after this one's traces.
     db->attemptFrom[completion.codePoint] = db->lastTraceId;
     return result;
+}
+
+ProgressStore::WriteResult ProgressStore::write_review(const ReviewRecord& review) {
+    review::Card card;
+    const WriteResult result = write(QStringLiteral("review"), {
+                                                                   [&]() -> QSqlQuery* {
+                                                                       if (QSqlQuery* failed =
+                                                                               read_card(review.codePoint, card))
+                                                                           return failed;
+                                                                       return add_review(review, true, card);
+                                                                   },
+                                                               });
+    if (result == WriteResult::DONE) db->cards[review.codePoint] = card;
+    return result;
+}
+
+ProgressStore::WriteResult ProgressStore::write_session(const SessionRecord& session) {
+    return write(QStringLiteral("session"), {[&]() -> QSqlQuery* {
+                     QSqlQuery& q = db->insertSession;
+                     q.addBindValue(session.timeMs);
+                     q.addBindValue(ProgressRules::local_day_of(session.timeMs));
+                     return q.exec() ? nullptr : &q;
+                 }});
 }
 
 namespace {
@@ -652,6 +767,28 @@ bool ProgressStore::record_completion(const CompletionRecord& completion) {
     return true;
 }
 
+bool ProgressStore::record_review(const ReviewRecord& review) {
+    if (state != Status::WRITABLE || !queue) return false;
+    queue->push(timed(review, now()));
+    return true;
+}
+
+bool ProgressStore::record_session_finished(const SessionRecord& session) {
+    if (state != Status::WRITABLE || !queue) return false;
+    queue->push(timed(session, now()));
+    return true;
+}
+
+void ProgressStore::set_retention(double retention) {
+    constexpr double lowest = 0.80, highest = 0.95;
+    if (!(retention >= lowest - 1e-9 && retention <= highest + 1e-9)) {
+        pp_warn("ProgressStore::set_retention, $ outside $..$, using $", retention, lowest, highest,
+                review::Scheduler::DEFAULT_RETENTION);
+        retention = review::Scheduler::DEFAULT_RETENTION;
+    }
+    scheduler = review::Scheduler(retention);
+}
+
 void ProgressStore::begin_attempt(int codePoint) {
     if (state == Status::WRITABLE && queue) queue->push(AttemptStart{codePoint});
 }
@@ -675,29 +812,41 @@ std::vector<CharSummary> ProgressStore::summaries() const {
 }
 
 Mastery ProgressStore::mastery(int codePoint) const {
-    return ProgressRules::mastery(summary(codePoint));
+    return ProgressRules::mastery(summary(codePoint), card(codePoint));
+}
+
+review::Card ProgressStore::card(int codePoint) const {
+    if (db) {
+        const auto it = db->cards.find(codePoint);
+        if (it != db->cards.end()) return it->second;
+    }
+    return {};
+}
+
+std::map<int, review::Card> ProgressStore::cards() const {
+    return db ? std::map<int, review::Card>(db->cards.begin(), db->cards.end()) : std::map<int, review::Card>{};
 }
 
 bool ProgressStore::is_due(int codePoint) const {
-    return ProgressRules::is_due(summary(codePoint), today());
+    return ProgressRules::is_due(card(codePoint), local_today());
 }
 
 std::vector<int> ProgressStore::due_among(const std::vector<int>& codePoints) const {
     std::vector<int> due;
-    const qint64 day = today();
+    const int day = local_today();
     for (int codePoint : codePoints)
-        if (ProgressRules::is_due(summary(codePoint), day)) due.push_back(codePoint);
+        if (ProgressRules::is_due(card(codePoint), day)) due.push_back(codePoint);
     return due;
 }
 
 int ProgressStore::next_due_index(const std::vector<int>& codePoints, int from, int step) const {
     const int count = static_cast<int>(codePoints.size());
     if (count == 0 || step == 0) return -1;
-    const qint64 day = today();
+    const int day = local_today();
     step = step > 0 ? 1 : -1;
     for (int i = 1; i <= count; ++i) {
         const int index = (((from + i * step) % count) + count) % count;
-        if (ProgressRules::is_due(summary(codePoints[static_cast<size_t>(index)]), day)) return index;
+        if (ProgressRules::is_due(card(codePoints[static_cast<size_t>(index)]), day)) return index;
     }
     return -1;
 }
@@ -767,17 +916,103 @@ QString ProgressStore::reset() {
         return {};
     }
     std::vector<std::function<QSqlQuery*()>> steps;
-    for (const char* table : {"traces", "completions", "summary", "days"})
+    for (const char* table : {"traces", "completions", "summary", "days", "cards", "reviews", "sessions"})
         steps.emplace_back([&query, table]() -> QSqlQuery* {
             return query.exec(QStringLiteral("DELETE FROM %1").arg(QLatin1String(table))) ? nullptr : &query;
         });
     if (write(QStringLiteral("reset"), steps) != WriteResult::DONE) return {};
     db->summaries.clear();
+    db->cards.clear();
     // Ids start again from 1 in an emptied table.
     db->attemptFrom.clear();
     db->lastTraceId = db->openedAtTraceId = 0;
     pp_info("ProgressStore::reset, history emptied, backup in '$'", backup);
     return backup;
+}
+
+std::vector<int> ProgressStore::introduced_on(int day) const {
+    std::vector<int> introduced;
+    if (!db || !db->cards.size()) return introduced;
+    QSqlQuery query(db->connection);
+    query.prepare(QStringLiteral("SELECT code_point FROM reviews WHERE day = ? AND state = ? ORDER BY id"));
+    query.addBindValue(day);
+    query.addBindValue(static_cast<int>(review::CardState::NEW));
+    if (!query.exec()) return introduced;
+    while (query.next()) introduced.push_back(query.value(0).toInt());
+    return introduced;
+}
+
+int ProgressStore::reviews_on(int day) const {
+    if (!db || !db->cards.size()) return 0;
+    QSqlQuery query(db->connection);
+    query.prepare(QStringLiteral("SELECT COUNT(*) FROM reviews WHERE day = ? AND state = ?"));
+    query.addBindValue(day);
+    query.addBindValue(static_cast<int>(review::CardState::REVIEW));
+    return query.exec() && query.next() ? query.value(0).toInt() : 0;
+}
+
+int ProgressStore::streak() const {
+    if (!db) return 0;
+    QSqlQuery query(db->connection);
+    query.setForwardOnly(true);
+    const int today = local_today();
+    query.prepare(QStringLiteral("SELECT DISTINCT day FROM sessions WHERE day <= ? ORDER BY day DESC"));
+    query.addBindValue(today);
+    if (!query.exec()) return 0;
+    int streak = 0;
+    // Today's session may still be ahead: a streak up to yesterday holds.
+    int expected = today;
+    while (query.next()) {
+        const int day = query.value(0).toInt();
+        if (streak == 0 && day == today - 1) expected = day;
+        if (day != expected) break;
+        ++streak;
+        --expected;
+    }
+    return streak;
+}
+
+std::vector<int> ProgressStore::due_forecast(int days) const {
+    std::vector<int> counts(static_cast<size_t>(std::max(0, days)), 0);
+    if (!db || counts.empty()) return counts;
+    const int today = local_today();
+    for (const auto& [codePoint, card] : db->cards) {
+        if (card.state == review::CardState::NEW) continue;
+        const int offset = std::max(0, card.due - today);
+        if (offset < days) ++counts[static_cast<size_t>(offset)];
+    }
+    return counts;
+}
+
+std::optional<double> ProgressStore::measured_retention(int days) const {
+    if (!db || days <= 0 || db->cards.empty()) return std::nullopt;
+    QSqlQuery query(db->connection);
+    // Reviews of introduced characters only: a first sight tests no memory.
+    query.prepare(QStringLiteral(
+        "SELECT COUNT(*), SUM(rating <> ?) FROM reviews WHERE state = ? AND day BETWEEN ? AND ?"));
+    const int today = local_today();
+    query.addBindValue(static_cast<int>(review::Rating::AGAIN));
+    query.addBindValue(static_cast<int>(review::CardState::REVIEW));
+    query.addBindValue(today - days + 1);
+    query.addBindValue(today);
+    if (!query.exec() || !query.next() || query.value(0).toInt() == 0) return std::nullopt;
+    return query.value(1).toDouble() / query.value(0).toDouble();
+}
+
+std::optional<int> ProgressStore::median_recall_ms(int codePoint) const {
+    if (!db || !db->cards.count(codePoint)) return std::nullopt;
+    QSqlQuery query(db->connection);
+    query.setForwardOnly(true);
+    query.prepare(
+        QStringLiteral("SELECT duration_ms FROM reviews WHERE code_point = ? AND recall = 1 ORDER BY duration_ms"));
+    query.addBindValue(codePoint);
+    if (!query.exec()) return std::nullopt;
+    std::vector<int> durations;
+    while (query.next()) durations.push_back(query.value(0).toInt());
+    if (durations.empty()) return std::nullopt;
+    const size_t mid = durations.size() / 2;
+    // An even count: the mean of the middle two, rounded down.
+    return durations.size() % 2 ? durations[mid] : (durations[mid - 1] + durations[mid]) / 2;
 }
 
 }  // namespace morvel::progress

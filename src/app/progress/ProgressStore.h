@@ -18,9 +18,11 @@
 #include <functional>
 #include <map>
 #include <memory>
+#include <optional>
 #include <vector>
 
 #include "app/progress/ProgressTypes.h"
+#include "app/review/Scheduler.h"
 
 class QSqlQuery;
 class QThread;
@@ -79,7 +81,17 @@ public:
     /// recording. It is written before the call returns unless the file is busy, failing or
     /// still being checked.
     bool record_trace(const TraceRecord& trace);
+    /// A character's first completion also starts its card: a review rated GOOD, or HARD when a
+    /// hint was shown. Later completions are practice, not reviews.
     bool record_completion(const CompletionRecord& completion);
+    /// A graded review: the character's card moves on by the scheduler, in the same transaction.
+    bool record_review(const ReviewRecord& review);
+    /// A day's session was finished; the streak counts the days with one.
+    bool record_session_finished(const SessionRecord& session = {});
+    /// The desired retention that plans the next due days (0.80 .. 0.95); other values are
+    /// logged and replaced by the default.
+    void set_retention(double retention);
+    double retention() const { return scheduler.retention(); }
     /// A new attempt at `codePoint` begins: whether its next completion was aided is decided
     /// from the traces recorded after this call only.
     void begin_attempt(int codePoint);
@@ -97,6 +109,11 @@ public:
     CharSummary summary(int codePoint) const;
     std::vector<CharSummary> summaries() const;
     Mastery mastery(int codePoint) const;
+    /// The character's card; a NEW card for characters never reviewed.
+    review::Card card(int codePoint) const;
+    /// Every character's card, by code point.
+    std::map<int, review::Card> cards() const;
+    /// Due: its card's due day is today or earlier.
     bool is_due(int codePoint) const;
     /// The due ones among `codePoints`, in their order.
     std::vector<int> due_among(const std::vector<int>& codePoints) const;
@@ -109,6 +126,23 @@ public:
     std::map<int, ScoreStats> score_stats() const;
     /// Today's Julian day by the store's clock.
     qint64 today() const;
+    /// Today as the scheduler counts local days (from 1970-01-01), by the store's clock.
+    int local_today() const;
+
+    /// The characters first reviewed as new on local `day`, in the order they were.
+    std::vector<int> introduced_on(int day) const;
+    /// Reviews of characters already introduced, done on local `day`.
+    int reviews_on(int day) const;
+    /// Consecutive local days with a finished session, ending today, or yesterday when none
+    /// was finished today yet.
+    int streak() const;
+    /// Reviews falling due on each of the next `days` days from today; overdue ones count today.
+    std::vector<int> due_forecast(int days = 30) const;
+    /// The share of reviews not rated AGAIN over the last `days` days up to today, counting the
+    /// reviews of characters already introduced (a first sight tests no memory); none without.
+    std::optional<double> measured_retention(int days = 30) const;
+    /// The median duration of the character's graded recalls; none when it has none.
+    std::optional<int> median_recall_ms(int codePoint) const;
 
     /// Empties the history after copying the file to `progress.sqlite.backup-<UTC date-time>`
     /// next to it (with a counter when that name is taken). Returns the copy's path, or an empty
@@ -134,11 +168,18 @@ private:
     QSqlQuery* add_to_day(qint64 day, int completions, int traces, int accepted);
     WriteResult write_trace(const TraceRecord& trace);
     WriteResult write_completion(const CompletionRecord& completion);
+    WriteResult write_review(const ReviewRecord& review);
+    WriteResult write_session(const SessionRecord& session);
+    QSqlQuery* read_card(int codePoint, review::Card& into);
+    /// Inserts the review row and stores the card after it; `card` is the card before.
+    QSqlQuery* add_review(const ReviewRecord& review, bool recall, review::Card& card);
+    void load_cards();
     void write_left_over();
     qint64 now() const;
     WriteResult write_failed(const QString& what, const QSqlQuery& failed);
 
     Clock clock;
+    review::Scheduler scheduler;
     std::unique_ptr<Db> db;
     std::unique_ptr<WriteQueue> queue;
     std::unique_ptr<QThread> checker;

@@ -5,6 +5,8 @@
 #include <QString>
 #include <cstdint>
 
+#include "app/review/Card.h"
+
 namespace morvel::progress {
 
 /// Reasons a trace was rejected, as stored in the database and shared with the trace classifier.
@@ -56,6 +58,20 @@ struct CompletionRecord {
     int round = 1;
     /// The character's score 0 .. 100; -1 when unscored.
     int score = -1;
+};
+
+/// One graded review of a character: a recall the learner graded, or the first time the
+/// character was finished in learn mode. `timeMs` 0 means "now" by the store's clock.
+struct ReviewRecord {
+    qint64 timeMs = 0;
+    int codePoint = 0;
+    review::Rating rating = review::Rating::GOOD;
+    int durationMs = 0;
+};
+
+/// A day's session was finished. `timeMs` 0 means "now" by the store's clock.
+struct SessionRecord {
+    qint64 timeMs = 0;
 };
 
 enum class Mastery { NEW, LEARNING, KNOWN };

@@ -21,7 +21,7 @@ struct AttemptStart {
 
 class WriteQueue {
 public:
-    using Item = std::variant<TraceRecord, CompletionRecord, AttemptStart>;
+    using Item = std::variant<TraceRecord, CompletionRecord, AttemptStart, ReviewRecord, SessionRecord>;
     enum class Outcome { WRITTEN, BUSY, FAILED };
     /// Failing: writes fail (or the file has stayed busy for BUSY_NOTICE_MS). Caught up: after
     /// that, everything queued has been written.
