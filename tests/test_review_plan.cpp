@@ -4,6 +4,7 @@
 
 #include <QDateTime>
 #include <QTimeZone>
+#include <algorithm>
 #include <map>
 #include <string>
 #include <vector>
@@ -92,7 +93,8 @@ struct Store {
         {U'y', 11, reviewed(20.0, 95, 100)},  // due today, well held
         {U'z', 12, reviewed(5.0, 99, 101)},   // due tomorrow
     };
-    std::map<int, int> introduced, reviewedOn;
+    std::map<int, std::vector<char32_t>> introduced;
+    std::map<int, int> reviewedOn;
 };
 
 struct Action {
@@ -130,40 +132,46 @@ TEST(ReviewPlan, PlaysSessions) {
     struct Row {
         const char* name;
         int limit;
-        int introducedBefore;
+        std::vector<char32_t> introducedBefore;  ///< earlier today, before this run
         std::vector<Action> actions;
     };
     const std::vector<Row> rows = {
         {"due reviews lowest recall first, then new in level order",
          10,
-         0,
+         {},
          {progress(0, 0, 5), next(K::REVIEW, U'x'), grade(U'x'), next(K::REVIEW, U'y'), grade(U'y'),
           next(K::NEW, U'a'), introduce(U'a'), next(K::NEW, U'a'), progress(2, 1, 3), grade(U'a'),
           next(K::NEW, U'b'), progress(2, 1, 2)}},
         {"the daily limit counts what was introduced before",
          5,
-         4,
+         {U'p', U'q', U'r', U's'},
          {next(K::REVIEW, U'x'), grade(U'x'), next(K::REVIEW, U'y'), grade(U'y'), next(K::NEW, U'a'),
           introduce(U'a'), grade(U'a'), next(K::DONE), progress(2, 5, 0)}},
         {"a new character graded without introduction counts against the limit",
          5,
-         4,
+         {U'p', U'q', U'r', U's'},
          {grade(U'c'), progress(0, 5, 2), grade(U'x'), grade(U'y'), next(K::DONE)}},
         {"after midnight the limit starts afresh and tomorrow's reviews come due",
          5,
-         5,
+         {U'p', U'q', U'r', U's', U't'},
          {grade(U'x'), grade(U'y'), next(K::DONE), set_day(TODAY + 1), progress(0, 0, 4),
           next(K::REVIEW, U'z'), grade(U'z'), next(K::NEW, U'a')}},
         {"a restart in the middle resumes with the same counts",
          5,
-         3,
+         {U'p', U'q', U'r'},
          {next(K::REVIEW, U'x'), grade(U'x'), restart(), progress(1, 3, 3), next(K::REVIEW, U'y'),
           grade(U'y'), introduce(U'a'), grade(U'a'), restart(), progress(2, 4, 1), next(K::NEW, U'b'),
           introduce(U'b'), grade(U'b'), restart(), next(K::DONE)}},
         {"a restart across midnight starts the new day",
          5,
-         5,
+         {U'p', U'q', U'r', U's', U't'},
          {grade(U'x'), grade(U'y'), set_day(TODAY + 1), restart(), progress(0, 0, 4), next(K::REVIEW, U'z')}},
+        {"introduced, not graded before a restart: it comes back first and counts once",
+         5,
+         {U'p', U'q', U'r'},
+         {grade(U'x'), grade(U'y'), next(K::NEW, U'a'), introduce(U'a'), restart(), progress(2, 4, 2),
+          next(K::NEW, U'a'), introduce(U'a'), grade(U'a'), progress(2, 4, 1), next(K::NEW, U'b'), introduce(U'b'),
+          grade(U'b'), next(K::DONE), progress(2, 5, 0)}},
     };
     const Scheduler scheduler;
     for (const Row& row : rows) {
@@ -183,14 +191,21 @@ TEST(ReviewPlan, PlaysSessions) {
                 case Action::NEXT:
                     EXPECT_EQ(plan.next(), a.step) << where;
                     break;
-                case Action::INTRODUCE:
+                case Action::INTRODUCE: {
                     plan.introduced(a.codePoint);
-                    ++store.introduced[today];
+                    std::vector<char32_t>& shown = store.introduced[today];
+                    if (std::find(shown.begin(), shown.end(), a.codePoint) == shown.end())
+                        shown.push_back(a.codePoint);
                     break;
+                }
                 case Action::GRADE:
                     for (PlanCard& c : store.cards) {
                         if (c.codePoint != a.codePoint) continue;
-                        if (c.card.state != CardState::NEW) ++store.reviewedOn[today];
+                        std::vector<char32_t>& shown = store.introduced[today];
+                        if (c.card.state != CardState::NEW)
+                            ++store.reviewedOn[today];
+                        else if (std::find(shown.begin(), shown.end(), a.codePoint) == shown.end())
+                            shown.push_back(a.codePoint);
                         c.card = plan.graded(a.codePoint, Rating::GOOD);
                         EXPECT_EQ(c.card.lastReview, today) << where;
                     }

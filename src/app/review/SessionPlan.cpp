@@ -17,7 +17,7 @@ bool due_on(const Card& card, int day) {
 }  // namespace
 
 SessionPlan::SessionPlan(const Scheduler& scheduler, std::function<int()> today, std::vector<PlanCard> cards,
-                         int newLimit, int introducedToday, int reviewedToday)
+                         int newLimit, std::vector<char32_t> introducedBefore, int reviewedToday)
     : scheduler(&scheduler), today(std::move(today)), cards_(std::move(cards)) {
     if (std::find(NEW_LIMITS.begin(), NEW_LIMITS.end(), newLimit) == NEW_LIMITS.end()) {
         ki::pp_warn("SessionPlan::SessionPlan, new limit $ not offered, using $", newLimit,
@@ -25,7 +25,6 @@ SessionPlan::SessionPlan(const Scheduler& scheduler, std::function<int()> today,
         newLimit = DEFAULT_NEW_LIMIT;
     }
     this->newLimit = newLimit;
-    this->introducedToday = std::max(0, introducedToday);
     this->reviewedToday = std::max(0, reviewedToday);
     std::stable_sort(cards_.begin(), cards_.end(),
                      [](const PlanCard& a, const PlanCard& b) { return a.order < b.order; });
@@ -35,13 +34,18 @@ SessionPlan::SessionPlan(const Scheduler& scheduler, std::function<int()> today,
                         static_cast<unsigned>(cards_[i].codePoint));
     }
     day = this->today();
+    for (const char32_t codePoint : introducedBefore) {
+        introducedToday.insert(codePoint);
+        const PlanCard* c = find(codePoint);
+        if (!pending && c && c->card.state == CardState::NEW) pending = codePoint;
+    }
 }
 
 int SessionPlan::roll_day() {
     const int now = today();
     if (now != day) {
         day = now;
-        introducedToday = 0;
+        introducedToday.clear();
         reviewedToday = 0;
     }
     return day;
@@ -72,7 +76,7 @@ PlanStep SessionPlan::next() {
         }
     }
     if (review) return {PlanStep::Kind::REVIEW, review->codePoint};
-    if (fresh && introducedToday < newLimit) return {PlanStep::Kind::NEW, fresh->codePoint};
+    if (fresh && static_cast<int>(introducedToday.size()) < newLimit) return {PlanStep::Kind::NEW, fresh->codePoint};
     return {};
 }
 
@@ -83,9 +87,8 @@ void SessionPlan::introduced(char32_t codePoint) {
         ki::pp_warn("SessionPlan::introduced, $ is not a new character", static_cast<unsigned>(codePoint));
         return;
     }
-    if (pending == codePoint) return;
     pending = codePoint;
-    ++introducedToday;
+    introducedToday.insert(codePoint);
 }
 
 Card SessionPlan::graded(char32_t codePoint, Rating rating) {
@@ -96,7 +99,7 @@ Card SessionPlan::graded(char32_t codePoint, Rating rating) {
         return {};
     }
     if (c->card.state == CardState::NEW) {
-        if (pending != codePoint) ++introducedToday;
+        introducedToday.insert(codePoint);
     } else {
         ++reviewedToday;
     }
@@ -114,8 +117,9 @@ PlanProgress SessionPlan::progress() {
         else if (c.card.state == CardState::NEW && c.codePoint != pending)
             ++fresh;
     }
-    const int newLeft = std::min(fresh, std::max(0, newLimit - introducedToday));
-    return {reviewedToday, introducedToday, due + (pending ? 1 : 0) + newLeft};
+    const int introduced = static_cast<int>(introducedToday.size());
+    const int newLeft = std::min(fresh, std::max(0, newLimit - introduced));
+    return {reviewedToday, introduced, due + (pending ? 1 : 0) + newLeft};
 }
 
 }  // namespace morvel::review

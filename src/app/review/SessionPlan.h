@@ -7,6 +7,7 @@
 #include <array>
 #include <functional>
 #include <unordered_map>
+#include <unordered_set>
 #include <utility>
 #include <vector>
 
@@ -46,11 +47,12 @@ public:
     static constexpr int DEFAULT_NEW_LIMIT = 10;
 
     /// `today` answers the learner's current local day (LocalDay over the clock and time zone).
-    /// `introducedToday` and `reviewedToday` are what the stored history holds for that day, so
-    /// that the daily limit holds across restarts. A new limit not in NEW_LIMITS is logged and
-    /// replaced by the default.
+    /// `introducedToday` (the characters) and `reviewedToday` are what the stored history holds
+    /// for that day, so that the daily limit holds across restarts: a character introduced before
+    /// a restart and still new comes next, and counts once. A new limit not in NEW_LIMITS is
+    /// logged and replaced by the default.
     SessionPlan(const Scheduler& scheduler, std::function<int()> today, std::vector<PlanCard> cards,
-                int newLimit, int introducedToday = 0, int reviewedToday = 0);
+                int newLimit, std::vector<char32_t> introducedToday = {}, int reviewedToday = 0);
 
     /// The next step. A new character introduced and not yet graded stays the next step.
     PlanStep next();
@@ -76,7 +78,7 @@ private:
     std::unordered_map<char32_t, size_t> indexOf;
     int newLimit = DEFAULT_NEW_LIMIT;
     int day = 0;
-    int introducedToday = 0;
+    std::unordered_set<char32_t> introducedToday;
     int reviewedToday = 0;
     char32_t pending = 0;  ///< Introduced, not yet graded.
 };
