@@ -314,6 +314,77 @@ TEST_F(ProgressTest, ThirdLayoutReplaysCompletionsAsReviews) {
     QSqlDatabase::removeDatabase(QStringLiteral("check"));
 }
 
+// What the daily session and the progress panel ask of the history, on an injected clock.
+TEST_F(ProgressTest, SessionAndPanelQueries) {
+    ASSERT_EQ(store.open(dir.path()), ProgressStore::Status::WRITABLE);
+    const int first = ProgressRules::local_day_of(BASE_MS);
+    const auto review = [&](int day, int cp, Rating rating, int ms = 4000) {
+        ASSERT_TRUE(store.record_review(ReviewRecord{BASE_MS + day * DAY_MS + 3'600'000, cp, rating, ms}));
+    };
+    practise(store, {{0, CLEAN}}, CP);  // a first review from learn mode: no recall
+    review(0, CP2, Rating::AGAIN, 9000);
+    review(2, CP, Rating::AGAIN, 1000);
+    review(3, CP, Rating::GOOD, 3000);
+    review(3, CP2, Rating::GOOD, 5000);
+    review(40, CP, Rating::GOOD, 4000);
+
+    EXPECT_EQ(store.introduced_on(first), (std::vector<int>{CP, CP2})) << "the characters, in order";
+    EXPECT_EQ(store.introduced_on(first + 3), std::vector<int>{});
+    EXPECT_EQ(store.reviews_on(first + 3), 2);
+    EXPECT_EQ(store.median_recall_ms(CP), 3000) << "learn mode's first completion is no recall";
+    EXPECT_EQ(store.median_recall_ms(CP2), 7000) << "an even count takes the middle two";
+    EXPECT_EQ(store.median_recall_ms(0x5927), std::nullopt);
+
+    const struct {
+        const char* name;
+        int day;
+        std::optional<double> retention;
+    } retained[] = {
+        {"first sights are no test of memory", 1, std::nullopt},
+        {"again counts against", 3, 2.0 / 3.0},
+        {"thirty days back only", 45, 1.0},
+        {"nothing in the last thirty days", 80, std::nullopt},
+    };
+    for (const auto& row : retained) {
+        set_day(row.day);
+        EXPECT_EQ(store.measured_retention(), row.retention) << row.name;
+    }
+
+    set_day(200);
+    std::vector<int> overdue(30, 0);
+    overdue[0] = 2;
+    EXPECT_EQ(store.due_forecast(), overdue) << "overdue counts today";
+    set_day(40);
+    const std::vector<int> ahead = store.due_forecast();
+    const int inDays = store.card(CP).due - store.local_today();
+    ASSERT_GT(inDays, 0) << "just reviewed";
+    ASSERT_LT(inDays, 30);
+    EXPECT_EQ(ahead[0], 1) << "the other, overdue";
+    EXPECT_EQ(ahead[static_cast<size_t>(inDays)], 1);
+
+    const struct {
+        const char* name;
+        std::vector<int> sessionDays;
+        int today, streak;
+    } streaks[] = {
+        {"no session", {}, 10, 0},
+        {"today and the two days before", {8, 9, 10}, 10, 3},
+        {"up to yesterday still holds", {8, 9}, 10, 2},
+        {"a gap ends it", {5, 7, 8, 9, 10}, 10, 4},
+        {"two days ago is broken", {7, 8}, 10, 0},
+        {"two sessions on a day count once", {9, 9, 10}, 10, 2},
+    };
+    for (const auto& row : streaks) {
+        QTemporaryDir rowDir;
+        ProgressStore sessions([this] { return nowMs; });
+        ASSERT_EQ(sessions.open(rowDir.path()), ProgressStore::Status::WRITABLE);
+        for (int day : row.sessionDays)
+            ASSERT_TRUE(sessions.record_session_finished(SessionRecord{BASE_MS + day * DAY_MS + 3'600'000}));
+        set_day(row.today);
+        EXPECT_EQ(sessions.streak(), row.streak) << row.name;
+    }
+}
+
 // Not run on its own: the durability test below starts it in a child process.
 TEST(ProgressChild, DISABLED_RecordThenKilled) {
     ProgressStore child;
@@ -321,6 +392,7 @@ TEST(ProgressChild, DISABLED_RecordThenKilled) {
     for (int stroke = 0; stroke < 5; ++stroke)
         child.record_trace(TraceRecord{0, 1, CP, stroke, stroke != 2, {}, 80, 0, false});
     child.record_completion(CompletionRecord{0, 1, CP, 3.0, 1, 1});
+    child.record_review(ReviewRecord{0, CP2, Rating::HARD, 2500});
     ::kill(::getpid(), SIGKILL);
 }
 
@@ -340,6 +412,8 @@ TEST_F(ProgressTest, JudgedTracesSurviveAKillAndASecondInstance) {
     ASSERT_EQ(second.open(dir.path()), ProgressStore::Status::WRITABLE);
     EXPECT_EQ(store.summary(CP).completions, 1);
     EXPECT_EQ(store.summary(CP).misses, 1);
+    EXPECT_EQ(store.card(CP).reps, 1) << "the first completion's review";
+    EXPECT_EQ(store.median_recall_ms(CP2), 2500) << "the graded recall";
     for (int i = 0; i < 20; ++i)
         ASSERT_TRUE((i % 2 ? store : second).record_trace(TraceRecord{0, 1, CP2, i, true, {}, 80, 0, false}));
     store.close();
