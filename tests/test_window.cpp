@@ -556,6 +556,15 @@ TEST_F(WindowTest, StoredOptionsFromEveryMenuItemAndFromAHostileStore) {
          [](Window& w) { return !canvas_of(w)->is_show_my_strokes(); }},
         {"practice rounds on", true, {"Practice", "Practice rounds"}, "practiceRounds", true,
          [](Window& w) { return w.get_control().state().rounds == 3; }},
+        {"retention 85 % plans the reviews", true, {"Practice", "Desired retention", "85 %"}, "practiceRetention", 85,
+         [](Window& w) { return w.get_recorder().store() != nullptr && w.get_recorder().store()->retention() == 0.85; }},
+        {"20 new characters a day", true, {"Practice", "New characters per day", "20"}, "practiceNewPerDay", 20,
+         [](Window& w) { return w.get_options().newPerDay == 20; }},
+        {"start with today's session on", true, {"Practice", "Start with today's session"}, "practiceStartToday", true,
+         [](Window& w) { return w.get_options().startWithToday; }},
+        {"a retention not offered", true, {}, "practiceRetention", 83,
+         [](Window& w) { return w.get_recorder().store() != nullptr && w.get_recorder().store()->retention() == 0.90; },
+         "practiceRetention:83"},
         {"show unicode on", true, {"Show Unicode"}, "flagShowUnicode", true, [](Window& w) {
              settle();
              ki::qt::GPanel* row = list_of(w)->get_row_widget(list_of(w)->get_index_win_top());

@@ -409,6 +409,7 @@ void Window::apply_options(const LessonOptions& next) {
     flow.set_options(next);
     feedback.set_enabled(next.feedbackSounds);
     review.set_on(next.reviewDue);
+    recorder->set_retention(next.desiredRetention / 100.0);
     if (controls != nullptr && next.reviewDue != before.reviewDue) update_progress_view();
     canvas->update();
 }

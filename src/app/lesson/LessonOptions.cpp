@@ -6,9 +6,11 @@
 #include <QVariant>
 #include <algorithm>
 #include <limits>
+#include <span>
 #include <variant>
 
 #include "app/Level.h"
+#include "app/review/SessionPlan.h"
 
 namespace morvel::prog2 {
 
@@ -19,6 +21,7 @@ enum class Fix {
     CLAMP,    // the nearest allowed value
     DEFAULT,  // the default: no nearby value means what was meant
     MASK,     // unknown bits dropped, known ones kept
+    CHOICE,   // one of the values offered, else the default
 };
 
 using Field = std::variant<bool LessonOptions::*, int LessonOptions::*, unsigned int LessonOptions::*>;
@@ -30,6 +33,7 @@ struct Row {
     long long min = std::numeric_limits<int>::min();
     long long max = std::numeric_limits<int>::max();  // with MASK: the known bits
     const char* bits = "";                             // with MASK: what the bits are called
+    std::span<const int> choices = {};                 // with CHOICE: the values offered
 };
 
 const LessonOptions DEFAULTS;
@@ -61,6 +65,9 @@ const Row ROWS[] = {
     {"practiceRounds", &LessonOptions::practiceRounds},
     {"practiceReviewDue", &LessonOptions::reviewDue},
     {"practiceShowMyStrokes", &LessonOptions::showMyStrokes},
+    {"practiceRetention", &LessonOptions::desiredRetention, Fix::CHOICE, 80, 95, "", LessonOptions::RETENTION_CHOICES},
+    {"practiceNewPerDay", &LessonOptions::newPerDay, Fix::CHOICE, 5, 40, "", review::SessionPlan::NEW_LIMITS},
+    {"practiceStartToday", &LessonOptions::startWithToday},
 };
 // clang-format on
 
@@ -81,9 +88,15 @@ T checked(const Row& row, T value, T fallback) {
             case Fix::DEFAULT:
                 if (v < row.min || v > row.max) fixed = static_cast<long long>(fallback);
                 break;
+            case Fix::CHOICE:
+                if (std::find(row.choices.begin(), row.choices.end(), v) == row.choices.end())
+                    fixed = static_cast<long long>(fallback);
+                break;
         }
         if (fixed != v && row.fix == Fix::MASK)
             ki::pp_warn("LessonOptions::load, unknown $ bits in $, keeping $", row.bits, v, fixed);
+        else if (fixed != v && row.fix == Fix::CHOICE)
+            ki::pp_warn("LessonOptions::load, $:$ is not offered, using $", row.key, v, fixed);
         else if (fixed != v)
             ki::pp_warn("LessonOptions::load, $:$ outside $..$, using $", row.key, v, row.min, row.max, fixed);
         return static_cast<T>(fixed);

@@ -64,6 +64,13 @@ struct LessonOptions {
     bool reviewDue = false;
     /// The learner's accepted traces stay drawn over the traced strokes.
     bool showMyStrokes = true;
+    /// The chance of recall, in percent, at which a character falls due again.
+    static constexpr int RETENTION_CHOICES[] = {80, 85, 90, 95};
+    int desiredRetention = 90;
+    /// New characters a day's session introduces at most (one of the session plan's limits).
+    int newPerDay = 10;
+    /// The program opens with today's session when anything is due.
+    bool startWithToday = false;
 
     bool operator==(const LessonOptions&) const = default;
 

@@ -11,6 +11,7 @@
 #include "app/Level.h"
 #include "app/morvel.h"
 #include "app/practice/PracticeTexts.h"
+#include "app/review/SessionPlan.h"
 #include "app/stroke/ControlAnim.h"
 #include "app/worksheet/WorksheetDialog.h"
 
@@ -81,6 +82,18 @@ void fill_practice_menu(GMenu* menu, const OptionsMenuHost& host) {
     gen_flag(practice, host,
              tt("Review due characters", "Fällige Zeichen wiederholen", "Повторять иероглифы по расписанию"),
              &LessonOptions::reviewDue);
+    std::vector<std::pair<int, QString>> retentions;
+    for (const int percent : LessonOptions::RETENTION_CHOICES)
+        retentions.emplace_back(percent, QStringLiteral("%1 %").arg(percent));
+    gen_choice(practice, host, tt("Desired retention", "Gewünschte Erinnerungsquote", "Желаемое запоминание"),
+               &LessonOptions::desiredRetention, retentions);
+    std::vector<std::pair<int, QString>> perDay;
+    for (const int count : review::SessionPlan::NEW_LIMITS) perDay.emplace_back(count, QString::number(count));
+    gen_choice(practice, host, tt("New characters per day", "Neue Zeichen pro Tag", "Новых иероглифов в день"),
+               &LessonOptions::newPerDay, perDay);
+    gen_flag(practice, host,
+             tt("Start with today's session", "Mit der heutigen Sitzung beginnen", "Начинать с сегодняшнего занятия"),
+             &LessonOptions::startWithToday);
     practice->gen_separator();
     practice->gen_action(label_text(L::AGAIN), [host]() { host.again(); });
 }
