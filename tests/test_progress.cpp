@@ -518,6 +518,8 @@ TEST_F(ProgressTest, CsvExportHoldsTracesAndCompletionsWithTextQuoted) {
             {"completion", QDateTime::fromMSecsSinceEpoch(c.timeMs, Qt::UTC).toString(Qt::ISODateWithMs), "2",
              QString::number(CP2), QString(QChar(CP2)), "", "", "", "", "", "", "12.25", "3", "2"});
     }
+    const ReviewRecord recall{at += 1000, CP2, Rating::AGAIN, 1234};
+    ASSERT_TRUE(store.record_review(recall));
     const QString csv = dir.filePath("out.csv");
     ASSERT_EQ(ProgressCsv::write(store.file_path(), csv), QString());
     const std::vector<QStringList> rows = parse_csv(QString::fromUtf8(read_file(csv)));
@@ -527,6 +529,14 @@ TEST_F(ProgressTest, CsvExportHoldsTracesAndCompletionsWithTextQuoted) {
         SCOPED_TRACE(texts[i / 2].name);
         EXPECT_EQ(rows[i + 1], expected[i]);
     }
+    // The review log beside it: the first completion (a hint was shown: hard, new) and the recall.
+    const QString cp = QString::number(CP2);
+    EXPECT_EQ(parse_csv(QString::fromUtf8(read_file(dir.filePath("out-reviews.csv")))),
+              (std::vector<QStringList>{
+                  {"card_id", "review_time", "review_rating", "review_state", "review_duration"},
+                  {cp, QString::number(BASE_MS + 2000), "2", "0", "12250"},
+                  {cp, QString::number(recall.timeMs), "1", "2", "1234"},
+              }));
 }
 
 // Each round counts its own misses and hints: a fault that carried round 1's misses into round 2

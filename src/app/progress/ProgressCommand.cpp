@@ -36,7 +36,8 @@ int ProgressCommand::run(int argc, char** argv) {
         Headless::print(1, QStringLiteral("quenlo: %1").arg(error));
         return 1;
     }
-    Headless::print(0, QStringLiteral("quenlo: progress written to '%1'").arg(cli::printable(target)));
+    Headless::print(0, QStringLiteral("quenlo: progress written to '%1' and '%2'")
+                           .arg(cli::printable(target), cli::printable(ProgressCsv::reviews_path(target))));
     return 0;
 }
 

@@ -34,6 +34,10 @@ const char* const HISTORY =
     " seconds, misses, round, id FROM completions"
     " ORDER BY 2, 1, 14";
 
+// The columns an FSRS optimizer reads; the state uses the scheduler's numbers (0 new, 2 review).
+const char* const REVIEWS =
+    "SELECT code_point, time_ms, rating, state, duration_ms FROM reviews ORDER BY time_ms, id";
+
 QString error_text(const QSqlError& error) {
     const QString text = error.databaseText().trimmed();
     return text.isEmpty() ? error.text().trimmed() : text;
@@ -97,12 +101,46 @@ QString copy_history(QSqlDatabase& db, QIODevice& out) {
     return {};
 }
 
+/// Streams the graded reviews into `out`, after `copy_history` has checked the file. A layout
+/// without reviews gives none: it gets them when the program next opens it.
+QString copy_reviews(QSqlDatabase& db, QIODevice& out) {
+    if (ProgressSchema::version_of(db) < 4) return {};
+    QSqlQuery query(db);
+    query.setForwardOnly(true);
+    if (!query.exec(QString::fromLatin1(REVIEWS))) return error_text(query.lastError());
+    QByteArray chunk;
+    while (query.next()) {
+        QStringList fields;
+        for (int column = 0; column < 5; ++column) fields << query.value(column).toString();
+        chunk += fields.join(QLatin1Char(',')).toUtf8() + '\n';
+        if (chunk.size() > 1 << 16) {
+            out.write(chunk);
+            chunk.clear();
+        }
+    }
+    if (query.lastError().isValid()) return error_text(query.lastError());
+    out.write(chunk);
+    return {};
+}
+
 }  // namespace
 
 QString ProgressCsv::header() {
     return QStringLiteral(
         "kind,time,level,code_point,character,stroke_index,accepted,reason,tolerance,aids,hint_shown,seconds,"
         "misses,round");
+}
+
+QString ProgressCsv::reviews_header() {
+    return QStringLiteral("card_id,review_time,review_rating,review_state,review_duration");
+}
+
+QString ProgressCsv::reviews_path(const QString& target) {
+    const QFileInfo info(target);
+    const QString base = info.suffix().compare(QLatin1String("csv"), Qt::CaseInsensitive) == 0
+                             ? target.left(target.size() - 4)
+                             : target;
+    return base + QStringLiteral("-reviews.csv");
 }
 
 QString ProgressCsv::field(const QString& text) {
@@ -114,14 +152,21 @@ QString ProgressCsv::field(const QString& text) {
 }
 
 QString ProgressCsv::write(const QString& history, const QString& target) {
-    const auto cannot_write = [&](const QString& reason) {
+    const auto cannot_write = [&](const QString& path, const QString& reason) {
         return tt("Cannot write '%1': %2.", "'%1' kann nicht geschrieben werden: %2.",
                   "Не удаётся записать '%1': %2.")
-            .arg(cli::printable(target), reason);
+            .arg(cli::printable(path), reason);
     };
+    const QString reviewsTarget = reviews_path(target);
     SafeSave file(target);
-    if (!file.open()) return cannot_write(file.reason());
+    if (!file.open()) return cannot_write(target, file.reason());
+    SafeSave reviews(reviewsTarget);
+    if (!reviews.open()) {
+        file.cancel();
+        return cannot_write(reviewsTarget, reviews.reason());
+    }
     file.device().write(header().toUtf8() + '\n');
+    reviews.device().write(reviews_header().toUtf8() + '\n');
 
     QString unreadable;
     if (QFileInfo::exists(history)) {
@@ -131,18 +176,24 @@ QString ProgressCsv::write(const QString& history, const QString& target) {
             db.setDatabaseName(history);
             db.setConnectOptions(QStringLiteral("QSQLITE_OPEN_READONLY;QSQLITE_BUSY_TIMEOUT=2000"));
             unreadable = copy_history(db, file.device());
+            if (unreadable.isEmpty()) unreadable = copy_reviews(db, reviews.device());
             db.close();
         }
         QSqlDatabase::removeDatabase(name);
     }
     if (!unreadable.isEmpty()) {
         file.cancel();
+        reviews.cancel();
         return tt("The practice history '%1' cannot be read: %2.",
                   "Der Übungsverlauf '%1' kann nicht gelesen werden: %2.",
                   "Историю занятий '%1' не удаётся прочитать: %2.")
             .arg(cli::printable(history), unreadable);
     }
-    if (!file.commit()) return cannot_write(file.reason());
+    if (!file.commit()) {
+        reviews.cancel();
+        return cannot_write(target, file.reason());
+    }
+    if (!reviews.commit()) return cannot_write(reviewsTarget, reviews.reason());
     return {};
 }
 
