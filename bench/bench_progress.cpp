@@ -1,5 +1,6 @@
-// Practice history: recording one judged trace (committed at once), opening the file and
-// opening the progress panel over a long history.
+// Practice history: recording one judged trace and one graded review (each committed at once),
+// opening the file, the panel's review queries over 100,000 reviews, and opening the progress
+// panel over a long history.
 //
 // With QUENLO_PROGRESS_SHOTS=<folder> the panel benchmark also saves the panel over the seeded
 // history in each theme as progress-<theme>.png, and in Russian as progress-green-ru.png.
@@ -20,6 +21,7 @@
 #include "app/ChinChar.h"
 #include "app/progress/ProgressPanel.h"
 #include "app/progress/ProgressSchema.h"
+#include "app/progress/ProgressRules.h"
 #include "app/progress/ProgressStore.h"
 
 namespace {
@@ -97,6 +99,93 @@ void BM_Progress_RecordTrace(benchmark::State& state) {
     }
 }
 BENCHMARK(BM_Progress_RecordTrace)->Unit(benchmark::kMicrosecond)->Repetitions(5)->ReportAggregatesOnly(true);
+
+void BM_Progress_RecordReview(benchmark::State& state) {
+    QTemporaryDir folder;
+    ProgressStore store;
+    store.open(folder.path());
+    int i = 0;
+    for (auto _ : state) {
+        const auto rating = static_cast<morvel::review::Rating>(1 + i % 4);
+        if (!store.record_review(ReviewRecord{0, 0x4E00 + i % 500, rating, 3000 + i % 2000}))
+            state.SkipWithError("review not recorded");
+        ++i;
+    }
+}
+BENCHMARK(BM_Progress_RecordReview)->Unit(benchmark::kMicrosecond)->Repetitions(5)->ReportAggregatesOnly(true);
+
+constexpr int SEEDED_REVIEWS = 100'000;
+constexpr int SEEDED_CARDS = 3'000;
+
+/// SEEDED_REVIEWS reviews of SEEDED_CARDS characters over the last year, with their cards due
+/// from a month ago to two months ahead, and a session on most days. Written in one transaction.
+QString seeded_reviews_folder() {
+    static QTemporaryDir folder;
+    static const bool seeded = [] {
+        const qint64 now = QDateTime::currentMSecsSinceEpoch();
+        const int today = ProgressRules::local_day_of(now);
+        {
+            QSqlDatabase db = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), QStringLiteral("reviews"));
+            db.setDatabaseName(QDir(folder.path()).filePath(ProgressStore::FILE_NAME));
+            db.open();
+            ProgressSchema::migrate(db);
+            db.transaction();
+            QSqlQuery insert(db);
+            insert.prepare(QStringLiteral(
+                "INSERT INTO reviews(code_point, time_ms, day, rating, state, duration_ms, recall, stability,"
+                " difficulty, due_day) VALUES(?, ?, ?, ?, 2, ?, 1, 5.0, 5.0, ?)"));
+            std::mt19937 random(28);
+            for (int i = 0; i < SEEDED_REVIEWS; ++i) {
+                const int ago = 365 - static_cast<int>(365LL * i / SEEDED_REVIEWS);
+                for (const QVariant& value :
+                     {QVariant(0x4E00 + static_cast<int>(random() % SEEDED_CARDS)), QVariant(now - ago * DAY_MS),
+                      QVariant(today - ago), QVariant(1 + static_cast<int>(random() % 4)),
+                      QVariant(2000 + static_cast<int>(random() % 8000)), QVariant(today - ago + 3)})
+                    insert.addBindValue(value);
+                insert.exec();
+            }
+            insert.prepare(QStringLiteral(
+                "INSERT INTO cards(code_point, state, stability, difficulty, due_day, last_review_day, interval,"
+                " reps, lapses) VALUES(?, 2, ?, 5.0, ?, ?, 10, 30, 2)"));
+            for (int i = 0; i < SEEDED_CARDS; ++i) {
+                const int due = today - 30 + static_cast<int>(random() % 90);
+                for (const QVariant& value : {QVariant(0x4E00 + i), QVariant(1.0 + random() % 100),
+                                              QVariant(due), QVariant(due - 10)})
+                    insert.addBindValue(value);
+                insert.exec();
+            }
+            insert.prepare(QStringLiteral("INSERT INTO sessions(time_ms, day) VALUES(?, ?)"));
+            for (int ago = 0; ago < 365; ++ago) {
+                if (ago % 9 == 8) continue;
+                insert.addBindValue(now - ago * DAY_MS);
+                insert.addBindValue(today - ago);
+                insert.exec();
+            }
+            db.commit();
+        }
+        QSqlDatabase::removeDatabase(QStringLiteral("reviews"));
+        ProgressStore opened;
+        return opened.open(folder.path()) == ProgressStore::Status::WRITABLE;
+    }();
+    if (!seeded) std::fprintf(stderr, "quenlo_bench: the seeded review file cannot be opened\n");
+    return folder.path();
+}
+
+/// What the progress panel and the day's summary ask: the forecast, the measured retention,
+/// every card, the streak and today's counts.
+void BM_Progress_PanelQueries100kReviews(benchmark::State& state) {
+    ProgressStore store;
+    store.open(seeded_reviews_folder());
+    for (auto _ : state) {
+        benchmark::DoNotOptimize(store.due_forecast());
+        benchmark::DoNotOptimize(store.measured_retention());
+        benchmark::DoNotOptimize(store.cards());
+        benchmark::DoNotOptimize(store.streak());
+        benchmark::DoNotOptimize(store.introduced_on(store.local_today()));
+        benchmark::DoNotOptimize(store.reviews_on(store.local_today()));
+    }
+}
+BENCHMARK(BM_Progress_PanelQueries100kReviews)->Unit(benchmark::kMillisecond);
 
 void BM_Progress_OpenStore(benchmark::State& state) {
     const QString folder = seeded_folder();
