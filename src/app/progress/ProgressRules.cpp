@@ -8,11 +8,6 @@
 
 namespace morvel::progress {
 
-int ProgressRules::interval_days(int box) {
-    if (box < 1 || box > BOX_COUNT) return 0;
-    return 1 << (box - 1);
-}
-
 void ProgressRules::apply_trace(CharSummary& summary, qint64 timeMs, bool accepted) {
     if (summary.firstSeenMs == 0) summary.firstSeenMs = timeMs;
     summary.lastPractisedMs = std::max(summary.lastPractisedMs, timeMs);
@@ -23,13 +18,8 @@ void ProgressRules::apply_completion(CharSummary& summary, qint64 timeMs, qint64
     if (summary.firstSeenMs == 0) summary.firstSeenMs = timeMs;
     summary.lastPractisedMs = std::max(summary.lastPractisedMs, timeMs);
     ++summary.completions;
-    summary.box = clean ? std::min(summary.box + 1, BOX_COUNT) : 1;
     summary.lastCompletionDay = day;
-    summary.dueDay = day + interval_days(summary.box);
-    if (!clean) return;
-    ++summary.cleanCompletions;
-    if (summary.lastCleanDay != 0 && summary.lastCleanDay != day) summary.known = true;
-    summary.lastCleanDay = day;
+    if (clean) ++summary.cleanCompletions;
 }
 
 Mastery ProgressRules::mastery(const CharSummary& summary, const review::Card& card) {

@@ -3,9 +3,7 @@
 // them to every record and replays them over old history when it migrates.
 //
 // A character is new until first practised, learning after that, and known once its card holds
-// for three weeks (Card::known). It is due when its card's due day has come. The summary's ladder
-// columns (box, due day, known) are still filled as older versions filled them; nothing reads
-// them any more.
+// for three weeks (Card::known). It is due when its card's due day has come.
 
 #include "app/progress/ProgressTypes.h"
 
@@ -13,11 +11,6 @@ namespace morvel::progress {
 
 class ProgressRules {
 public:
-    static constexpr int BOX_COUNT = 6;
-
-    /// Days a character rests in `box` (1, 2, 4, 8, 16, 32); 0 outside 1..BOX_COUNT.
-    static int interval_days(int box);
-
     static void apply_trace(CharSummary& summary, qint64 timeMs, bool accepted);
     static void apply_completion(CharSummary& summary, qint64 timeMs, qint64 day, bool clean);
 

@@ -259,10 +259,11 @@ QString ProgressSchema::migrate(QSqlDatabase& db, int target, double retention) 
 }
 
 void ProgressSchema::bind_summary(QSqlQuery& query, const CharSummary& s) {
+    // Box, due day, last clean day and known: the review ladder of layouts 2 and 3, no longer kept.
     for (const QVariant& value :
          {QVariant(s.codePoint), QVariant(s.level), QVariant(s.firstSeenMs), QVariant(s.lastPractisedMs),
-          QVariant(s.completions), QVariant(s.cleanCompletions), QVariant(s.misses), QVariant(s.box),
-          QVariant(s.lastCompletionDay), QVariant(s.dueDay), QVariant(s.lastCleanDay), QVariant(s.known ? 1 : 0)})
+          QVariant(s.completions), QVariant(s.cleanCompletions), QVariant(s.misses), QVariant(0),
+          QVariant(s.lastCompletionDay), QVariant(0), QVariant(0), QVariant(0)})
         query.addBindValue(value);
 }
 

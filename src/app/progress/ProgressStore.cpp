@@ -518,11 +518,7 @@ CharSummary summary_of(const QSqlQuery& query) {
     s.completions = query.value(4).toInt();
     s.cleanCompletions = query.value(5).toInt();
     s.misses = query.value(6).toInt();
-    s.box = query.value(7).toInt();
     s.lastCompletionDay = query.value(8).toLongLong();
-    s.dueDay = query.value(9).toLongLong();
-    s.lastCleanDay = query.value(10).toLongLong();
-    s.known = query.value(11).toBool();
     return s;
 }
 

@@ -87,13 +87,7 @@ struct CharSummary {
     int cleanCompletions = 0;
     /// Rejected traces over the whole history.
     int misses = 0;
-    /// Leitner box 1..6 after the first completion, 0 before.
-    int box = 0;
     qint64 lastCompletionDay = 0;
-    qint64 dueDay = 0;
-    /// The day of the latest clean completion, to tell a second clean day from the first.
-    qint64 lastCleanDay = 0;
-    bool known = false;
 
     bool operator==(const CharSummary&) const = default;
 };
