@@ -12,6 +12,7 @@
 #include <QVariant>
 #include <algorithm>
 #include <atomic>
+#include <functional>
 
 #include "app/cli/CliText.h"
 #include "app/files/SafeSave.h"
@@ -63,6 +64,22 @@ QString row_of(const QSqlQuery& q) {
     return fields.join(QLatin1Char(','));
 }
 
+/// Writes a line per row of the executed `query` into `out`, in chunks. Returns an empty text, or
+/// why reading failed.
+QString stream_rows(QSqlQuery& query, QIODevice& out, const std::function<QString(const QSqlQuery&)>& line) {
+    QByteArray chunk;
+    while (query.next()) {
+        chunk += line(query).toUtf8() + '\n';
+        if (chunk.size() > 1 << 16) {
+            out.write(chunk);
+            chunk.clear();
+        }
+    }
+    if (query.lastError().isValid()) return error_text(query.lastError());
+    out.write(chunk);
+    return {};
+}
+
 /// Streams the history into `out`. Returns an empty text, or why the history cannot be read.
 QString copy_history(QSqlDatabase& db, QIODevice& out) {
     if (!db.open()) return error_text(db.lastError());
@@ -88,17 +105,7 @@ QString copy_history(QSqlDatabase& db, QIODevice& out) {
                   "он создан более новой версией quenlo (%1)")
             .arg(error);
     }
-    QByteArray chunk;
-    while (query.next()) {
-        chunk += row_of(query).toUtf8() + '\n';
-        if (chunk.size() > 1 << 16) {
-            out.write(chunk);
-            chunk.clear();
-        }
-    }
-    if (query.lastError().isValid()) return error_text(query.lastError());
-    out.write(chunk);
-    return {};
+    return stream_rows(query, out, row_of);
 }
 
 /// Streams the graded reviews into `out`, after `copy_history` has checked the file. A layout
@@ -108,19 +115,11 @@ QString copy_reviews(QSqlDatabase& db, QIODevice& out) {
     QSqlQuery query(db);
     query.setForwardOnly(true);
     if (!query.exec(QString::fromLatin1(REVIEWS))) return error_text(query.lastError());
-    QByteArray chunk;
-    while (query.next()) {
+    return stream_rows(query, out, [](const QSqlQuery& q) {
         QStringList fields;
-        for (int column = 0; column < 5; ++column) fields << query.value(column).toString();
-        chunk += fields.join(QLatin1Char(',')).toUtf8() + '\n';
-        if (chunk.size() > 1 << 16) {
-            out.write(chunk);
-            chunk.clear();
-        }
-    }
-    if (query.lastError().isValid()) return error_text(query.lastError());
-    out.write(chunk);
-    return {};
+        for (int column = 0; column < 5; ++column) fields << q.value(column).toString();
+        return fields.join(QLatin1Char(','));
+    });
 }
 
 }  // namespace

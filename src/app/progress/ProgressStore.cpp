@@ -719,60 +719,57 @@ ProgressStore::WriteResult ProgressStore::write_completion(const CompletionRecor
 
 ProgressStore::WriteResult ProgressStore::write_review(const ReviewRecord& review) {
     review::Card card;
-    const WriteResult result = write(QStringLiteral("review"), {
-                                                                   [&]() -> QSqlQuery* {
-                                                                       if (QSqlQuery* failed =
-                                                                               read_card(review.codePoint, card))
-                                                                           return failed;
-                                                                       return add_review(review, true, card);
-                                                                   },
-                                                               });
+    const auto step = [&]() -> QSqlQuery* {
+        if (QSqlQuery* failed = read_card(review.codePoint, card)) return failed;
+        return add_review(review, true, card);
+    };
+    const WriteResult result = write(QStringLiteral("review"), {step});
     if (result == WriteResult::DONE) db->cards[review.codePoint] = card;
     return result;
 }
 
 ProgressStore::WriteResult ProgressStore::write_session(const SessionRecord& session) {
-    return write(QStringLiteral("session"), {[&]() -> QSqlQuery* {
-                     QSqlQuery& q = db->insertSession;
-                     q.addBindValue(session.timeMs);
-                     q.addBindValue(ProgressRules::local_day_of(session.timeMs));
-                     return q.exec() ? nullptr : &q;
-                 }});
+    const auto step = [&]() -> QSqlQuery* {
+        QSqlQuery& q = db->insertSession;
+        q.addBindValue(session.timeMs);
+        q.addBindValue(ProgressRules::local_day_of(session.timeMs));
+        return q.exec() ? nullptr : &q;
+    };
+    return write(QStringLiteral("session"), {step});
 }
 
 namespace {
 
-/// The moment it was judged, also when it is written later.
+/// Queues `record` stamped with the moment it was judged (also when it is written later); false
+/// without a queue.
 template <typename Record>
-Record timed(Record record, qint64 nowMs) {
+bool push_timed(WriteQueue* queue, Record record, qint64 nowMs) {
+    if (queue == nullptr) return false;
     if (record.timeMs == 0) record.timeMs = nowMs;
-    return record;
+    queue->push(std::move(record));
+    return true;
 }
 
 }  // namespace
 
+WriteQueue* ProgressStore::writable_queue() const {
+    return state == Status::WRITABLE ? queue.get() : nullptr;
+}
+
 bool ProgressStore::record_trace(const TraceRecord& trace) {
-    if (state != Status::WRITABLE || !queue) return false;
-    queue->push(timed(trace, now()));
-    return true;
+    return push_timed(writable_queue(), trace, now());
 }
 
 bool ProgressStore::record_completion(const CompletionRecord& completion) {
-    if (state != Status::WRITABLE || !queue) return false;
-    queue->push(timed(completion, now()));
-    return true;
+    return push_timed(writable_queue(), completion, now());
 }
 
 bool ProgressStore::record_review(const ReviewRecord& review) {
-    if (state != Status::WRITABLE || !queue) return false;
-    queue->push(timed(review, now()));
-    return true;
+    return push_timed(writable_queue(), review, now());
 }
 
 bool ProgressStore::record_session_finished(const SessionRecord& session) {
-    if (state != Status::WRITABLE || !queue) return false;
-    queue->push(timed(session, now()));
-    return true;
+    return push_timed(writable_queue(), session, now());
 }
 
 void ProgressStore::set_retention(double retention) {

@@ -175,6 +175,8 @@ private:
     QSqlQuery* add_review(const ReviewRecord& review, bool recall, review::Card& card);
     void load_cards();
     void write_left_over();
+    /// The queue while the file is writable, else none.
+    WriteQueue* writable_queue() const;
     qint64 now() const;
     WriteResult write_failed(const QString& what, const QSqlQuery& failed);
 
