@@ -3,9 +3,10 @@
 // folder. Every judged trace goes through a write queue and is committed at once (WAL) when the
 // file is free, so a killed program loses nothing that was judged; a busy file or a failing disk
 // never blocks the caller: the records wait in the queue until they can be written. Each write
-// updates the character's summary from the row the file holds, inside the write transaction, so
-// a second writer's counts are never overwritten. Summaries are also kept in memory, so the
-// queries the window and the progress panel ask are answered without reading the history.
+// updates the character's summary (and, for a review, its card) from the row the file holds,
+// inside the write transaction, so a second writer's counts are never overwritten. Summaries and
+// cards are also kept in memory, so the queries the window and the list ask are answered without
+// reading the history.
 //
 // Faults never stop practice: a damaged file is moved aside and a new one begun, an unwritable
 // folder records nothing, a file of a newer layout is only read. Each leaves one notice. The
