@@ -4,7 +4,7 @@
 
 #include <QString>
 
-#include "app/review/Card.h"
+#include "app/review/Scheduler.h"
 
 class QSqlDatabase;
 class QSqlQuery;
@@ -29,7 +29,8 @@ public:
     /// failed step leaves the file at the version before it. Returns an empty text on success,
     /// else what failed.
     /// `retention` plans the due days of the cards replayed from older completions.
-    static QString migrate(QSqlDatabase& db, int target = VERSION, double retention = 0.9);
+    static QString migrate(QSqlDatabase& db, int target = VERSION,
+                           double retention = review::Scheduler::DEFAULT_RETENTION);
 
     /// Binds the twelve columns of a summary row, in the table's column order.
     static void bind_summary(QSqlQuery& query, const CharSummary& summary);
