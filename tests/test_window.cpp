@@ -885,11 +885,16 @@ TEST_F(WindowTest, FromMemoryTheCharacterIsHiddenTracesAreJudgedAndKeysGrade) {
     QTest::keyClick(&w, Qt::Key_1);
     EXPECT_EQ(w.get_flow().recall().chosen, Rating::AGAIN);
     EXPECT_NE(proposed, Rating::AGAIN);
+    ASSERT_TRUE(w.get_recorder().is_open());
+    morvel::progress::ProgressStore& history = *w.get_recorder().store();
+    history.wait_for_check();
+    const int repsBefore = history.card(0x4E00).reps;
     QTest::keyClick(&w, Qt::Key_Space);
     QTest::keyClick(&w, Qt::Key_Space);
     ASSERT_EQ(graded.size(), 1u);
     EXPECT_EQ(graded[0].codePoint, 0x4E00);
     EXPECT_EQ(graded[0].rating, Rating::AGAIN);
+    EXPECT_EQ(history.card(0x4E00).reps, repsBefore + 1) << "the grade is a review in the history";
     EXPECT_EQ(w.get_selected_index(), 1);
     QTest::keyClick(&w, Qt::Key_3);
     EXPECT_FALSE(w.get_flow().recall().grading) << "no grade waits for the next character yet";

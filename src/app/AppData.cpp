@@ -50,6 +50,13 @@ bool AppData::less_file_name(const QString& a, const QString& b) {
     return less_listed(listed_file(a), listed_file(b));
 }
 
+int AppData::index_of(int code) const {
+    for (size_t i = 0; i < entries.size(); ++i) {
+        if (entries[i].unicode == code) return static_cast<int>(i);
+    }
+    return -1;
+}
+
 bool AppData::switch_to(const Level& next) {
     AppData other(next);
     if (next.is_valid()) other.load();

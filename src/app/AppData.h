@@ -37,6 +37,8 @@ public:
     bool switch_to(const Level& next);
     /// The code points in catalogue order.
     std::vector<int> code_points() const;
+    /// The index of the entry of `code`, -1 when the level has none.
+    int index_of(int code) const;
 
     unsigned int size() const { return static_cast<unsigned int>(entries.size()); }
     bool empty() const { return entries.empty(); }

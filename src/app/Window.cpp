@@ -55,6 +55,11 @@ Window::Window(AppData& appData)
         update_progress_view();
     };
     flow.liHint += [this]() { recorder->hint_shown(); };
+    // A recall accepted with its grade is one review of the character's card.
+    flow.liGraded.append("history", [this](const GradedRecall& recall) {
+        recorder->graded(recall.codePoint, recall.rating, recall.durationMs);
+    });
+    flow.set_median([this](int code) { return recorder->median_recall_ms(code); });
     connect(&timer, &QTimer::timeout, this, [this]() { on_timer(); });
     ki::qt::lang::get_listener().set(listenerKey, [this](const int&) { retranslate(); });
 }
@@ -151,7 +156,7 @@ void Window::ini() {
     retranslate();
     update_fonts();
     scroller->set_scrollbar_vert_visible(options.scrollbarVisible);
-    ini_filter_global_mouse();
+    scroller->enable_drag(DRAG_THRESHOLD);
     timer.setInterval(TIMER_INTERVAL_MS);
     timer.start();
 }
@@ -324,9 +329,7 @@ void Window::on_progress() {
 }
 
 void Window::select_unicode(int code) {
-    const std::vector<int> codes = data.code_points();
-    const auto it = std::find(codes.begin(), codes.end(), code);
-    if (it != codes.end()) select(static_cast<int>(it - codes.begin()));
+    if (const int index = data.index_of(code); index >= 0) select(index);
 }
 
 void Window::on_play_sound() {
@@ -463,10 +466,6 @@ void Window::setup_base_hotkeys() {
         if (!keys.isEmpty()) action->setShortcuts(keys);
         connect(action, &QAction::triggered, this, run);
     }
-}
-
-void Window::ini_filter_global_mouse() {
-    scroller->enable_drag(DRAG_THRESHOLD);
 }
 
 void Window::on_menu_options_top(ki::qt::GMenu* menu) {

@@ -91,7 +91,6 @@ public:
     /// The practice history; open once the window has been shown.
     progress::LessonRecorder& get_recorder() { return *recorder; }
     /// Lets the character list be dragged vertically anywhere inside it.
-    void ini_filter_global_mouse();
 
     /// The lesson state: mode, position, strokes traced.
     ControlAnim& get_control() { return control; }
