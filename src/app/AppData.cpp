@@ -3,6 +3,7 @@
 #include <ki/log/GLog.h>
 
 #include <QDir>
+#include <QResource>
 
 #include <limits>
 #include <list>
@@ -37,6 +38,25 @@ Listed listed_file(const QString& file) {
     const qsizetype dot = file.lastIndexOf(QLatin1Char('.'));
     listed.number = QStringView(file).left(dot < 0 ? file.size() : dot).toLongLong(&listed.numeric);
     return listed;
+}
+
+/// Gives access to the listing a resource directory keeps.
+class ResourceDir : public QResource {
+public:
+    using QResource::QResource;
+    using QResource::children;
+    using QResource::isDir;
+};
+
+/// The file names in `directory`. A directory among the program's resources is read from its
+/// own listing: QDir builds and checks a file info for each of up to a thousand entries, which
+/// start-up with a large level would pay for before the first frame.
+QStringList file_names(const QString& directory) {
+    if (directory.startsWith(QLatin1Char(':'))) {
+        const ResourceDir dir(directory);
+        if (dir.isValid() && dir.isDir()) return dir.children();
+    }
+    return QDir(directory).entryList(QDir::Files | QDir::NoDotAndDotDot, QDir::Name);
 }
 
 bool less_listed(const Listed& a, const Listed& b) {
@@ -86,8 +106,7 @@ void AppData::load() {
     std::unordered_map<int, const ChinChar*> rowOf;
     rowOf.reserve(table.size());
     for (const ChinChar& row : table) rowOf.emplace(row.unicode, &row);
-    const QStringList listed =
-        QDir(level.directory).entryList(QDir::Files | QDir::NoDotAndDotDot, QDir::Name);
+    const QStringList listed = file_names(level.directory);
     // The order mixes numeric and text comparison, which is not transitive for every mix of
     // names ("2", "10", "1a"). std::list::sort is a plain merge sort that stays in bounds
     // with such an order, where std::sort may not.
