@@ -6,22 +6,25 @@
 namespace morvel {
 
 ChinChar ChinChar::from_string(const QString& line) {
-    const qsizetype eq = line.indexOf(u'=');
+    // Views into the line until the four texts are kept: a level of a thousand rows is parsed
+    // at start-up.
+    const QStringView text(line);
+    const qsizetype eq = text.indexOf(u'=');
     if (eq < 0) return {};
     bool ok = false;
-    const int code = line.left(eq).trimmed().toInt(&ok, 10);
+    const int code = text.left(eq).trimmed().toInt(&ok, 10);
     if (!ok) return {};
-    const qsizetype open = line.indexOf(u'{');
-    const qsizetype close = line.lastIndexOf(u'}');
+    const qsizetype open = text.indexOf(u'{');
+    const qsizetype close = text.lastIndexOf(u'}');
     if (open < 0 || close < 0 || close < open) return {};
-    const QStringList parts = line.mid(open + 1, close - open - 1).split(u'|', Qt::KeepEmptyParts);
+    const QList<QStringView> parts = text.mid(open + 1, close - open - 1).split(u'|', Qt::KeepEmptyParts);
     if (parts.size() != 5) return {};
     ChinChar c;
     c.unicode = static_cast<uint16_t>(code);
-    c.pinyin = parts[1].trimmed();
-    c.english = parts[2].trimmed();
-    c.german = parts[3].trimmed();
-    c.russian = parts[4].trimmed();
+    c.pinyin = parts[1].trimmed().toString();
+    c.english = parts[2].trimmed().toString();
+    c.german = parts[3].trimmed().toString();
+    c.russian = parts[4].trimmed().toString();
     return c;
 }
 
