@@ -21,6 +21,7 @@
 #include <limits>
 #include <map>
 
+#include "app/progress/ForecastChart.h"
 #include "app/progress/ProgressChart.h"
 #include "app/progress/ProgressCsv.h"
 #include "app/progress/ProgressMark.h"
@@ -36,6 +37,8 @@ constexpr int ROLE_SORT = Qt::UserRole;
 constexpr int ROLE_CODE_POINT = Qt::UserRole + 1;
 /// Never-completed characters sort after every real due day.
 constexpr qint64 NEVER_DUE = std::numeric_limits<qint64>::max();
+/// What a memory column shows for a character never reviewed.
+const QString NO_VALUE = QStringLiteral("—");
 
 QStandardItem* cell(const QString& text, const QVariant& sortKey, int codePoint) {
     auto* item = new QStandardItem(text);
@@ -75,6 +78,10 @@ ProgressPanel::ProgressPanel(ProgressStore& progressStore, std::vector<ChinChar>
         tt(QStringLiteral("Last practised"), QStringLiteral("Zuletzt geübt"),
            QStringLiteral("Последняя практика")),
         tt(QStringLiteral("Due"), QStringLiteral("Fällig"), QStringLiteral("Повтор")),
+        tt(QStringLiteral("Stability (days)"), QStringLiteral("Stabilität (Tage)"),
+           QStringLiteral("Стабильность (дни)")),
+        tt(QStringLiteral("Difficulty (1–10)"), QStringLiteral("Schwierigkeit (1–10)"),
+           QStringLiteral("Сложность (1–10)")),
         tt(QStringLiteral("Average score"), QStringLiteral("Mittlere Wertung"),
            QStringLiteral("Средняя оценка")),
         tt(QStringLiteral("Best score"), QStringLiteral("Beste Wertung"), QStringLiteral("Лучшая оценка")),
@@ -107,6 +114,14 @@ ProgressPanel::ProgressPanel(ProgressStore& progressStore, std::vector<ChinChar>
     top->addLayout(missedColumn, 1);
 
     chartView = new ProgressChart(this);
+    forecastView = new ForecastChart(this);
+    retentionLabel = new QLabel(this);
+    auto* forecastColumn = new QVBoxLayout;
+    forecastColumn->addWidget(retentionLabel);
+    forecastColumn->addWidget(forecastView, 1);
+    auto* charts = new QHBoxLayout;
+    charts->addWidget(chartView, 3);
+    charts->addLayout(forecastColumn, 2);
 
     auto* exportButton = new QPushButton(
         tt(QStringLiteral("Export…"), QStringLiteral("Exportieren…"), QStringLiteral("Экспорт…")), this);
@@ -128,9 +143,9 @@ ProgressPanel::ProgressPanel(ProgressStore& progressStore, std::vector<ChinChar>
 
     auto* layout = new QVBoxLayout(this);
     layout->addLayout(top, 3);
-    layout->addWidget(chartView, 1);
+    layout->addLayout(charts, 1);
     layout->addLayout(buttons);
-    resize(960, 660);
+    resize(1080, 700);
     refresh();
 }
 
@@ -181,12 +196,18 @@ void ProgressPanel::refresh() {
                                        lastPractised.toString(QStringLiteral(" HH:mm"));
         model->setItem(row, COL_LAST, cell(last, s.lastPractisedMs, cp));
         const QString dueCell =
-            !scheduled ? QString()
+            !scheduled ? NO_VALUE
             : due      ? dueText
                        : locale.toString(QDate(1970, 1, 1).addDays(card.due), QLocale::ShortFormat);
         QStandardItem* dueItem = cell(dueCell, scheduled ? card.due : NEVER_DUE, cp);
         if (due) dueItem->setForeground(ProgressMark::accent(pal));
         model->setItem(row, COL_DUE, dueItem);
+        // Unreviewed characters sort below every card, as unscored ones do below every score.
+        const auto memoryCell = [&](double value) {
+            return scheduled ? cell(locale.toString(value, 'f', 1), value, cp) : cell(NO_VALUE, -1.0, cp);
+        };
+        model->setItem(row, COL_STABILITY, memoryCell(card.stability));
+        model->setItem(row, COL_DIFFICULTY, memoryCell(card.difficulty));
         const auto scored = scores.find(cp);
         const ScoreStats score = scored == scores.end() ? ScoreStats{} : scored->second;
         // Unscored characters sort below every score.
@@ -215,6 +236,8 @@ void ProgressPanel::refresh() {
     }
 
     chartView->set_days(store.last_days(CHART_DAYS));
+    forecastView->set_counts(store.due_forecast(CHART_DAYS), today);
+    retentionLabel->setText(retention_text(store.measured_retention(CHART_DAYS)));
 }
 
 void ProgressPanel::on_export() {
@@ -298,6 +321,14 @@ QString ProgressPanel::notice_text(ProgressStore::Notice notice, const QString& 
 QString ProgressPanel::due_count_text(int count) {
     return tt(QStringLiteral("%1 due"), QStringLiteral("%1 fällig"), QStringLiteral("%1 к повторению"))
         .arg(count);
+}
+
+QString ProgressPanel::retention_text(std::optional<double> share) {
+    const QString figure =
+        share ? QStringLiteral("%1 %").arg(qRound(*share * 100.0)) : NO_VALUE;
+    return tt(QStringLiteral("Retention (30 days): %1"), QStringLiteral("Behalten (30 Tage): %1"),
+              QStringLiteral("Удержание (30 дней): %1"))
+        .arg(figure);
 }
 
 QString ProgressPanel::mastery_text(Mastery mastery) {
