@@ -1,9 +1,10 @@
 // Practice history: recording one judged trace and one graded review (each committed at once),
 // opening the file, the panel's review queries over 100,000 reviews, and opening the progress
-// panel over a long history.
+// panel over a long history and over 100,000 reviews.
 //
-// With QUENLO_PROGRESS_SHOTS=<folder> the panel benchmark also saves the panel over the seeded
-// history in each theme as progress-<theme>.png, and in Russian as progress-green-ru.png.
+// With QUENLO_PROGRESS_SHOTS=<folder> the panel benchmarks also save the panel over their seeded
+// history in each theme as progress-<theme>.png, in German as progress-dark-de.png and in
+// Russian as progress-green-ru.png; the one over the reviews comes last and stays.
 #include <benchmark/benchmark.h>
 #include <ki/qt/lang.h>
 #include <ki/qt/themes.h>
@@ -212,13 +213,16 @@ void save_shots(ProgressStore& store, const std::vector<morvel::ChinChar>& level
     const QLocale::Language language = ki::qt::lang::get_lang();
     ki::qt::lang::set_lang(QLocale::Russian);
     save(QStringLiteral("green-ru"));
+    ki::qt::themes::apply_the_theme(ki::qt::themes::THEME_DARK);
+    ki::qt::lang::set_lang(QLocale::German);
+    save(QStringLiteral("dark-de"));
     ki::qt::lang::set_lang(language);
 }
 
-/// From nothing on screen to the panel's first frame, over the seeded history in an open store.
-void BM_Progress_OpenPanel(benchmark::State& state) {
+/// From nothing on screen to the panel's first frame, over the history in `folder` in an open store.
+void open_panel(benchmark::State& state, const QString& folder) {
     ProgressStore store;
-    store.open(seeded_folder());
+    store.open(folder);
     const std::vector<morvel::ChinChar> level = morvel::create_basic_table();
     for (auto _ : state) {
         auto panel = std::make_unique<ProgressPanel>(store, level);
@@ -232,6 +236,16 @@ void BM_Progress_OpenPanel(benchmark::State& state) {
     const QString shots = qEnvironmentVariable("QUENLO_PROGRESS_SHOTS");
     if (!shots.isEmpty()) save_shots(store, level, shots);
 }
+
+void BM_Progress_OpenPanel(benchmark::State& state) {
+    open_panel(state, seeded_folder());
+}
 BENCHMARK(BM_Progress_OpenPanel)->Unit(benchmark::kMillisecond);
+
+/// The same over SEEDED_REVIEWS reviews: the forecast, the retention and every card's columns.
+void BM_Progress_OpenPanel100kReviews(benchmark::State& state) {
+    open_panel(state, seeded_reviews_folder());
+}
+BENCHMARK(BM_Progress_OpenPanel100kReviews)->Unit(benchmark::kMillisecond);
 
 }  // namespace

@@ -66,7 +66,7 @@ void ForecastChart::paintEvent(QPaintEvent*) {
     const int lineHeight = fm.height();
 
     painter.setPen(text);
-    painter.drawText(4, fm.ascent(), caption_text(static_cast<int>(counts.size())));
+    painter.drawText(0, fm.ascent(), caption_text(static_cast<int>(counts.size())));
     const QRectF plot = plot_rect();
     if (plot.width() <= 0 || plot.height() <= 0 || counts.empty()) return;
 
