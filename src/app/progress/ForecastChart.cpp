@@ -101,8 +101,10 @@ void ForecastChart::paintEvent(QPaintEvent*) {
     const QRectF below(plot.left(), plot.bottom() + 2, plot.width(), lineHeight);
     painter.drawText(below, Qt::AlignLeft,
                      tt(QStringLiteral("today"), QStringLiteral("heute"), QStringLiteral("сегодня")));
-    painter.drawText(below, Qt::AlignRight,
-                     locale.toString(QDate(1970, 1, 1).addDays(firstDay + static_cast<qint64>(counts.size()) - 1), format));
+    painter.drawText(
+        below, Qt::AlignRight,
+        locale.toString(QDate(1970, 1, 1).addDays(firstDay + static_cast<qint64>(counts.size()) - 1),
+                        format));
 }
 
 }  // namespace morvel::progress

@@ -324,8 +324,7 @@ QString ProgressPanel::due_count_text(int count) {
 }
 
 QString ProgressPanel::retention_text(std::optional<double> share) {
-    const QString figure =
-        share ? QStringLiteral("%1 %").arg(qRound(*share * 100.0)) : NO_VALUE;
+    const QString figure = share ? QStringLiteral("%1 %").arg(qRound(*share * 100.0)) : NO_VALUE;
     return tt(QStringLiteral("Retention (30 days): %1"), QStringLiteral("Behalten (30 Tage): %1"),
               QStringLiteral("Удержание (30 дней): %1"))
         .arg(figure);

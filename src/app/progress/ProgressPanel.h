@@ -1,7 +1,8 @@
 #pragma once
 // The progress dialog: the level's characters with their state and memory in a sortable table,
 // the last 30 days as a chart, the reviews due in the next 30 days, the share of reviews
-// remembered, the characters missed most often, and buttons to export or reset the history. A click on a character reports it through `liSelect`; the dialog knows no window.
+// remembered, the characters missed most often, and buttons to export or reset the history.
+// A click on a character reports it through `liSelect`; the dialog knows no window.
 
 #include <ki/Listener.h>
 
