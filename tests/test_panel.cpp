@@ -30,30 +30,14 @@ TEST(PanelTest, ForecastRetentionAndMemoryFollowTheHistory) {
         int today;
         QString retention;
     } rows[] = {
+        // clang-format off
         {"nothing reviewed: no bar, dashes", QLocale::English, THEME_NORMAL, {}, 0, "Retention (30 days): —"},
-        {"first sights spread over the days, but test no memory",
-         QLocale::English,
-         THEME_DARK,
-         {{0, A, R::GOOD}, {0, B, R::GOOD}, {0, C, R::EASY}, {0, D, R::AGAIN}},
-         0,
-         "Retention (30 days): —"},
-        {"one again in four recalls",
-         QLocale::German,
-         THEME_GREEN,
-         {{0, A, R::GOOD},
-          {0, B, R::GOOD},
-          {3, A, R::AGAIN},
-          {4, A, R::GOOD},
-          {4, B, R::HARD},
-          {8, B, R::EASY}},
-         9,
-         "Behalten (30 Tage): 75 %"},
-        {"overdue cards in today's bar, reviews past the month forgotten",
-         QLocale::Russian,
-         THEME_GREEN,
-         {{0, A, R::GOOD}, {5, A, R::AGAIN}, {0, B, R::EASY}},
-         90,
-         "Удержание (30 дней): —"},
+        {"one again in four recalls, cards due over the coming days", QLocale::German, THEME_GREEN,
+         {{0, A, R::GOOD}, {0, B, R::GOOD}, {3, A, R::AGAIN}, {4, A, R::GOOD}, {4, B, R::HARD}, {8, C, R::EASY},
+          {8, B, R::EASY}}, 9, "Behalten (30 Tage): 75 %"},
+        {"overdue cards in today's bar, reviews past the month forgotten", QLocale::Russian, THEME_DARK,
+         {{0, A, R::GOOD}, {5, A, R::AGAIN}, {0, B, R::EASY}}, 90, "Удержание (30 дней): —"},
+        // clang-format on
     };
     for (const auto& row : rows) {
         SCOPED_TRACE(row.name);
@@ -94,13 +78,13 @@ TEST(PanelTest, ForecastRetentionAndMemoryFollowTheHistory) {
         // Most stable first, numbers as the language writes them; never reviewed: dashes, last.
         panel.table()->sortByColumn(ProgressPanel::COL_STABILITY, Qt::DescendingOrder);
         const QAbstractItemModel* cells = panel.table()->model();
+        const QLocale locale(row.language);
         double previous = 1e9;
         for (int r = 0; r < cells->rowCount(); ++r) {
             const auto text = [&](int column) { return cells->index(r, column).data().toString(); };
             const auto card = store.card(static_cast<int>(text(ProgressPanel::COL_CHARACTER).toUcs4()[0]));
             const bool reviewed = card.state != morvel::review::CardState::NEW;
             const QString dash = QStringLiteral("—");
-            const QLocale locale(row.language);
             EXPECT_EQ(text(ProgressPanel::COL_STABILITY),
                       reviewed ? locale.toString(card.stability, 'f', 1) : dash);
             EXPECT_EQ(text(ProgressPanel::COL_DIFFICULTY),
