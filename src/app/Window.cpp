@@ -29,6 +29,7 @@
 #include "app/search/SearchPanel.h"
 #include "app/stroke/Anim.h"
 #include "app/stroke/CanvasHanzi.h"
+#include "app/today/TodayView.h"
 #include "app/worksheet/WorksheetDialog.h"
 
 namespace morvel::prog2 {
@@ -72,8 +73,7 @@ Window::~Window() {
 void Window::setup() {
     setup_node<ki::qt::WindowClazz<"WinHanzi">>();
     GMainWindow::setup();
-    // A catalogue handed over unloaded is filled here with the level the learner left off in,
-    // so that start-up reads that level's files only.
+    // An unloaded catalogue gets the level the learner left off in: start-up reads only its files.
     if (data.empty() && !data.switch_to(Level::shipped(LessonOptions::stored_level(nWin)))) data.load();
     ini();
     restore_state();
@@ -152,6 +152,7 @@ void Window::ini() {
                    },
                    [this](unsigned int value) { control.set_from_slider(value); }});
     recall = std::make_unique<RecallView>(RecallView::Parts{this, canvas, model, scroller, controls.get()});
+    today = std::make_unique<TodayView>(TodayView::Parts{this, controls.get()});
 
     retranslate();
     update_fonts();
@@ -191,8 +192,7 @@ void Window::post_ini() {
     on_change_theme(get_theme_shown());
     on_mode_changed();
     const long long selected = std::max(0LL, model->get_selected_index());
-    // The recording of the first character waits for the first frame: loading the audio
-    // stack takes longer than everything else the window needs before it can be seen.
+    // The first recording waits for the first frame: loading the audio stack takes longest.
     deferAutoPlay = true;
     on_index(static_cast<int>(selected));
     deferAutoPlay = false;
@@ -223,8 +223,7 @@ void Window::on_index(int index) {
         lengths.push_back(stroke.pathAnim.get_length());
     control.select(std::move(lengths));
     recorder->character_started(data.get_level().number, entry.unicode);
-    // Also when the state did not change (same stroke count, same position): the slider may
-    // have been moved by hand.
+    // Also when the state did not change: the slider may have been moved by hand.
     controls->show_progress(control.get_progress());
 
     controls->show_character(entry.chinChar.pinyin, Pronunciation::exists(entry.unicode));
@@ -256,6 +255,7 @@ void Window::paintEvent(QPaintEvent* ev) {
             if (!notice.isEmpty())
                 ki::qt::GMessageBox::show_info(this, tt("Progress", "Fortschritt", "Прогресс"), notice);
             update_progress_view();
+            today->history_opened();
         });
     }
     if (!autoPlayPending) return;

@@ -42,6 +42,7 @@ class LessonControls;
 class CharacterList;
 class ModelAppData;
 class RecallView;
+class TodayView;
 
 class Window : public ki::qt::GMainWindow {
     Q_OBJECT
@@ -134,6 +135,7 @@ private:
     std::unique_ptr<CharacterList> list;
     std::unique_ptr<LessonControls> controls;
     std::unique_ptr<RecallView> recall;
+    std::unique_ptr<TodayView> today;
     Pronunciation pronunciation;
     FeedbackSounds feedback;
     std::unique_ptr<progress::LessonRecorder> recorder;

@@ -12,6 +12,7 @@
 #include <algorithm>
 
 #include "app/recall/RecallLayer.h"
+#include "app/today/TodayView.h"
 
 namespace morvel::prog2 {
 
@@ -30,6 +31,9 @@ constexpr const char* ICON_SHOW = "^icons/show.svg";
 
 LessonControls::LessonControls(ki::qt::GPanel* column, const Actions& actions) {
     using ki::qt::GLAYOUT;
+    labelToday = column->gen_label({}, QStringLiteral("today"));
+    labelToday->setAlignment(Qt::AlignCenter);
+    labelToday->setVisible(false);
     panTranslation = column->gen_panel(GLAYOUT::HORZ, QStringLiteral("translatation"));
     panTranslation->set_margins(8, 2, 8, 2);
     labelTranslation = panTranslation->gen_label({}, QStringLiteral("translation"));
@@ -52,6 +56,8 @@ LessonControls::LessonControls(ki::qt::GPanel* column, const Actions& actions) {
     buttonLearn = buttons->gen_button(QString::fromLatin1(ICON_STROKE), {});
     buttonRecall = buttons->gen_button(QStringLiteral("^icons/help.svg"), {});
     buttonRecall->setCheckable(true);
+    buttonToday = buttons->gen_button(QStringLiteral("^icons/play.svg"), {});
+    buttonToday->setCheckable(true);
     buttonShowMe = buttons->gen_button(QStringLiteral("^icons/show.svg"), {});
     // Its place is kept while it is hidden, so no button moves when writing from memory starts.
     QSizePolicy keep = buttonShowMe->sizePolicy();
@@ -97,6 +103,7 @@ void LessonControls::retranslate() {
     slider->setToolTip(tt("Drawing progress", "Zeichenfortschritt", "Ход рисования"));
     buttonRecall->setToolTip(recall::mode_text());
     buttonShowMe->setToolTip(recall::show_me_text());
+    buttonToday->setToolTip(today::button_text());
 }
 
 void LessonControls::on_recall(const std::function<void()>& toggle, const std::function<void()>& showMe) {
@@ -107,6 +114,16 @@ void LessonControls::on_recall(const std::function<void()>& toggle, const std::f
 void LessonControls::show_recall(bool on) {
     buttonRecall->setChecked(on);
     buttonShowMe->setVisible(on);
+}
+
+void LessonControls::on_today(const std::function<void()>& toggle) {
+    buttonToday->liClick += toggle;
+}
+
+void LessonControls::show_today(bool on, const QString& line) {
+    buttonToday->setChecked(on);
+    labelToday->setVisible(!line.isEmpty());
+    labelToday->setText(line);
 }
 
 void LessonControls::fit_fonts(const QFont& windowFont, std::vector<QString> pinyins) {

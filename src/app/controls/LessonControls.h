@@ -51,6 +51,10 @@ public:
     /// The buttons of writing from memory: on and off, and "Show me" (seen only while on).
     void on_recall(const std::function<void()>& toggle, const std::function<void()>& showMe);
     void show_recall(bool on);
+    /// The button of today's session, and its progress line above the translation (hidden when
+    /// `line` is empty).
+    void on_today(const std::function<void()>& toggle);
+    void show_today(bool on, const QString& line);
     /// The "12 due" label; hidden when `shown` is false.
     void show_due(bool shown, const QString& text);
     /// The "due" label gets the width of the widest of `samples`, so that no button moves when
@@ -58,6 +62,7 @@ public:
     void fit_due(const std::vector<QString>& samples);
 
 private:
+    ki::qt::GLabel* labelToday = nullptr;
     ki::qt::GPanel* panTranslation = nullptr;
     ki::qt::GLabel* labelTranslation = nullptr;
     ki::qt::GButton* buttonOptions = nullptr;
@@ -69,6 +74,7 @@ private:
     ki::qt::GButton* buttonLearn = nullptr;
     ki::qt::GButton* buttonRecall = nullptr;
     ki::qt::GButton* buttonShowMe = nullptr;
+    ki::qt::GButton* buttonToday = nullptr;
     ki::qt::GLabel* labelDue = nullptr;
     ki::qt::GLabel* labelPinyin = nullptr;
     ki::qt::GPanel* panSlider = nullptr;

@@ -34,8 +34,9 @@ void LessonFlow::set_options(const LessonOptions& options) {
     control.set_rounds(practiceRounds && !recallState.active ? PRACTICE_ROUNDS : 1);
 }
 
-void LessonFlow::set_source(std::unique_ptr<CharacterSource> next) {
-    source = std::move(next);
+std::unique_ptr<CharacterSource> LessonFlow::set_source(std::unique_ptr<CharacterSource> next) {
+    std::swap(source, next);
+    return next;
 }
 
 void LessonFlow::shown(int index, int codePoint) {

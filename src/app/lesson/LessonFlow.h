@@ -39,7 +39,8 @@ public:
 
     /// Follows the hint threshold, "next when done" and practice rounds of `options`.
     void set_options(const LessonOptions& options);
-    void set_source(std::unique_ptr<CharacterSource> next);
+    /// Returns the source used until now, for a caller that hands it back later.
+    std::unique_ptr<CharacterSource> set_source(std::unique_ptr<CharacterSource> next);
 
     /// The character at `index` (code point `codePoint`) is shown now, whoever chose it; a
     /// pending step for another character lapses. Writing from memory starts on it afresh.
