@@ -72,10 +72,17 @@ bool TodaySession::start(progress::ProgressStore& history, const std::vector<int
     }
     const int today = history.local_today();
     std::vector<char32_t> introduced;
-    for (const int code : history.introduced_on(today)) introduced.push_back(static_cast<char32_t>(code));
+    int reviewed = history.reviews_on(today);
+    for (const int code : history.introduced_on(today)) {
+        introduced.push_back(static_cast<char32_t>(code));
+        // Tracing a new character started its card; the recall after it, the same day, is part of
+        // meeting it, not a review.
+        const auto it = cards.find(code);
+        if (it != cards.end()) reviewed -= std::max(0, it->second.reps - 1);
+    }
     auto next = std::make_unique<review::SessionPlan>(
         scheduler, [store = &history]() { return store->local_today(); }, std::move(planCards), newLimit,
-        std::move(introduced), history.reviews_on(today));
+        std::move(introduced), std::max(0, reviewed));
     if (next->next().kind == review::PlanStep::Kind::DONE) return false;
 
     store = &history;
@@ -168,9 +175,10 @@ void TodaySession::on_graded(const GradedRecall& recall) {
 
 void TodaySession::finish() {
     summary.elapsedMs = std::max(0LL, clock() - startMs);
-    for (const review::PlanCard& c : plan->cards()) {
-        if (c.card.state == review::CardState::NEW) continue;
-        if (summary.nextDueDay < 0 || c.card.due < summary.nextDueDay) summary.nextDueDay = c.card.due;
+    // The stored cards: a new character's card began when it was traced.
+    for (const auto& [code, card] : store->cards()) {
+        if (card.state == review::CardState::NEW) continue;
+        if (summary.nextDueDay < 0 || card.due < summary.nextDueDay) summary.nextDueDay = card.due;
     }
     store->record_session_finished();
     summary.streak = store->streak();

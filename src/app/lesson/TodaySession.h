@@ -8,8 +8,10 @@
 
 #include <ki/Listener.h>
 
+#include <cstdint>
 #include <functional>
 #include <memory>
+#include <string>
 #include <vector>
 
 #include "app/lesson/LessonFlow.h"

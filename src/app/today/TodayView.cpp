@@ -85,11 +85,14 @@ TodayView::TodayView(const Parts& p) : parts(p) {
                                        today::summary_text(summary, store ? store->local_today() : 0));
     };
     parts.controls->on_today([this]() { toggle(); });
+    ki::qt::lang::get_listener().set(listenerKey, [this](const int&) { refresh(); });
     QObject::connect(window->gen_action(QString::fromLatin1(KEY_TODAY)), &QAction::triggered, window,
                      [this]() { toggle(); });
 }
 
-TodayView::~TodayView() = default;
+TodayView::~TodayView() {
+    ki::qt::lang::get_listener().remove(listenerKey);
+}
 
 const std::vector<int>& TodayView::characters() {
     if (!all.empty()) return all;

@@ -7,6 +7,7 @@
 
 #include "app/lesson/TodaySession.h"
 #include <memory>
+#include <string>
 #include <unordered_map>
 #include <vector>
 
@@ -58,6 +59,7 @@ private:
     Parts parts;
     std::unique_ptr<TodaySession> today;
     TodaySession::Step lastStep = TodaySession::Step::NONE;
+    const std::string listenerKey = "TodayView@" + std::to_string(reinterpret_cast<quintptr>(this));
     std::vector<int> all;
     std::unordered_map<int, int> levelOf;
 };
