@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <ki/qt/lang.h>
+#include <ki/tools/GSettings.h>
 
 #include <QApplication>
 #include <QDateTime>
@@ -16,9 +17,12 @@
 #include <vector>
 
 #include "app/AppData.h"
+#include "app/ChinChar.h"
+#include "app/Level.h"
 #include "app/Window.h"
 #include "app/lesson/LessonOptions.h"
 #include "app/lesson/TodaySession.h"
+#include "app/progress/LessonRecorder.h"
 #include "app/progress/ProgressStore.h"
 #include "app/stroke/ControlAnim.h"
 #include "app/today/TodayView.h"
@@ -199,6 +203,58 @@ TEST(TodaySession, DueReviewsThenNewCharactersThroughMissesGradesAndRestarts) {
         for (const auto& [name, code] : CODE)
             EXPECT_NE(store->card(code).state, morvel::review::CardState::NEW) << name;
     }
+}
+
+TEST(TodayWindow, TheKeyStartsTheSessionAndTheProgressLineReadsItsCounts) {
+    // A history of its own, empty, and the options' defaults (ten new characters a day).
+    QTemporaryDir data;
+    const QByteArray dataBefore = qgetenv("XDG_DATA_HOME");
+    qputenv("XDG_DATA_HOME", data.path().toUtf8());
+    ki::qt::GSettings::instance().remove(QStringLiteral("Window/WinHanzi_0"));
+    ki::qt::lang::set_lang(QLocale::English);
+    AppData catalogue(QStringLiteral(":/wb/shared-res/zh/1"));
+    catalogue.load();
+    auto w = std::make_unique<Window>(catalogue);
+    w->resize(1024, 750);
+    w->setup();
+    w->show();
+    QApplication::setActiveWindow(w.get());
+    for (int i = 0; i < 5; ++i) QCoreApplication::processEvents();
+    ASSERT_TRUE(w->get_recorder().is_open());
+    const unsigned int flags = w->get_control().get_mode_flags();
+    auto* line = w->findChild<QLabel*>(QStringLiteral("today"));
+    ASSERT_NE(line, nullptr);
+    EXPECT_FALSE(line->isVisible());
+
+    QTest::keyClick(w.get(), Qt::Key_T, Qt::ControlModifier);
+    // Nothing is due: the first character of the first level is watched first.
+    const morvel::ChinChar first = morvel::basic_table_from_file(Level::shipped(1).file, 1).at(0);
+    EXPECT_EQ(catalogue.unicode_at(static_cast<unsigned int>(w->get_selected_index())), first.unicode);
+    EXPECT_FALSE(w->get_control().is_mode_bit(MODE_LEARN));
+    const struct {
+        QLocale::Language language;
+        const char* text;
+    } rows[] = {
+        {QLocale::English, "0 reviews · 1 new · 10 left"},
+        {QLocale::German, "0 wiederholt · 1 neu · 10 übrig"},
+        {QLocale::Russian, "повторено: 0 · новых: 1 · осталось: 10"},
+    };
+    for (const auto& row : rows) {
+        ki::qt::lang::set_lang(row.language);
+        EXPECT_TRUE(line->isVisible());
+        EXPECT_EQ(line->text(), QString::fromUtf8(row.text));
+    }
+    ki::qt::lang::set_lang(QLocale::English);
+
+    // Pressed again, the session ends: the lesson is as it was and Next moves through the level.
+    QTest::keyClick(w.get(), Qt::Key_T, Qt::ControlModifier);
+    EXPECT_FALSE(line->isVisible());
+    EXPECT_EQ(w->get_control().get_mode_flags(), flags);
+    const long long shown = w->get_selected_index();
+    QTest::keyClick(w.get(), Qt::Key_Right);
+    EXPECT_EQ(w->get_selected_index(), shown + 1);
+    w.reset();
+    qputenv("XDG_DATA_HOME", dataBefore);
 }
 
 }  // namespace
