@@ -167,6 +167,10 @@ QString about_text() {
     text += tt("Ctrl+M: write from memory · Ctrl+H: show me · 1–4: grade · Space: accept",
                "Strg+M: aus dem Gedächtnis · Strg+H: zeig es mir · 1–4: Bewertung · Leertaste: übernehmen",
                "Ctrl+M: по памяти · Ctrl+H: покажи · 1–4: оценка · пробел: принять");
+    text += u'\n';
+    text += tt("Ctrl+T: today's session (due reviews, then new characters)",
+               "Strg+T: heutige Sitzung (fällige Wiederholungen, dann neue Zeichen)",
+               "Ctrl+T: сегодняшнее занятие (повторения, затем новые иероглифы)");
     text += QStringLiteral("\n\n");
     text += tt("On the Internet at", "Im Internet unter", "В интернете на");
     text += u' ';
