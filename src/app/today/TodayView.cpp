@@ -50,7 +50,8 @@ QString summary_text(const TodaySummary& s, int today) {
     else if (s.nextDueDay == today + 1)
         next = tt("tomorrow", "morgen", "завтра");
     else
-        next = QLocale().toString(QDate(1970, 1, 1).addDays(s.nextDueDay), QLocale::ShortFormat);
+        next = QLocale(ki::qt::lang::get_lang())
+                   .toString(QDate(1970, 1, 1).addDays(s.nextDueDay), QLocale::ShortFormat);
     const QStringList lines = {
         tt("Reviewed: %1", "Wiederholt: %1", "Повторено: %1").arg(s.reviewed),
         tt("Not \"Again\": %1", "Nicht „Nochmal“: %1", "Не «Снова»: %1").arg(share),
