@@ -111,16 +111,18 @@ void TodayView::toggle() {
     if (today->is_active()) return today->stop();
     progress::ProgressStore* store = parts.window->get_recorder().store();
     if (store == nullptr || !parts.window->get_recorder().is_open()) {
-        ki::qt::GMessageBox::show_info(parts.window, title(),
-                                       tt("The practice history is not available.",
-                                          "Der Übungsverlauf ist nicht verfügbar.", "История занятий недоступна."));
+        ki::qt::GMessageBox::show_info(
+            parts.window, title(),
+            tt("The practice history is not available.", "Der Übungsverlauf ist nicht verfügbar.",
+               "История занятий недоступна."));
         return;
     }
     if (!today->start(*store, characters(), parts.window->get_options().newPerDay))
-        ki::qt::GMessageBox::show_info(parts.window, title(),
-                                       tt("Nothing is due today, and today's new characters are done.",
-                                          "Heute ist nichts fällig, und die neuen Zeichen für heute sind geschafft.",
-                                          "Сегодня повторять нечего, и новые иероглифы на сегодня пройдены."));
+        ki::qt::GMessageBox::show_info(
+            parts.window, title(),
+            tt("Nothing is due today, and today's new characters are done.",
+               "Heute ist nichts fällig, und die neuen Zeichen für heute sind geschafft.",
+               "Сегодня повторять нечего, и новые иероглифы на сегодня пройдены."));
 }
 
 void TodayView::history_opened() {
@@ -147,7 +149,8 @@ void TodayView::refresh() {
     parts.window->on_mode_changed();
     // A review plays its recording when shown; a new character only when it is recalled.
     const TodaySession::Step step = today->step();
-    if (step == TodaySession::Step::RECALL && lastStep == TodaySession::Step::TRACE) parts.window->on_play_sound();
+    if (step == TodaySession::Step::RECALL && lastStep == TodaySession::Step::TRACE)
+        parts.window->on_play_sound();
     lastStep = step;
 }
 

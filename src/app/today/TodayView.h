@@ -4,12 +4,12 @@
 // the learner asked for it. The order of the steps is the session's to decide.
 
 #include <QString>
-
-#include "app/lesson/TodaySession.h"
 #include <memory>
 #include <string>
 #include <unordered_map>
 #include <vector>
+
+#include "app/lesson/TodaySession.h"
 
 namespace morvel::review {
 struct PlanProgress;
