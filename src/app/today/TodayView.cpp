@@ -6,6 +6,7 @@
 
 #include <QAction>
 #include <QDate>
+#include <QEvent>
 #include <QLocale>
 #include <QTimer>
 
@@ -71,6 +72,22 @@ QString title() {
     return tt("Today's session", "Heutige Sitzung", "Сегодняшнее занятие");
 }
 
+// The window saves the lesson mode when it closes: a session still running hands the learner's
+// own mode back first, not the one of its current step.
+class EndOnClose : public QObject {
+public:
+    EndOnClose(QObject* window, TodaySession& running) : QObject(window), session(running) {
+        window->installEventFilter(this);
+    }
+    bool eventFilter(QObject*, QEvent* ev) override {
+        if (ev->type() == QEvent::Close) session.stop();
+        return false;
+    }
+
+private:
+    TodaySession& session;
+};
+
 }  // namespace
 
 TodayView::TodayView(const Parts& p) : parts(p) {
@@ -86,12 +103,14 @@ TodayView::TodayView(const Parts& p) : parts(p) {
                                        today::summary_text(summary, store ? store->local_today() : 0));
     };
     parts.controls->on_today([this]() { toggle(); });
+    closeFilter = new EndOnClose(window, *today);
     ki::qt::lang::get_listener().set(listenerKey, [this](const int&) { refresh(); });
     QObject::connect(window->gen_action(QString::fromLatin1(KEY_TODAY)), &QAction::triggered, window,
                      [this]() { toggle(); });
 }
 
 TodayView::~TodayView() {
+    delete closeFilter;
     ki::qt::lang::get_listener().remove(listenerKey);
 }
 

@@ -11,6 +11,8 @@
 
 #include "app/lesson/TodaySession.h"
 
+class QObject;
+
 namespace morvel::review {
 struct PlanProgress;
 }
@@ -58,6 +60,8 @@ private:
 
     Parts parts;
     std::unique_ptr<TodaySession> today;
+    /// Ends the session before the window saves its state on closing; deleted with the view.
+    QObject* closeFilter = nullptr;
     TodaySession::Step lastStep = TodaySession::Step::NONE;
     const std::string listenerKey = "TodayView@" + std::to_string(reinterpret_cast<quintptr>(this));
     std::vector<int> all;
