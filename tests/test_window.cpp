@@ -204,7 +204,8 @@ TEST_F(WindowTest, SelectionByListButtonsAndHotkeysPlaysAtOnceAndMovesNoButton) 
     EXPECT_EQ(
         tips.values().join(QStringLiteral(" | ")).toStdString(),
         "Options | Toggle fullscreen | Play Sound | Previous Hieroglyph | Next Hieroglyph | Show/Hide List | "
-        "Learn the correct strokes in the correct order | Write from memory");
+        "Learn the correct strokes in the correct order | Write from memory | "
+        "Today's session: due reviews, then new characters (Ctrl+T)");
     auto trigger = [&w](const char* name) { w.findChild<QAction*>(QString::fromLatin1(name))->trigger(); };
     auto click = [&w](const char* tip) { button(w, QString::fromLatin1(tip))->click(); };
     // A drag from the middle of the list or the canvas, with list row 10 at the top.

@@ -56,14 +56,14 @@ LessonControls::LessonControls(ki::qt::GPanel* column, const Actions& actions) {
     buttonLearn = buttons->gen_button(QString::fromLatin1(ICON_STROKE), {});
     buttonRecall = buttons->gen_button(QStringLiteral("^icons/help.svg"), {});
     buttonRecall->setCheckable(true);
-    buttonToday = buttons->gen_button(QStringLiteral("^icons/play.svg"), {});
-    buttonToday->setCheckable(true);
     buttonShowMe = buttons->gen_button(QStringLiteral("^icons/show.svg"), {});
     // Its place is kept while it is hidden, so no button moves when writing from memory starts.
     QSizePolicy keep = buttonShowMe->sizePolicy();
     keep.setRetainSizeWhenHidden(true);
     buttonShowMe->setSizePolicy(keep);
     buttonShowMe->setVisible(false);
+    buttonToday = buttons->gen_button(QStringLiteral("^icons/play.svg"), {});
+    buttonToday->setCheckable(true);
     labelDue = buttons->gen_label({}, QStringLiteral("due"));
     labelDue->setVisible(false);
     labelDue->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
