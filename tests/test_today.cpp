@@ -189,7 +189,10 @@ TEST(TodaySession, DueReviewsThenNewCharactersThroughMissesGradesAndRestarts) {
 TEST(TodayWindow, TheKeyStartsTheSessionAndTheProgressLineReadsItsCounts) {
     // A history of its own, empty, and the options' defaults (ten new characters a day).
     QTemporaryDir data;
-    const QByteArray dataBefore = qgetenv("XDG_DATA_HOME");
+    struct Restore {
+        QByteArray before = qgetenv("XDG_DATA_HOME");
+        ~Restore() { qputenv("XDG_DATA_HOME", before); }
+    } restore;
     qputenv("XDG_DATA_HOME", data.path().toUtf8());
     ki::qt::GSettings::instance().remove(QStringLiteral("Window/WinHanzi_0"));
     ki::qt::lang::set_lang(QLocale::English);
@@ -234,8 +237,6 @@ TEST(TodayWindow, TheKeyStartsTheSessionAndTheProgressLineReadsItsCounts) {
     const long long shown = w->get_selected_index();
     QTest::keyClick(w.get(), Qt::Key_Right);
     EXPECT_EQ(w->get_selected_index(), shown + 1);
-    w.reset();
-    qputenv("XDG_DATA_HOME", dataBefore);
 }
 
 }  // namespace
