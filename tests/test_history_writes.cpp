@@ -126,6 +126,7 @@ TEST_F(HistoryWritesTest, TwoWritersKeepEachOthersCounts) {
         reader.open(rowDir.path(), true);
         EXPECT_EQ(reader.summary(CP).completions, 12);
         EXPECT_EQ(reader.summary(CP).misses, 12);
+        EXPECT_EQ(reader.last_days(1).back().traces, 24) << "the day's counts too";
     }
 }
 
@@ -286,23 +287,13 @@ TEST_F(HistoryWritesTest, AnAttemptIsJudgedByItsOwnTraces) {
         ASSERT_EQ(store.open(rowDir.path()), ProgressStore::Status::WRITABLE);
         for (const Step& step : row.steps) {
             nowMs = BASE_MS + step.clock;
-            switch (step.what) {
-                case Step::CLEAN_TRACE:
-                    store.record_trace(trace(true));
-                    break;
-                case Step::OUTLINE_TRACE:
-                    store.record_trace(trace(true, AID_OUTLINE));
-                    break;
-                case Step::HINT_TRACE:
-                    store.record_trace(trace(true, 0, true));
-                    break;
-                case Step::COMPLETE:
-                    store.record_completion(completion());
-                    break;
-                case Step::NEW_ATTEMPT:
-                    store.begin_attempt(CP);
-                    break;
-            }
+            if (step.what == Step::COMPLETE)
+                store.record_completion(completion());
+            else if (step.what == Step::NEW_ATTEMPT)
+                store.begin_attempt(CP);
+            else
+                store.record_trace(trace(true, step.what == Step::OUTLINE_TRACE ? AID_OUTLINE : 0,
+                                         step.what == Step::HINT_TRACE));
         }
         store.close();
         EXPECT_EQ(SqlitePeer(rowDir.filePath(ProgressStore::FILE_NAME))
