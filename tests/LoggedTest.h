@@ -22,13 +22,17 @@ class LoggedTest : public testing::Test {
 protected:
     void SetUp() override {
         ki::log::reset_for_tests();
-        ki::log::configure();
-        ki::log::remove_log_appender(ki::log::get_console_appender());
+        configure_quietly();
         capture = std::make_unique<ki::log::LogCapture>();
     }
     void TearDown() override {
         capture.reset();
         ki::log::reset_for_tests();
+    }
+
+    static void configure_quietly() {
+        ki::log::configure();
+        ki::log::remove_log_appender(ki::log::get_console_appender());
     }
 
     std::unique_ptr<ki::log::LogCapture> capture;

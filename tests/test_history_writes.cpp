@@ -292,7 +292,7 @@ TEST_F(HistoryWritesTest, AnAttemptIsJudgedByItsOwnTraces) {
             else if (step.what == Step::NEW_ATTEMPT)
                 store.begin_attempt(CP);
             else
-                store.record_trace(trace(true, step.what == Step::OUTLINE_TRACE ? AID_OUTLINE : 0,
+                store.record_trace(trace(true, step.what == Step::OUTLINE_TRACE ? AID_OUTLINE : 0u,
                                          step.what == Step::HINT_TRACE));
         }
         store.close();
