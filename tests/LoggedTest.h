@@ -10,6 +10,8 @@
 #include <QColor>
 #include <QDir>
 #include <QFile>
+#include <QSqlDatabase>
+#include <QSqlQuery>
 #include <algorithm>
 #include <cmath>
 #include <memory>
@@ -20,13 +22,17 @@ class LoggedTest : public testing::Test {
 protected:
     void SetUp() override {
         ki::log::reset_for_tests();
-        ki::log::configure();
-        ki::log::remove_log_appender(ki::log::get_console_appender());
+        configure_quietly();
         capture = std::make_unique<ki::log::LogCapture>();
     }
     void TearDown() override {
         capture.reset();
         ki::log::reset_for_tests();
+    }
+
+    static void configure_quietly() {
+        ki::log::configure();
+        ki::log::remove_log_appender(ki::log::get_console_appender());
     }
 
     std::unique_ptr<ki::log::LogCapture> capture;
@@ -79,3 +85,30 @@ inline double contrast_ratio(const QColor& a, const QColor& b) {
     };
     return std::max(luminance(a), luminance(b)) / std::min(luminance(a), luminance(b));
 }
+
+/// A connection of its own to an SQLite file, as another program would have.
+class SqlitePeer {
+public:
+    explicit SqlitePeer(const QString& file) {
+        db = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), name);
+        db.setDatabaseName(file);
+        db.open();
+    }
+    ~SqlitePeer() {
+        db.close();
+        db = QSqlDatabase();
+        QSqlDatabase::removeDatabase(name);
+    }
+    /// The first column of the first row, -1 when the query fails or returns nothing.
+    qint64 value(const QString& sql) {
+        QSqlQuery query(db);
+        return query.exec(sql) && query.next() ? query.value(0).toLongLong() : -1;
+    }
+    bool exec(const QString& sql) { return QSqlQuery(db).exec(sql); }
+    QSqlDatabase& database() { return db; }
+
+private:
+    static inline int count = 0;
+    QString name = QStringLiteral("peer-%1").arg(count++);
+    QSqlDatabase db;
+};

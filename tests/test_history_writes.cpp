@@ -8,8 +8,6 @@
 #include <QDateTime>
 #include <QElapsedTimer>
 #include <QProcess>
-#include <QSqlDatabase>
-#include <QSqlQuery>
 #include <QTemporaryDir>
 #include <QTest>
 #include <QTimeZone>
@@ -38,35 +36,10 @@ CompletionRecord completion(int misses = 0) {
     return CompletionRecord{0, 1, CP, 4.0, misses, 1};
 }
 
-/// A second connection to the file, as another program would have.
-class Peer {
-public:
-    explicit Peer(const QString& file) {
-        db = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), name);
-        db.setDatabaseName(file);
-        db.open();
-    }
-    ~Peer() {
-        db.close();
-        db = QSqlDatabase();
-        QSqlDatabase::removeDatabase(name);
-    }
-    qint64 value(const QString& sql) {
-        QSqlQuery query(db);
-        return query.exec(sql) && query.next() ? query.value(0).toLongLong() : -1;
-    }
-    bool exec(const QString& sql) { return QSqlQuery(db).exec(sql); }
-
-private:
-    static inline int count = 0;
-    QString name = QStringLiteral("peer-%1").arg(count++);
-    QSqlDatabase db;
-};
-
 class HistoryWritesTest : public LoggedTest {
 protected:
     QString file() const { return dir.filePath(ProgressStore::FILE_NAME); }
-    qint64 count(const QString& sql) { return Peer(file()).value(sql); }
+    qint64 count(const QString& sql) { return SqlitePeer(file()).value(sql); }
 
     QTemporaryDir dir;
     qint64 nowMs = BASE_MS;
@@ -118,7 +91,7 @@ TEST_F(HistoryWritesTest, EarlierBackupsAreNeverReplaced) {
             kept.push_back(
                 row.step == DAMAGE
                     ? QByteArray::number(read_file(rowDir.filePath(name)).size())
-                    : QByteArray::number(Peer(rowDir.filePath(name)).value("SELECT COUNT(*) FROM traces")));
+                    : QByteArray::number(SqlitePeer(rowDir.filePath(name)).value("SELECT COUNT(*) FROM traces")));
         std::sort(kept.begin(), kept.end());
         std::sort(made.begin(), made.end());
         EXPECT_EQ(kept, made);
@@ -153,6 +126,7 @@ TEST_F(HistoryWritesTest, TwoWritersKeepEachOthersCounts) {
         reader.open(rowDir.path(), true);
         EXPECT_EQ(reader.summary(CP).completions, 12);
         EXPECT_EQ(reader.summary(CP).misses, 12);
+        EXPECT_EQ(reader.last_days(1).back().traces, 24) << "the day's counts too";
     }
 }
 
@@ -229,7 +203,7 @@ TEST_F(HistoryWritesTest, SecondStartRaisesTheFirst) {
 // A held write lock froze the window for 2 s per trace, and the trace was then dropped.
 TEST_F(HistoryWritesTest, BusyFileNeitherBlocksNorDrops) {
     ASSERT_EQ(store.open(dir.path()), ProgressStore::Status::WRITABLE);
-    Peer other(file());
+    SqlitePeer other(file());
     ASSERT_TRUE(other.exec("BEGIN IMMEDIATE"));
     QElapsedTimer took;
     took.start();
@@ -313,26 +287,16 @@ TEST_F(HistoryWritesTest, AnAttemptIsJudgedByItsOwnTraces) {
         ASSERT_EQ(store.open(rowDir.path()), ProgressStore::Status::WRITABLE);
         for (const Step& step : row.steps) {
             nowMs = BASE_MS + step.clock;
-            switch (step.what) {
-                case Step::CLEAN_TRACE:
-                    store.record_trace(trace(true));
-                    break;
-                case Step::OUTLINE_TRACE:
-                    store.record_trace(trace(true, AID_OUTLINE));
-                    break;
-                case Step::HINT_TRACE:
-                    store.record_trace(trace(true, 0, true));
-                    break;
-                case Step::COMPLETE:
-                    store.record_completion(completion());
-                    break;
-                case Step::NEW_ATTEMPT:
-                    store.begin_attempt(CP);
-                    break;
-            }
+            if (step.what == Step::COMPLETE)
+                store.record_completion(completion());
+            else if (step.what == Step::NEW_ATTEMPT)
+                store.begin_attempt(CP);
+            else
+                store.record_trace(trace(true, step.what == Step::OUTLINE_TRACE ? AID_OUTLINE : 0u,
+                                         step.what == Step::HINT_TRACE));
         }
         store.close();
-        EXPECT_EQ(Peer(rowDir.filePath(ProgressStore::FILE_NAME))
+        EXPECT_EQ(SqlitePeer(rowDir.filePath(ProgressStore::FILE_NAME))
                       .value("SELECT clean FROM completions ORDER BY id DESC"),
                   row.lastClean ? 1 : 0);
     }

@@ -245,12 +245,12 @@ TEST_F(HostileSettings, DamagedFileIsKeptBesideOlderCopiesAndTheProgramStartsOnD
         settings.clear_config();
         const QStringList kept = copies();
         ASSERT_EQ(kept.size(), int(row.older) + int(row.state != GOOD)) << kept.join(' ').toStdString();
-        if (row.older) EXPECT_EQ(read_file(damaged()), older) << "an older copy is never replaced";
+        EXPECT_TRUE(!row.older || read_file(damaged()) == older) << "an older copy is never replaced";
         if (row.state == GOOD) continue;
         EXPECT_EQ(read_file(QFileInfo(damaged()).dir().filePath(kept.last())), row.content)
             << "the file is kept for the user as it was";
         EXPECT_EQ(capture->count(row.state == DAMAGED ? "is damaged" : "cannot be read"), 1) << capture->text();
-        if (*row.reason != '\0') EXPECT_TRUE(capture->contains(row.reason)) << capture->text();
+        EXPECT_TRUE(*row.reason == '\0' || capture->contains(row.reason)) << capture->text();
     }
 }
 

@@ -19,13 +19,7 @@ using testing::MatchesRegex;
 namespace {
 
 // Every case starts from a freshly configured log that writes into `capture` only.
-class LogTest : public LoggedTest {
-protected:
-    static void configure_quietly() {
-        configure();
-        remove_log_appender(get_console_appender());
-    }
-};
+using LogTest = LoggedTest;
 
 using Numbered = std::vector<std::pair<unsigned, std::string>>;
 
