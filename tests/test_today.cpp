@@ -177,7 +177,9 @@ TEST(TodaySession, DueReviewsThenNewCharactersThroughMissesGradesAndRestarts) {
         EXPECT_GT(s.elapsedMs, 0);
         // Everything was graded today: nothing is due before tomorrow, an AGAIN comes back then.
         EXPECT_GT(s.nextDueDay, store->local_today());
-        if (row.dueTomorrow) EXPECT_EQ(s.nextDueDay, store->local_today() + 1);
+        if (row.dueTomorrow) {
+            EXPECT_EQ(s.nextDueDay, store->local_today() + 1);
+        }
         EXPECT_EQ(s.streak, 1);
         // Done for today: every character has its card and nothing is left.
         EXPECT_FALSE(run->start());
