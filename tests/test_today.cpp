@@ -239,6 +239,31 @@ TEST(TodayWindow, TheKeyStartsTheSessionAndTheProgressLineReadsItsCounts) {
     const long long shown = w->get_selected_index();
     QTest::keyClick(w.get(), Qt::Key_Right);
     EXPECT_EQ(w->get_selected_index(), shown + 1);
+
+    // With "Start with today's session" on and a review due, the next start opens the session
+    // with that review, written from memory.
+    LessonOptions options = w->get_options();
+    options.startWithToday = true;
+    w->apply_options(options);
+    w->close();
+    w.reset();
+    {
+        morvel::progress::ProgressStore history;
+        ASSERT_EQ(history.open(morvel::progress::ProgressStore::default_folder()),
+                  morvel::progress::ProgressStore::Status::WRITABLE);
+        const qint64 tenDaysAgo = QDateTime::currentMSecsSinceEpoch() - 10 * 86'400'000LL;
+        ASSERT_TRUE(history.record_review({tenDaysAgo, first.unicode, morvel::review::Rating::HARD, 5000}));
+    }
+    w = std::make_unique<Window>(catalogue);
+    w->resize(1024, 750);
+    w->setup();
+    w->show();
+    for (int i = 0; i < 5; ++i) QCoreApplication::processEvents();
+    line = w->findChild<QLabel*>(QStringLiteral("today"));
+    ASSERT_NE(line, nullptr);
+    EXPECT_TRUE(line->isVisible());
+    EXPECT_TRUE(w->get_flow().is_recall());
+    EXPECT_EQ(catalogue.unicode_at(static_cast<unsigned int>(w->get_selected_index())), first.unicode);
 }
 
 }  // namespace
