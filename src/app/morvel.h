@@ -22,12 +22,4 @@ void ini();
 /// Registers a TrueType file and returns its first family, or "" (logged) on failure.
 QString reg_ttf_file(const QString& path);
 
-/// The 87 characters of level 1, ten to a line separated by blanks, lines separated by "\n".
-QString create_chin_block_simple();
-/// The same characters without any separator.
-QString create_chin_line_simple();
-
-/// Logs every UTF-16 unit of `text`: the unit, its hex and its decimal value.
-void show_unicode(unsigned int indent, const QString& text);
-
 }  // namespace morvel
