@@ -1,22 +1,14 @@
 // Today's session: without a window, its order and steps over a real history file, with
 // restarts in the middle; in the window, the button's key and the progress line.
-#include <gtest/gtest.h>
-#include <ki/qt/lang.h>
-#include <ki/tools/GSettings.h>
-
 #include <QApplication>
 #include <QDateTime>
 #include <QLabel>
-#include <QTemporaryDir>
 #include <QTest>
-#include <memory>
 #include <string>
-#include <vector>
 
-#include "app/AppData.h"
+#include "WindowTestKit.h"
 #include "app/ChinChar.h"
 #include "app/Level.h"
-#include "app/Window.h"
 #include "app/lesson/TodaySession.h"
 #include "app/progress/LessonRecorder.h"
 #include "app/progress/ProgressStore.h"
@@ -181,42 +173,27 @@ TEST(TodaySession, DueReviewsThenNewCharactersThroughMissesGradesAndRestarts) {
             EXPECT_EQ(s.nextDueDay, store->local_today() + 1);
         }
         EXPECT_EQ(s.streak, 1);
-        // Done for today: every character has its card and nothing is left.
-        EXPECT_FALSE(run->start());
-        for (const char name : std::string("abcdef"))
-            EXPECT_NE(store->card(code_of(name)).state, morvel::review::CardState::NEW) << name;
+        EXPECT_FALSE(run->start()) << "done for today";
     }
 }
 
-TEST(TodayWindow, TheKeyStartsTheSessionAndTheProgressLineReadsItsCounts) {
+class TodayWindow : public WindowTest {};
+
+TEST_F(TodayWindow, TheKeyStartsTheSessionAndTheProgressLineReadsItsCounts) {
     // A history of its own, empty, and the options' defaults (ten new characters a day).
-    QTemporaryDir data;
-    struct Restore {
-        QByteArray before = qgetenv("XDG_DATA_HOME");
-        ~Restore() { qputenv("XDG_DATA_HOME", before); }
-    } restore;
-    qputenv("XDG_DATA_HOME", data.path().toUtf8());
-    ki::qt::GSettings::instance().remove(QStringLiteral("Window/WinHanzi_0"));
-    ki::qt::lang::set_lang(QLocale::English);
-    AppData catalogue(QStringLiteral(":/wb/shared-res/zh/1"));
-    catalogue.load();
-    auto w = std::make_unique<Window>(catalogue);
-    w->resize(1024, 750);
-    w->setup();
-    w->show();
-    QApplication::setActiveWindow(w.get());
-    for (int i = 0; i < 5; ++i) QCoreApplication::processEvents();
-    ASSERT_TRUE(w->get_recorder().is_open());
-    const unsigned int flags = w->get_control().get_mode_flags();
-    auto* line = w->findChild<QLabel*>(QStringLiteral("today"));
-    ASSERT_NE(line, nullptr);
+    private_history();
+    open();
+    QApplication::setActiveWindow(win.get());
+    ASSERT_TRUE(win->get_recorder().is_open());
+    const unsigned int flags = win->get_control().get_mode_flags();
+    auto* line = win->findChild<QLabel*>(QStringLiteral("today"));
     EXPECT_FALSE(line->isVisible());
 
-    QTest::keyClick(w.get(), Qt::Key_T, Qt::ControlModifier);
+    QTest::keyClick(win.get(), Qt::Key_T, Qt::ControlModifier);
     // Nothing is due: the first character of the first level is watched first.
     const morvel::ChinChar first = morvel::basic_table_from_file(Level::shipped(1).file, 1).at(0);
-    EXPECT_EQ(catalogue.unicode_at(static_cast<unsigned int>(w->get_selected_index())), first.unicode);
-    EXPECT_FALSE(w->get_control().is_mode_bit(MODE_LEARN));
+    EXPECT_EQ(catalogue().unicode_at(static_cast<unsigned int>(win->get_selected_index())), first.unicode);
+    EXPECT_FALSE(win->get_control().is_mode_bit(MODE_LEARN));
     const struct {
         QLocale::Language language;
         const char* text;
@@ -233,37 +210,30 @@ TEST(TodayWindow, TheKeyStartsTheSessionAndTheProgressLineReadsItsCounts) {
     ki::qt::lang::set_lang(QLocale::English);
 
     // Pressed again, the session ends: the lesson is as it was and Next moves through the level.
-    QTest::keyClick(w.get(), Qt::Key_T, Qt::ControlModifier);
+    QTest::keyClick(win.get(), Qt::Key_T, Qt::ControlModifier);
     EXPECT_FALSE(line->isVisible());
-    EXPECT_EQ(w->get_control().get_mode_flags(), flags);
-    const long long shown = w->get_selected_index();
-    QTest::keyClick(w.get(), Qt::Key_Right);
-    EXPECT_EQ(w->get_selected_index(), shown + 1);
+    EXPECT_EQ(win->get_control().get_mode_flags(), flags);
+    const long long shown = win->get_selected_index();
+    QTest::keyClick(win.get(), Qt::Key_Right);
+    EXPECT_EQ(win->get_selected_index(), shown + 1);
 
     // With "Start with today's session" on and a review due, the next start opens the session
     // with that review, written from memory.
-    LessonOptions options = w->get_options();
+    LessonOptions options = win->get_options();
     options.startWithToday = true;
-    w->apply_options(options);
-    w->close();
-    w.reset();
+    win->apply_options(options);
+    win->close();
+    win.reset();
     {
-        morvel::progress::ProgressStore history;
-        ASSERT_EQ(history.open(morvel::progress::ProgressStore::default_folder()),
-                  morvel::progress::ProgressStore::Status::WRITABLE);
-        const qint64 tenDaysAgo = QDateTime::currentMSecsSinceEpoch() - 10 * 86'400'000LL;
-        ASSERT_TRUE(history.record_review({tenDaysAgo, first.unicode, morvel::review::Rating::HARD, 5000}));
+        ProgressStore history;
+        ASSERT_EQ(history.open(ProgressStore::default_folder()), ProgressStore::Status::WRITABLE);
+        const qint64 tenDaysAgo = QDateTime::currentMSecsSinceEpoch() - 10 * DAY_MS;
+        ASSERT_TRUE(history.record_review({tenDaysAgo, first.unicode, Rating::HARD, 5000}));
     }
-    w = std::make_unique<Window>(catalogue);
-    w->resize(1024, 750);
-    w->setup();
-    w->show();
-    for (int i = 0; i < 5; ++i) QCoreApplication::processEvents();
-    line = w->findChild<QLabel*>(QStringLiteral("today"));
-    ASSERT_NE(line, nullptr);
-    EXPECT_TRUE(line->isVisible());
-    EXPECT_TRUE(w->get_flow().is_recall());
-    EXPECT_EQ(catalogue.unicode_at(static_cast<unsigned int>(w->get_selected_index())), first.unicode);
+    open();
+    EXPECT_TRUE(win->findChild<QLabel*>(QStringLiteral("today"))->isVisible());
+    EXPECT_TRUE(win->get_flow().is_recall());
+    EXPECT_EQ(catalogue().unicode_at(static_cast<unsigned int>(win->get_selected_index())), first.unicode);
 }
 
 }  // namespace
