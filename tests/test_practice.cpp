@@ -10,6 +10,7 @@
 #include <glm/geometric.hpp>
 
 #include "LoggedTest.h"
+#include "WindowTestKit.h"
 #include "app/practice/PracticeMarkers.h"
 #include "app/practice/PracticeTexts.h"
 #include "app/practice/TraceClassifier.h"
@@ -42,12 +43,6 @@ std::vector<P> along(const Anim& anim, size_t stroke, float from = 0, float to =
 std::vector<P> with(std::vector<P> points, size_t index, P point) {
     points[index] = point;
     return points;
-}
-
-bool near(const QImage& image, QPointF p, QColor color) {
-    const QColor got = image.pixelColor(p.toPoint());
-    const int redGreen = std::abs(got.red() - color.red()) + std::abs(got.green() - color.green());
-    return redGreen + std::abs(got.blue() - color.blue()) < 60;
 }
 
 // An image of `fill` painted by `paint`, with the painter context's final transform.
@@ -159,9 +154,10 @@ TEST(PracticeClassifier, ReasonsOfRejectedTracesAndTheirMarkers) {
             });
             for (auto [p, color] : probes(row.anim, r, colors)) {
                 color.setAlpha(255);
-                EXPECT_TRUE(near(image, toPixel.map(QPointF(p.x, p.y)), color)) << "theme " << theme;
+                EXPECT_TRUE(near_colour(image.pixelColor(toPixel.map(QPointF(p.x, p.y)).toPoint()), color))
+                    << "theme " << theme;
             }
-            EXPECT_TRUE(near(image, {4, 4}, colors.colorBackground[0])) << "theme " << theme;
+            EXPECT_TRUE(near_colour(image.pixelColor(4, 4), colors.colorBackground[0])) << "theme " << theme;
         }
     }
 }
@@ -190,11 +186,11 @@ TEST(PracticeMarkers, CaptionStaysInItsCornerAndTextsFollowTheLanguage) {
                              PracticeMarkers::paint_caption(gpc, {0, 0, 600, 400}, counter_stroke_text(2, 7),
                                                             colors, PracticeMarkers::Corner::TOP_RIGHT);
                          }).first;
-    int ink[2] = {};
-    for (int y = 0; y < 400; ++y)
-        for (int x = 0; x < 600; ++x) ink[x >= 300] += near(image, QPointF(x, y), colors.colorAnim);
-    EXPECT_EQ(ink[0], 0);
-    EXPECT_GT(ink[1], 20);
+    const auto ink = [&](QRect half) {
+        return count_pixels(half, [&](QPoint p) { return near_colour(image.pixelColor(p), colors.colorAnim); });
+    };
+    EXPECT_EQ(ink({0, 0, 300, 400}), 0);
+    EXPECT_GT(ink({300, 0, 300, 400}), 20);
     const char* keys[] = {"wrong_stroke", "backwards",    "start",        "strayed",
                           "end",          "too_short",    "missed_part",  "not_smooth",
                           "off_place",    "hook_missing", "turn_missing", "too_long"};

@@ -11,7 +11,7 @@
 #include <QTabletEvent>
 #include <QTest>
 
-#include "app/stroke/CanvasHanzi.h"
+#include "WindowTestKit.h"
 #include "app/stroke/StrokeJudge.h"
 
 using morvel::Anim;
@@ -19,20 +19,6 @@ using morvel::CanvasHanzi;
 using morvel::StrokeJudge;
 
 namespace {
-
-// Character units to widget pixels, computed here independently of the canvas: the frame is
-// scaled uniformly to fit and centred.
-struct Fit {
-    float scale;
-    glm::vec2 offset;
-
-    Fit(const ki::math::Rect& box, QSize widget) {
-        scale = std::min(widget.width() / box.w, widget.height() / box.h);
-        offset = {(widget.width() - box.w * scale) / 2.0f - box.x * scale,
-                  (widget.height() - box.h * scale) / 2.0f - box.y * scale};
-    }
-    QPointF to_pixel(glm::vec2 p) const { return {offset.x + p.x * scale, offset.y + p.y * scale}; }
-};
 
 // A finger on a touch screen, delivered through Qt's own touch handling, and a pen; made once
 // the application runs and owned by it. As function statics they were destroyed among the exit
