@@ -162,8 +162,6 @@ TEST_F(GuiTest, StoredLanguageOutOfRangeFallsBackToEnglish) {
     }
     lang::set_lang(QLocale::French);
     EXPECT_EQ(lang::tt("a", "b", "c"), "a") << "languages without texts read English";
-    lang::set_lang(QLocale::Russian);
-    EXPECT_EQ(lang::tt("a", "b", "c"), "c");
     lang::set_lang(QLocale::English);
 }
 
@@ -285,10 +283,8 @@ TEST_F(GuiTest, WindowStateAndLogPanelSurviveIntoTheNextLifetime) {
     EXPECT_EQ(again.get_theme(), th::THEME_GREEN);
     EXPECT_EQ(again.palette().color(QPalette::Window), QColor(30, 50, 30));
     EXPECT_EQ(again.size(), QSize(640, 480));
-    const ki::log::LogConfig restored = again.get_panel_log_view()->get_config();
-    EXPECT_EQ(restored.logLevel, unsigned(ki::log::LOG_WARN));
-    EXPECT_EQ(restored.fontSize, 14u);
-    EXPECT_EQ(again.get_panel_log_view()->get_text_view()->font().pointSize(), 14);
+    EXPECT_EQ(again.get_panel_log_view()->get_config().logLevel, unsigned(ki::log::LOG_WARN));
+    EXPECT_EQ(again.get_panel_log_view()->get_text_view()->font().pointSize(), 14) << "restored and applied";
 }
 
 TEST_F(GuiTest, HotkeysAreUniqueAndNamedActionsParse) {
@@ -305,7 +301,6 @@ TEST_F(GuiTest, HotkeysAreUniqueAndNamedActionsParse) {
     }
     for (const char* key : {"Ctrl+L", "Ctrl+Alt+Q", "F11", "Ctrl+Shift+D", "Ctrl+Shift+T"})
         EXPECT_TRUE(seen.contains(key)) << key;
-    EXPECT_EQ(win.gen_action("left")->shortcut(), QKeySequence(Qt::Key_Left));
 }
 
 // The button shows the icon of the theme (whether each theme's icons are readable is checked with

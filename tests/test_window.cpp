@@ -218,8 +218,6 @@ TEST_F(WindowTest, TracingWithTheMouseTeachesAndFinishesTheCharacter) {
         played.clear();
         for (int k = 0; k < 4; ++k) trace_stroke(canvas, k, false);
         EXPECT_EQ(played, row.sounds);
-        EXPECT_EQ(canvas->get_strokes_learned(), 4);
-        EXPECT_EQ(w.get_control().state().is_complete(), !row.rounds);
         EXPECT_TRUE(canvas->get_path_mouse().is_empty()) << "an accepted trace is cleared";
         EXPECT_EQ(canvas->counter_text(), QString::fromUtf8(row.counter));
     }
@@ -636,8 +634,6 @@ TEST_F(WindowTest, StrictJudgingRejectsAZigzagAndTheLearnersInkAndScoreStay) {
     });
     EXPECT_EQ(canvas->get_rejection().reason, morvel::practice::Reason::NOT_SMOOTH);
     EXPECT_EQ(canvas->get_strokes_learned(), 0);
-    EXPECT_EQ(morvel::practice::reason_text(canvas->get_rejection()),
-              QStringLiteral("Keep the line smooth."));
 
     trace_stroke(canvas, 0, false,
                  [](float share) { return glm::vec2(0.0f, 12.0f * std::sin(share * 6.28f)); });
