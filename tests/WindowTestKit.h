@@ -115,6 +115,12 @@ inline void trigger_item(Window& w, const QStringList& path) {
     menu_item(menu.get(), path)->trigger();
 }
 
+inline void change_options(Window& w, const std::function<void(morvel::prog2::LessonOptions&)>& change) {
+    morvel::prog2::LessonOptions options = w.get_options();
+    change(options);
+    w.apply_options(options);
+}
+
 // The window's parts, found the way a test of any window would find them.
 inline morvel::CanvasHanzi* canvas_of(Window& w) {
     return w.findChild<morvel::CanvasHanzi*>();

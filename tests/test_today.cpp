@@ -219,9 +219,7 @@ TEST_F(TodayWindow, TheKeyStartsTheSessionAndTheProgressLineReadsItsCounts) {
 
     // With "Start with today's session" on and a review due, the next start opens the session
     // with that review, written from memory.
-    LessonOptions options = win->get_options();
-    options.startWithToday = true;
-    win->apply_options(options);
+    change_options(*win, [](LessonOptions& o) { o.startWithToday = true; });
     win->close();
     win.reset();
     {

@@ -146,9 +146,7 @@ TEST_F(WindowTest, SelectionByListButtonsAndHotkeysPlaysAtOnceAndMovesNoButton) 
 // kept the old language until the next trace or character.
 TEST_F(WindowTest, EveryVisibleTextFollowsALanguageSwitchAtOnce) {
     Window& w = open();
-    LessonOptions options = w.get_options();
-    options.reviewDue = true;
-    w.apply_options(options);
+    change_options(w, [](LessonOptions& o) { o.reviewDue = true; });
     w.on_index(INDEX_ZHONG);
     ASSERT_TRUE(w.get_recorder().is_open());
     trace_stroke(canvas_of(w), 0, true);
@@ -210,9 +208,7 @@ TEST_F(WindowTest, TracingWithTheMouseTeachesAndFinishesTheCharacter) {
     morvel::CanvasHanzi* canvas = canvas_of(w);
     for (const auto& row : rows) {
         SCOPED_TRACE(row.name);
-        LessonOptions options = w.get_options();
-        options.practiceRounds = row.rounds;
-        w.apply_options(options);
+        change_options(w, [&](LessonOptions& o) { o.practiceRounds = row.rounds; });
         w.on_index(INDEX_ZHONG);
         ASSERT_EQ(canvas->get_anim().strokes.size(), 4u);
         played.clear();
@@ -351,9 +347,7 @@ TEST_F(WindowTest, AListMarkNeverShowsAboveItsCharacter) {
 // hidden under the trace's red band.
 TEST_F(WindowTest, TheHintIsDrawnOverTheRejectedTrace) {
     Window& w = open();
-    LessonOptions options = w.get_options();
-    options.hintAfterMisses = 3;
-    w.apply_options(options);
+    change_options(w, [](LessonOptions& o) { o.hintAfterMisses = 3; });
     morvel::CanvasHanzi* canvas = canvas_of(w);
     for (const unsigned int theme : {0u, 1u, 2u}) {
         SCOPED_TRACE(theme);
@@ -617,9 +611,7 @@ TEST_F(WindowTest, AnOptionChangeSurvivesAKillRightAfterIt) {
 // accepted, its ink stays over the finished character, and the score is shown and recorded.
 TEST_F(WindowTest, StrictJudgingRejectsAZigzagAndTheLearnersInkAndScoreStay) {
     Window& w = open();  // in learn mode
-    LessonOptions options = w.get_options();
-    options.strictJudging = true;
-    w.apply_options(options);
+    change_options(w, [](LessonOptions& o) { o.strictJudging = true; });
     w.on_index(0);
     morvel::CanvasHanzi* canvas = canvas_of(w);
     ASSERT_EQ(canvas->get_unicode(), 0x4E00);
@@ -653,8 +645,7 @@ TEST_F(WindowTest, StrictJudgingRejectsAZigzagAndTheLearnersInkAndScoreStay) {
                            morvel::LearnerInk::ink_color());
     };
     EXPECT_TRUE(ink_at());
-    options.showMyStrokes = false;
-    w.apply_options(options);
+    change_options(w, [](LessonOptions& o) { o.showMyStrokes = false; });
     EXPECT_FALSE(ink_at());
     const morvel::progress::ScoreStats after = w.get_recorder().store()->score_stats()[0x4E00];
     EXPECT_EQ(after.count, before.count + 1);
@@ -667,9 +658,7 @@ TEST_F(WindowTest, FromMemoryTheCharacterIsHiddenTracesAreJudgedAndKeysGrade) {
     using morvel::practice::Reason;
     using morvel::review::Rating;
     Window& w = open();  // in learn mode, strict judging off
-    LessonOptions options = w.get_options();
-    options.drawConfig = LessonOptions::DRAW_KNOWN;
-    w.apply_options(options);
+    change_options(w, [](LessonOptions& o) { o.drawConfig = LessonOptions::DRAW_KNOWN; });
     w.on_index(INDEX_ZHONG);
     settle();
     morvel::CanvasHanzi* canvas = canvas_of(w);
