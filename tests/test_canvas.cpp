@@ -206,8 +206,6 @@ TEST(ControlAnimModes, OperationsMoveOneLessonState) {
          [](ControlAnim& c) { c.step_stroke(true); }, 0, 0, false},
         {"practice rounds switched on after the last stroke leave the character finished", MODE_LEARN,
          [](ControlAnim& c) { for (int i = 0; i < 4; ++i) c.stroke_accepted(); c.set_rounds(3); }, 0, 4, false, 3},
-        {"again starts from the first stroke", MODE_LEARN,
-         [](ControlAnim& c) { c.stroke_accepted(); c.restart(); }, 0, 0, false},
     };
     // clang-format on
     for (const Row& row : rows) {
