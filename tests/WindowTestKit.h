@@ -59,6 +59,18 @@ struct Fit {
     QPointF to_pixel(glm::vec2 p) const { return {offset.x + p.x * scale, offset.y + p.y * scale}; }
 };
 
+// A character in a 1000-unit box made of strokes given as path data: outline, centre line.
+inline morvel::Anim anim_of(const std::vector<std::pair<QString, QString>>& strokes) {
+    morvel::Anim anim;
+    anim.viewBox = {0, 0, 1000, 1000};
+    for (const auto& [outline, centre] : strokes) {
+        const auto shape = ki::math::Path::from_svg_path_data(outline), line = ki::math::Path::from_svg_path_data(centre);
+        EXPECT_TRUE(shape.ok() && line.ok()) << shape.to_string() << line.to_string();
+        anim.strokes.push_back({shape.value, line.value});
+    }
+    return anim;
+}
+
 inline QPoint to_pixel(const morvel::CanvasHanzi* canvas, glm::vec2 p) {
     return Fit(canvas->get_view_box(), canvas->size()).to_pixel(p).toPoint();
 }

@@ -16,23 +16,10 @@ using morvel::CanvasHanzi;
 
 namespace {
 
-ki::math::Path parse(const QString& data) {
-    auto result = ki::math::Path::from_svg_path_data(data);
-    EXPECT_TRUE(result.ok()) << result.to_string();
-    return result.value;
-}
-
-AnimStroke stroke(const QString& outline, const QString& centre) {
-    return {parse(outline), parse(centre)};
-}
-
 // Centre lines of length 300 and 100, each inside a rectangle that reaches 50 past its ends.
 Anim two_strokes() {
-    Anim anim;
-    anim.viewBox = {0, 0, 1000, 1000};
-    anim.strokes = {stroke("M 50 150 L 450 150 L 450 250 L 50 250 Z", "M 100 200 L 400 200"),
-                    stroke("M 50 450 L 250 450 L 250 550 L 50 550 Z", "M 100 500 L 200 500")};
-    return anim;
+    return anim_of({{"M 50 150 L 450 150 L 450 250 L 50 250 Z", "M 100 200 L 400 200"},
+                    {"M 50 450 L 250 450 L 250 550 L 50 550 Z", "M 100 500 L 200 500"}});
 }
 
 QImage render(CanvasHanzi& canvas, int w, int h) {

@@ -112,11 +112,7 @@ void start_lesson(CanvasHanzi& canvas, bool learn, int learned = 0) {
 
 // One horizontal centre line from (100,500) to (700,500); one pixel per unit at 1000 x 1000.
 Anim line_anim() {
-    Anim line;
-    line.viewBox = {0, 0, 1000, 1000};
-    line.strokes = {{ki::math::Path::from_svg_path_data("M 50 450 L 750 450 L 750 550 L 50 550 Z").value,
-                     ki::math::Path::from_svg_path_data("M 100 500 L 700 500").value}};
-    return line;
+    return anim_of({{"M 50 450 L 750 450 L 750 550 L 50 550 Z", "M 100 500 L 700 500"}});
 }
 
 }  // namespace
