@@ -39,21 +39,12 @@ struct Recall {
         flow.set_recall(true);
     }
     void play(Step step) {
-        switch (step) {
-            case ACCEPT:
-                return flow.stroke_accepted();
-            case REJECT:
-                return flow.stroke_rejected();
-            case SHOW_ME:
-                return flow.show_me();
-            case WAIT_2S:
-                now += 2000;
-                return;
-            case SPACE:
-                return flow.accept_grade();
-            default:
-                return flow.choose_grade(static_cast<Rating>(step - KEY_1 + 1));
-        }
+        if (step == ACCEPT) flow.stroke_accepted();
+        if (step == REJECT) flow.stroke_rejected();
+        if (step == SHOW_ME) flow.show_me();
+        if (step == WAIT_2S) now += 2000;
+        if (step == SPACE) flow.accept_grade();
+        if (step >= KEY_1 && step <= KEY_4) flow.choose_grade(static_cast<Rating>(step - KEY_1 + 1));
     }
     ControlAnim control;
     LessonFlow flow{control, [](int, std::function<void()>) {}};
