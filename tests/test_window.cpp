@@ -228,38 +228,25 @@ TEST_F(WindowTest, ReviewWithNothingDueMovesThroughTheLevelAndSaysWhenTheNextIsD
     ASSERT_EQ(w.get_recorder().due_count(catalogue().code_points()), 0);
     auto* due = w.findChild<QLabel*>(QStringLiteral("due"));
     const std::vector<int> placed = button_places(w);
-    const auto key = [&w](Qt::Key k) { return [&w, k]() { QTest::keyClick(&w, k); }; };
-    struct Row {
-        const char* name;
-        int start;
-        std::function<void()> act;
-        int expected;
-    };
-    const Row rows[] = {
-        {"right key", 4, key(Qt::Key_Right), 5},
-        {"left key", 4, key(Qt::Key_Left), 3},
-        {"left key at the first character stays", 0, key(Qt::Key_Left), 0},
-        {"a finished character, then the right key", 0,
-         [&]() {
-             trace_stroke(canvas_of(w), 0, false);  // 一 has one stroke
-             ASSERT_TRUE(w.get_control().state().is_complete());
-             EXPECT_TRUE(due->text().contains(
-                 QRegularExpression(QStringLiteral("^Nothing due · next in \\d+ (min|h|d)$"))))
-                 << due->text().toStdString();
-             QTest::keyClick(&w, Qt::Key_Right);
-         },
-         1},
-    };
-    for (const Row& row : rows) {
-        SCOPED_TRACE(row.name);
-        w.on_index(row.start);
-        row.act();
+    const auto says_nothing_due = [&]() {
         settle();
-        EXPECT_EQ(w.get_selected_index(), row.expected);
         EXPECT_TRUE(due->isVisibleTo(&w));
         EXPECT_TRUE(due->text().startsWith(QStringLiteral("Nothing due"))) << due->text().toStdString();
         EXPECT_EQ(button_places(w), placed) << "no button moves with the label";
-    }
+    };
+    w.on_index(4);
+    QTest::keyClick(&w, Qt::Key_Right);
+    EXPECT_EQ(w.get_selected_index(), 5);
+    says_nothing_due();
+    // 一 has one stroke: once written, the label also says when the next review is due.
+    w.on_index(0);
+    trace_stroke(canvas_of(w), 0);
+    ASSERT_TRUE(w.get_control().state().is_complete());
+    EXPECT_TRUE(due->text().contains(QRegularExpression(QStringLiteral("^Nothing due · next in \\d+ (min|h|d)$"))))
+        << due->text().toStdString();
+    QTest::keyClick(&w, Qt::Key_Right);
+    EXPECT_EQ(w.get_selected_index(), 1);
+    says_nothing_due();
 }
 
 // The due label counts down in minutes, then hours, then days; never "next in 0 min".
@@ -629,7 +616,6 @@ TEST_F(WindowTest, StrictJudgingRejectsAZigzagAndTheLearnersInkAndScoreStay) {
                  [](float share) { return glm::vec2(0.0f, 12.0f * std::sin(share * 6.28f)); });
     ASSERT_TRUE(w.get_control().state().is_complete());
     const morvel::practice::ScoreCard& card = canvas->get_score_card();
-    EXPECT_TRUE(card.is_finished());
     EXPECT_EQ(card.misses(), 1);
     EXPECT_GE(card.character_score(), 80);
     EXPECT_TRUE(morvel::practice::result_text(card).startsWith(
