@@ -53,6 +53,13 @@ public:
     LayoutEvent lastLayout;
 };
 
+// A window with the log panel as its content.
+template <ClazzName NAME>
+struct LogWindow : TestWindow<NAME> {
+    void ini() override { content = this->gen_log_panel(this->gen_main_panel(GLAYOUT::VERT)); }
+    GPanel* content = nullptr;
+};
+
 class GuiTest : public testing::Test {
 protected:
     void SetUp() override {
@@ -225,9 +232,7 @@ TEST_F(GuiTest, GarbageWindowSettingsAreSurvivedWithDefaults) {
         ki::store::GNode stored;
         stored.set(row.key, row.value);
         GSettings::instance().set_window_node(stored, "TestGarbage_0");
-        struct LoggedWindow : TestWindow<"TestGarbage"> {
-            void ini() override { gen_log_panel(gen_main_panel(GLAYOUT::VERT)); }
-        } win;
+        LogWindow<"TestGarbage"> win;
         win.resize(300, 200);
         win.setup();
         row.check(win);
@@ -241,14 +246,10 @@ TEST_F(GuiTest, WindowStateAndLogPanelSurviveIntoTheNextLifetime) {
     ASSERT_TRUE(store.startsWith(qEnvironmentVariable("XDG_CONFIG_HOME"))) << store.toStdString();
     GSettings::instance().remove("Window/TestState_0");
     ki::log::set_log_level(ki::log::LOG_INFO);  // the panel is read below; the suite runs at warnings
-    struct LogWindow : TestWindow<"TestState"> {
-        void ini() override { content = gen_log_panel(gen_main_panel(GLAYOUT::VERT)); }
-        GPanel* content = nullptr;
-    };
     {
         GMainWindow bare;
         bare.log_panel_control(nullptr, "options");  // before the panel exists: refused, no crash
-        LogWindow first;
+        LogWindow<"TestState"> first;
         first.setup();
         ASSERT_NE(first.content, nullptr);
         EXPECT_EQ(first.gen_log_panel(first.get_main_panel()), nullptr) << "a second log panel";
@@ -275,7 +276,7 @@ TEST_F(GuiTest, WindowStateAndLogPanelSurviveIntoTheNextLifetime) {
         first.set_theme(th::THEME_GREEN);
         first.close();
     }
-    LogWindow again;
+    LogWindow<"TestState"> again;
     again.setup();
     ASSERT_EQ(again.get_object_name(), "TestState_0");
     EXPECT_EQ(again.get_font_size(), 15);
