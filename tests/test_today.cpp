@@ -187,6 +187,7 @@ TEST_F(TodayWindow, TheKeyStartsTheSessionAndTheProgressLineReadsItsCounts) {
     ASSERT_TRUE(win->get_recorder().is_open());
     const unsigned int flags = win->get_control().get_mode_flags();
     auto* line = win->findChild<QLabel*>(QStringLiteral("today"));
+    ASSERT_NE(line, nullptr);
     EXPECT_FALSE(line->isVisible());
 
     QTest::keyClick(win.get(), Qt::Key_T, Qt::ControlModifier);

@@ -235,8 +235,8 @@ TEST_F(WindowTest, ReviewWithNothingDueMovesThroughTheLevelAndSaysWhenTheNextIsD
         EXPECT_EQ(button_places(w), placed) << "no button moves with the label";
     };
     w.on_index(4);
-    QTest::keyClick(&w, Qt::Key_Right);
-    EXPECT_EQ(w.get_selected_index(), 5);
+    QTest::keyClick(&w, Qt::Key_Left);
+    EXPECT_EQ(w.get_selected_index(), 3);
     says_nothing_due();
     // 一 has one stroke: once written, the label also says when the next review is due.
     w.on_index(0);
@@ -709,8 +709,8 @@ TEST_F(WindowTest, FromMemoryTheCharacterIsHiddenTracesAreJudgedAndKeysGrade) {
         EXPECT_EQ(w.get_flow().recall().misses, row.written ? 0 : 1);
         EXPECT_EQ(w.get_flow().recall().grading, row.written);
     }
-    // The last row wrote 一 without a miss and its grade waits, proposed neither AGAIN nor the one
-    // before: each key changes it, Space gives it and moves on.
+    // The last row wrote 一 and its grade waits: each key changes it (each grade below differs from
+    // the one before), Space gives it and moves on.
     std::vector<GradedRecall> graded;
     w.get_flow().liGraded += [&](const GradedRecall& g) { graded.push_back(g); };
     for (const Rating rating : {Rating::AGAIN, Rating::EASY, Rating::HARD, Rating::GOOD, Rating::AGAIN}) {
