@@ -64,7 +64,8 @@ inline morvel::Anim anim_of(const std::vector<std::pair<QString, QString>>& stro
     morvel::Anim anim;
     anim.viewBox = {0, 0, 1000, 1000};
     for (const auto& [outline, centre] : strokes) {
-        const auto shape = ki::math::Path::from_svg_path_data(outline), line = ki::math::Path::from_svg_path_data(centre);
+        const auto shape = ki::math::Path::from_svg_path_data(outline);
+        const auto line = ki::math::Path::from_svg_path_data(centre);
         EXPECT_TRUE(shape.ok() && line.ok()) << shape.to_string() << line.to_string();
         anim.strokes.push_back({shape.value, line.value});
     }

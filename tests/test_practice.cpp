@@ -187,7 +187,8 @@ TEST(PracticeMarkers, CaptionStaysInItsCornerAndTextsFollowTheLanguage) {
                                                             colors, PracticeMarkers::Corner::TOP_RIGHT);
                          }).first;
     const auto ink = [&](QRect half) {
-        return count_pixels(half, [&](QPoint p) { return near_colour(image.pixelColor(p), colors.colorAnim); });
+        return count_pixels(half,
+                            [&](QPoint p) { return near_colour(image.pixelColor(p), colors.colorAnim); });
     };
     EXPECT_EQ(ink({0, 0, 300, 400}), 0);
     EXPECT_GT(ink({300, 0, 300, 400}), 20);

@@ -242,7 +242,8 @@ TEST_F(WindowTest, ReviewWithNothingDueMovesThroughTheLevelAndSaysWhenTheNextIsD
     w.on_index(0);
     trace_stroke(canvas_of(w), 0);
     ASSERT_TRUE(w.get_control().state().is_complete());
-    EXPECT_TRUE(due->text().contains(QRegularExpression(QStringLiteral("^Nothing due · next in \\d+ (min|h|d)$"))))
+    EXPECT_TRUE(
+        due->text().contains(QRegularExpression(QStringLiteral("^Nothing due · next in \\d+ (min|h|d)$"))))
         << due->text().toStdString();
     QTest::keyClick(&w, Qt::Key_Right);
     EXPECT_EQ(w.get_selected_index(), 1);
@@ -301,7 +302,8 @@ TEST_F(WindowTest, StrokeNumbersShowWhatIsWrittenAndWhatComesNext) {
             const glm::vec2 start = canvas->get_anim().strokes[k].pathAnim.point_start();
             const QRect near = QRect(to_pixel(canvas, start - glm::vec2(120.0f)),
                                      to_pixel(canvas, start + glm::vec2(120.0f)));
-            const int changed = count_pixels(near, [&](QPoint p) { return plain.pixel(p) != numbered.pixel(p); });
+            const int changed =
+                count_pixels(near, [&](QPoint p) { return plain.pixel(p) != numbered.pixel(p); });
             EXPECT_EQ(changed > 0, row.numbered[k]) << "stroke " << k;
         }
     }
