@@ -81,8 +81,6 @@ TEST_F(WindowTest, SelectionByListButtonsAndHotkeysPlaysAtOnceAndMovesNoButton) 
         "Options | Toggle fullscreen | Play Sound | Previous Hieroglyph | Next Hieroglyph | Show/Hide List | "
         "Learn the correct strokes in the correct order | Write from memory | "
         "Today's session: due reviews, then new characters (Ctrl+T)");
-    auto trigger = [&w](const char* name) { w.findChild<QAction*>(QString::fromLatin1(name))->trigger(); };
-    auto click = [&w](const char* tip) { button(w, QString::fromLatin1(tip))->click(); };
     // A drag from the middle of the list or the canvas, with list row 10 at the top.
     model_of(w)->set_row_height(20);
     const auto drag = [&w](bool onList, int dy) {
@@ -108,8 +106,9 @@ TEST_F(WindowTest, SelectionByListButtonsAndHotkeysPlaysAtOnceAndMovesNoButton) 
              ki::qt::GPanel* row = list_of(w)->get_row_widget(list_of(w)->get_index_win_top() + 2);
              QTest::mouseClick(row, Qt::LeftButton, {}, row->rect().center());
          }, 2},
-        {"next button", 4, [&]() { click("Next Hieroglyph"); }, 5},
-        {"right action onto a character without a recording", 9, [&]() { trigger("right"); }, 10},
+        {"next button", 4, [&]() { button(w, QStringLiteral("Next Hieroglyph"))->click(); }, 5},
+        {"right action onto a character without a recording", 9,
+         [&]() { w.findChild<QAction*>(QStringLiteral("right"))->trigger(); }, 10},
         {"a 5 px drag on the list is no click and scrolls no whole row", 20, drag(true, 5), 20, 10},
         {"45 px down the list shows two rows further up", 20, drag(true, 45), 20, 8},
         {"a drag outside the list never scrolls it", 20, drag(false, 45), 20, 10},
