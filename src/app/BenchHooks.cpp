@@ -75,6 +75,8 @@ bool BenchHooks::arm_startup(QWidget& window, int count, std::function<void(int)
         ki::pp_warn("BenchHooks::arm_startup, no way to select characters, count:$", count);
         count = 0;
     }
+    // QUENLO_BENCH_VISIT=0 stops at the first frame: a profile of the start-up alone.
+    if (qgetenv(ENV_VISIT) == "0") count = 0;
     window.installEventFilter(new FirstFrameProbe(window, count, std::move(select)));
     return true;
 }

@@ -47,6 +47,10 @@ T read_or(const store::GNode& node, const char* key, const T& fallback) {
 }
 
 constexpr unsigned int ICON_PERCENT_MIN = 50;
+
+int default_font_size() {
+    return os::is_small_device() ? 14 : 11;
+}
 constexpr unsigned int ICON_PERCENT_MAX = 400;
 
 }  // namespace
@@ -70,6 +74,14 @@ GMainWindow::~GMainWindow() {
 
 void GMainWindow::setup() {
     setup_node<WindowClazz<"CMainWindow">>();
+    // The stored size before the contents exist: set afterwards, it made every widget resolve
+    // its font again and load font engines in a size that is never shown.
+    const int size = clamp_font_size(read_or<int>(nWin, "fontSize", default_font_size()));
+    if (size != get_font_size()) {
+        QFont f = font();
+        f.setPointSize(size);
+        setFont(f);
+    }
     ini_standards();
 }
 
@@ -105,7 +117,7 @@ void GMainWindow::restore_state() {
         const QByteArray state = read_or<QByteArray>(nWin, "state", {});
         if (!state.isEmpty()) restoreState(state, 0);
     }
-    const int font_size = read_or<int>(nWin, "fontSize", os::is_small_device() ? 14 : 11);
+    const int font_size = read_or<int>(nWin, "fontSize", default_font_size());
     if (font_size != get_font_size()) set_font_size(font_size);
     pp_trace("GMainWindow::restore_state");
     const unsigned int percent =
