@@ -5,6 +5,8 @@
 
 #include <QFile>
 
+#include <algorithm>
+
 namespace morvel::prog2 {
 
 namespace {
@@ -28,7 +30,11 @@ QString parse_line(QStringView row, int& code) {
     if (tone < u'1' || tone > u'4') return {};
     for (const QChar c : name.chopped(1))
         if (c < u'a' || c > u'z') return {};
-    return name.toString() + QLatin1String(".mp3");
+    // One allocation per line: the index has thousands.
+    QString file(name.size() + 4, Qt::Uninitialized);
+    std::copy(name.begin(), name.end(), file.begin());
+    std::copy_n(u".mp3", 4, file.begin() + name.size());
+    return file;
 }
 
 const QHash<int, QString>& index() {
@@ -50,6 +56,8 @@ const QHash<int, QString>& index() {
 
 QHash<int, QString> Recording::parse_index(const QString& text, int& badLines) {
     QHash<int, QString> byCode;
+    // A line is about ten characters.
+    byCode.reserve(text.size() / 10);
     badLines = 0;
     for (const QStringView row : QStringView(text).tokenize(u'\n')) {
         const QStringView trimmed = row.trimmed();

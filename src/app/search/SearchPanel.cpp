@@ -27,7 +27,6 @@ SearchPanel::SearchPanel(QWidget* parent) : QWidget(parent) {
     layout->setSpacing(2);
     edit = new QLineEdit(this);
     edit->setObjectName(QStringLiteral("searchField"));
-    edit->setClearButtonEnabled(true);
     // Reached by Ctrl+F or a click only: the arrow keys stay with the character list.
     edit->setFocusPolicy(Qt::ClickFocus);
     // The list below decides the column's width, not the field.
@@ -76,6 +75,9 @@ bool SearchPanel::is_searching() const {
 
 void SearchPanel::on_text(const QString& text) {
     using ki::qt::lang::tt;
+    // The clear button shows only over text: made with the first one, it keeps its icon out of
+    // the start-up.
+    if (!text.isEmpty() && !edit->isClearButtonEnabled()) edit->setClearButtonEnabled(true);
     const bool now = !text.trimmed().isEmpty();
     if (now && !index) index = std::make_unique<CharacterSearch>(CharacterSearch::of_shipped_levels());
     list->clear();

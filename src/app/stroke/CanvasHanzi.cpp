@@ -247,16 +247,16 @@ void CanvasHanzi::draw_captions(ki::qt::GPC& gpc, const ki::math::Rect& rect) co
 }
 
 void CanvasHanzi::draw_background(ki::qt::GPC& gpc, const ki::math::Rect& rect) {
-    // Painted every frame rather than cached in a pixmap: a fill and some thirty cosmetic lines
+    // Painted every frame rather than cached in a pixmap: a fill and some thirty thin rectangles
     // cost less than a frame's worth of memory.
     gpc.fill_rect(rect.x, rect.y, rect.w, rect.h, colors.colorBackground[altBackground ? 1 : 0]);
     if (!gridOn || guideGrid != prog2::LessonOptions::GRID_SQUARES) return;
-    // Widget pixels from 0, not scaled with the character: a steady practice paper.
-    const QPen pen = ki::qt::GPC::make_pen(colors.colorGrid, 1.0f, Qt::SolidLine, ki::qt::LINE_MODE_COSMETIC);
-    for (float y = 0.0f; y <= rect.h; y += GRID_SPACING)
-        gpc.draw_line({rect.x, rect.y + y}, {rect.x + rect.w, rect.y + y}, pen);
-    for (float x = 0.0f; x <= rect.w; x += GRID_SPACING)
-        gpc.draw_line({rect.x + x, rect.y}, {rect.x + x, rect.y + rect.h}, pen);
+    // Widget pixels from 0, not scaled with the character: a steady practice paper. One pixel
+    // wide rectangles, not lines: a vertical line is rasterised a pixel per row and made the
+    // grid a good part of the first frame.
+    const QColor& color = colors.colorGrid;
+    for (float y = 0.0f; y <= rect.h; y += GRID_SPACING) gpc.fill_rect(rect.x, rect.y + y, rect.w + 1.0f, 1.0f, color);
+    for (float x = 0.0f; x <= rect.w; x += GRID_SPACING) gpc.fill_rect(rect.x + x, rect.y, 1.0f, rect.h + 1.0f, color);
 }
 
 void CanvasHanzi::fill_outlines(ki::qt::GPC& gpc, int count, const QColor& color) const {
