@@ -5,31 +5,95 @@
 #include <QCryptographicHash>
 #include <QDir>
 #include <QElapsedTimer>
-#include <QLocalServer>
-#include <QLocalSocket>
 #include <QLockFile>
+#include <QSocketNotifier>
 #include <QTextStream>
 #include <QThread>
 #include <QWidget>
+
+#include <cerrno>
+#include <cstring>
+#include <poll.h>
+#include <sys/socket.h>
+#include <sys/stat.h>
+#include <sys/un.h>
+#include <unistd.h>
 
 namespace morvel {
 
 namespace {
 
-constexpr const char* ASK = "raise\n";
-constexpr const char* ANSWER = "raised\n";
+constexpr char ASK[] = "raise\n";
+constexpr char ANSWER[] = "raised\n";
+
+// The socket's address, or false when the path is too long for one.
+bool to_address(const QString& path, sockaddr_un& address) {
+    const QByteArray bytes = QFile::encodeName(path);
+    std::memset(&address, 0, sizeof address);
+    address.sun_family = AF_UNIX;
+    if (bytes.size() >= static_cast<qsizetype>(sizeof address.sun_path)) return false;
+    std::memcpy(address.sun_path, bytes.constData(), static_cast<size_t>(bytes.size()));
+    return true;
+}
+
+// Waits up to `ms` for `events` on `fd`.
+bool wait_for(int fd, short events, int ms) {
+    pollfd watched{fd, events, 0};
+    int result = 0;
+    do {
+        result = ::poll(&watched, 1, ms);
+    } while (result < 0 && errno == EINTR);
+    return result > 0;
+}
+
+// One line (with its newline) from `fd`, read within `ms`; empty when none came.
+QByteArray read_line(int fd, int ms) {
+    QElapsedTimer timer;
+    timer.start();
+    QByteArray line;
+    while (!line.endsWith('\n') && line.size() < 64) {
+        const int left = ms - static_cast<int>(timer.elapsed());
+        if (left <= 0 || !wait_for(fd, POLLIN, left)) return {};
+        char buffer[64];
+        const ssize_t got = ::read(fd, buffer, sizeof buffer);
+        if (got < 0 && (errno == EINTR || errno == EAGAIN)) continue;
+        if (got <= 0) return {};
+        line.append(buffer, got);
+    }
+    return line;
+}
+
+bool write_all(int fd, const char* text) {
+    size_t left = std::strlen(text);
+    while (left > 0) {
+        const ssize_t put = ::send(fd, text, left, MSG_NOSIGNAL);
+        if (put < 0 && errno == EINTR) continue;
+        if (put < 0 && errno == EAGAIN && wait_for(fd, POLLOUT, 1000)) continue;
+        if (put <= 0) return false;
+        text += put;
+        left -= static_cast<size_t>(put);
+    }
+    return true;
+}
 
 }  // namespace
 
 SingleInstance::SingleInstance(const QString& folder)
     : lockPath(QDir(folder).filePath(QStringLiteral("quenlo.lock"))),
-      serverName(QStringLiteral("quenlo-") +
-                 QString::fromLatin1(
-                     QCryptographicHash::hash(QDir(folder).absolutePath().toUtf8(), QCryptographicHash::Sha1)
-                         .toHex()
-                         .left(20))) {}
+      socketPath(QDir(QDir::tempPath())
+                     .filePath(QStringLiteral("quenlo-") +
+                               QString::fromLatin1(QCryptographicHash::hash(QDir(folder).absolutePath().toUtf8(),
+                                                                            QCryptographicHash::Sha1)
+                                                       .toHex()
+                                                       .left(20)))) {}
 
-SingleInstance::~SingleInstance() = default;
+SingleInstance::~SingleInstance() {
+    notifier.reset();
+    if (listening >= 0) {
+        ::close(listening);
+        ::unlink(QFile::encodeName(socketPath).constData());
+    }
+}
 
 bool SingleInstance::claim() {
     QDir().mkpath(QFileInfo(lockPath).path());
@@ -42,46 +106,58 @@ bool SingleInstance::claim() {
                     lockPath);
         return true;
     }
-    server = std::make_unique<QLocalServer>();
-    server->setSocketOptions(QLocalServer::UserAccessOption);
-    // The lock is ours, so a socket of that name was left by a run that was killed.
-    QLocalServer::removeServer(serverName);
-    if (!server->listen(serverName)) {
-        ki::pp_warn("SingleInstance::claim, '$' cannot listen: $", serverName, server->errorString());
+    sockaddr_un address{};
+    if (!to_address(socketPath, address)) {
+        ki::pp_warn("SingleInstance::claim, socket path '$' is too long; a second start cannot reach this one",
+                    socketPath);
         return true;
     }
-    QObject::connect(server.get(), &QLocalServer::newConnection, server.get(), [this]() {
-        while (QLocalSocket* socket = server->nextPendingConnection()) {
-            QObject::connect(socket, &QLocalSocket::disconnected, socket, &QObject::deleteLater);
-            QObject::connect(socket, &QLocalSocket::readyRead, socket, [this, socket]() {
-                if (!socket->canReadLine()) return;
-                if (socket->readLine() != ASK) {
-                    socket->disconnectFromServer();
-                    return;
-                }
-                if (onRaise) onRaise();
-                socket->write(ANSWER);
-                socket->flush();
-            });
-        }
-    });
+    const int fd = ::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0);
+    // The lock is ours, so a socket of that name was left by a run that was killed.
+    ::unlink(address.sun_path);
+    // Only this user may connect: the socket is made without rights for the others.
+    const mode_t mask = ::umask(077);
+    const bool bound = fd >= 0 && ::bind(fd, reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0;
+    ::umask(mask);
+    if (!bound || ::listen(fd, 4) != 0) {
+        ki::pp_warn("SingleInstance::claim, '$' cannot listen: $", socketPath, std::strerror(errno));
+        if (fd >= 0) ::close(fd);
+        return true;
+    }
+    listening = fd;
+    notifier = std::make_unique<QSocketNotifier>(fd, QSocketNotifier::Read);
+    QObject::connect(notifier.get(), &QSocketNotifier::activated, notifier.get(), [this]() { accept_pending(); });
     return true;
 }
 
+void SingleInstance::accept_pending() {
+    for (;;) {
+        const int peer = ::accept4(listening, nullptr, nullptr, SOCK_CLOEXEC);
+        if (peer < 0) return;  // none left (EAGAIN) or gone
+        // A later start writes its request at once; one that does not is not waited for long.
+        if (read_line(peer, 500) == ASK) {
+            if (onRaise) onRaise();
+            write_all(peer, ANSWER);
+        }
+        ::close(peer);
+    }
+}
+
 bool SingleInstance::ask_to_raise(int timeoutMs) const {
+    sockaddr_un address{};
+    if (!to_address(socketPath, address)) return false;
     QElapsedTimer timer;
     timer.start();
     const auto left = [&] { return std::max(1, timeoutMs - static_cast<int>(timer.elapsed())); };
     while (timer.elapsed() < timeoutMs) {
-        QLocalSocket socket;
-        socket.connectToServer(serverName);
-        if (socket.waitForConnected(left())) {
-            socket.write(ASK);
-            if (!socket.waitForBytesWritten(left())) return false;
-            while (!socket.canReadLine())
-                if (!socket.waitForReadyRead(left())) return false;
-            return socket.readLine() == ANSWER;
+        const int fd = ::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
+        if (fd < 0) return false;
+        if (::connect(fd, reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0) {
+            const bool answered = write_all(fd, ASK) && read_line(fd, left()) == ANSWER;
+            ::close(fd);
+            return answered;
         }
+        ::close(fd);
         // Between taking the lock and listening the first instance cannot be reached yet.
         QThread::msleep(100);
     }

@@ -2,13 +2,15 @@
 // One window per user: the first start holds a lock file and listens on a local socket; a later
 // start finds the lock taken, asks the first one to raise its window and ends. The headless
 // commands never get here, so they run beside an open window.
+// The socket is a plain Unix domain socket watched by a QSocketNotifier: Qt Network would map
+// a dozen libraries (Kerberos, libproxy) into every start for this one line of talk.
 
 #include <QString>
 #include <functional>
 #include <memory>
 
-class QLocalServer;
 class QLockFile;
+class QSocketNotifier;
 class QWidget;
 
 namespace morvel {
@@ -37,10 +39,14 @@ public:
     static void raise(QWidget& window);
 
 private:
+    /// Takes the waiting connections and answers each one's request.
+    void accept_pending();
+
     QString lockPath;
-    QString serverName;
+    QString socketPath;
     std::unique_ptr<QLockFile> lock;
-    std::unique_ptr<QLocalServer> server;
+    int listening = -1;
+    std::unique_ptr<QSocketNotifier> notifier;
 };
 
 }  // namespace morvel
