@@ -6,8 +6,10 @@
 # temporary folder. Extra arguments go to quenlo_bench, e.g. --benchmark_filter=Judge.
 # Set QUENLO_BENCH_RUNS to change the number of start-up runs (default 15),
 # QUENLO_BENCH_STARTUP_ONLY=1 to skip the micro-benchmarks (and their build),
-# QUENLO_BENCH_BUILD_TYPE to measure another CMake build type than Release and
-# QUENLO_BENCH_BUILD_DIR to build somewhere else than build-bench.
+# QUENLO_BENCH_BUILD_TYPE to measure another CMake build type than Release,
+# QUENLO_BENCH_BUILD_DIR to build somewhere else than build-bench and QUENLO_BENCH_BEFORE to a
+# build folder of an earlier quenlo (built alike) to measure it in the same runs, in turn with
+# this one and the bare program: the tables then have a "before" column.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
@@ -15,6 +17,11 @@ BUILD_DIR=${QUENLO_BENCH_BUILD_DIR:-build-bench}
 RUNS=${QUENLO_BENCH_RUNS:-15}
 BUILD_TYPE=${QUENLO_BENCH_BUILD_TYPE:-Release}
 STARTUP_ONLY=${QUENLO_BENCH_STARTUP_ONLY:-0}
+BEFORE=${QUENLO_BENCH_BEFORE:-}
+if [ -n "$BEFORE" ] && [ ! -x "$BEFORE/quenlo" ]; then
+  echo "bench.sh: QUENLO_BENCH_BEFORE='$BEFORE' holds no quenlo program" >&2
+  exit 2
+fi
 RESULTS=bench/results
 export QT_QPA_PLATFORM=offscreen
 export LC_ALL=C
@@ -43,18 +50,20 @@ fi
 # The median of the numbers on standard input.
 median() { sort -n | awk '{v[NR] = $1} END {if (NR == 0) print "n/a"; else if (NR % 2) print v[(NR + 1) / 2]; else print (v[NR / 2] + v[NR / 2 + 1]) / 2}'; }
 
-# The time from launch to the first painted frame of one run of "$@", prefixed with "$tag".
+# The time from launch to the first painted frame of one run of "$@", prefixed with "$tag", and
+# the time of each start-up step quenlo prints ("$tag step:<name> <ms>").
 first_frame() {
   local tag=$1
   shift
-  { QUENLO_BENCH_T0=$EPOCHREALTIME "$@" 2>/dev/null || true; } | sed -n "s/^quenlo-bench first-frame-ms:/$tag /p"
+  { QUENLO_BENCH_T0=$EPOCHREALTIME "$@" 2>/dev/null || true; } |
+    sed -n -e "s/^quenlo-bench first-frame-ms:/$tag /p" -e "s/^quenlo-bench \(step:[a-z]*\) ms:/$tag \1 /p"
 }
 
 # Milliseconds from the first frame to the first recording handed to the player (the visit
 # selects the first character right after the frame; with an audio device play() follows at
 # once), from the log's time stamps of one run.
 first_sound_ms() {
-  { QUENLO_BENCH_STARTUP=1 "$BUILD_DIR/quenlo" -__log_level debug 2>/dev/null || true; } | awk '
+  { QUENLO_BENCH_STARTUP=1 "$1" -__log_level debug 2>/dev/null || true; } | awk '
     function ms(s, p) { split(s, p, ":"); return (p[1] * 3600 + p[2] * 60 + p[3]) * 1000 }
     /^quenlo-bench first-frame-ms:/ {frame = 1; next}
     frame == 1 && /^\[/ {gsub(/[][]/, "", $3); t0 = ms($3); frame = 2}
@@ -70,22 +79,29 @@ echo "== start-up to the first painted frame, median of $RUNS runs, offscreen"
 # One run of each first: it writes quenlo's settings, as a returning learner has them, and warms
 # the file cache for both.
 QUENLO_BENCH_STARTUP=1 "$BUILD_DIR/quenlo" >/dev/null 2>&1 || true
+[ -z "$BEFORE" ] || QUENLO_BENCH_STARTUP=1 "$BEFORE/quenlo" >/dev/null 2>&1 || true
 "$BUILD_DIR/bench_bare_label" >/dev/null 2>&1 || true
-# quenlo and the bare program in turn, so that both see the same load.
+# quenlo (and the earlier one) and the bare program in turn, so that all see the same load.
 pair_runs=$(for _ in $(seq "$RUNS"); do
   QUENLO_BENCH_STARTUP=1 first_frame q "$BUILD_DIR/quenlo"
+  [ -z "$BEFORE" ] || QUENLO_BENCH_STARTUP=1 first_frame p "$BEFORE/quenlo"
   first_frame b "$BUILD_DIR/bench_bare_label"
 done)
-quenlo_ms=$(awk '$1 == "q" {print $2}' <<<"$pair_runs" | median)
-bare_ms=$(awk '$1 == "b" {print $2}' <<<"$pair_runs" | median)
+quenlo_ms=$(awk '$1 == "q" && NF == 2 {print $2}' <<<"$pair_runs" | median)
+before_ms=$(awk '$1 == "p" && NF == 2 {print $2}' <<<"$pair_runs" | median)
+bare_ms=$(awk '$1 == "b" && NF == 2 {print $2}' <<<"$pair_runs" | median)
 visit_ms=$(for _ in $(seq 5); do { QUENLO_BENCH_STARTUP=1 "$BUILD_DIR/quenlo" 2>/dev/null || true; } |
   sed -n 's/^quenlo-bench visited:[0-9]* ms://p'; done | median)
-sound_ms=$(for _ in $(seq 5); do first_sound_ms; done | median)
+sound_ms=$(for _ in $(seq 5); do first_sound_ms "$BUILD_DIR/quenlo"; done | median)
+before_sound_ms=n/a
+[ -z "$BEFORE" ] || before_sound_ms=$(for _ in $(seq 5); do first_sound_ms "$BEFORE/quenlo"; done | median)
 rss_runs=$(for _ in 1 2 3; do
   echo "q $(QUENLO_BENCH_STARTUP=1 peak_rss_mb "$BUILD_DIR/quenlo")"
+  [ -z "$BEFORE" ] || echo "p $(QUENLO_BENCH_STARTUP=1 peak_rss_mb "$BEFORE/quenlo")"
   echo "b $(peak_rss_mb "$BUILD_DIR/bench_bare_label")"
 done)
 quenlo_rss=$(awk '$1 == "q" {print $2}' <<<"$rss_runs" | median)
+before_rss=$(awk '$1 == "p" {print $2}' <<<"$rss_runs" | median)
 bare_rss=$(awk '$1 == "b" {print $2}' <<<"$rss_runs" | median)
 # Level 1 and level 7 started in turn, so that both see the same load; --level keeps the level,
 # each run reads only its own.
@@ -99,13 +115,27 @@ level1_ms=$(awk '$1 == 1 {print $2}' <<<"$level_runs" | median)
 level7_ms=$(awk '$1 == 7 {print $2}' <<<"$level_runs" | median)
 
 {
-  printf '%-32s %10s %10s %8s\n' "" quenlo bare ratio
-  printf '%-32s %10s %10s %8s\n' "first frame (ms)" "$quenlo_ms" "$bare_ms" \
-    "$(awk -v a="$quenlo_ms" -v b="$bare_ms" 'BEGIN {if (b > 0) printf "%.2f", a / b}')"
-  printf '%-32s %10s %10s %8s\n' "first frame, level 7 vs 1 (ms)" "$level7_ms" "$level1_ms" \
-    "$(awk -v a="$level7_ms" -v b="$level1_ms" 'BEGIN {if (b > 0) printf "%.2f", a / b}')"
-  printf '%-32s %10s %10s %8s\n' "peak RSS after all 87 (MB)" "$quenlo_rss" "$bare_rss" \
-    "+$(awk -v a="$quenlo_rss" -v b="$bare_rss" 'BEGIN {printf "%.1f", a - b}')"
+  ratio() { awk -v a="$1" -v b="$2" 'BEGIN {if (a + 0 > 0 && b + 0 > 0) printf "%.2f", a / b; else print "n/a"}'; }
+  plus() { awk -v a="$1" -v b="$2" 'BEGIN {if (a + 0 > 0 && b + 0 > 0) printf "+%.1f", a - b; else print "n/a"}'; }
+  printf '%-32s %10s %10s %8s' "" quenlo bare ratio
+  [ -z "$BEFORE" ] && echo || printf ' %10s %8s\n' before ratio
+  printf '%-32s %10s %10s %8s' "first frame (ms)" "$quenlo_ms" "$bare_ms" "$(ratio "$quenlo_ms" "$bare_ms")"
+  [ -z "$BEFORE" ] && echo || printf ' %10s %8s\n' "$before_ms" "$(ratio "$before_ms" "$bare_ms")"
+  printf '%-32s %10s %10s %8s\n' "first frame, level 7 vs 1 (ms)" "$level7_ms" "$level1_ms" "$(ratio "$level7_ms" "$level1_ms")"
+  printf '%-32s %10s %10s %8s' "peak RSS after all 87 (MB)" "$quenlo_rss" "$bare_rss" "$(plus "$quenlo_rss" "$bare_rss")"
+  [ -z "$BEFORE" ] && echo || printf ' %10s %8s\n' "$before_rss" "$(plus "$before_rss" "$bare_rss")"
   printf '%-32s %10s\n' "visiting all 87, painted (ms)" "$visit_ms"
-  printf '%-32s %10s\n' "first frame to first sound (ms)" "$sound_ms"
+  printf '%-32s %10s' "first frame to first sound (ms)" "$sound_ms"
+  [ -z "$BEFORE" ] && echo || printf ' %21s\n' "$before_sound_ms"
+  # The steps of quenlo's start-up (median ms since launch), this build against the earlier one.
+  echo
+  printf '%-32s %10s' "start-up step (ms since launch)" quenlo
+  [ -z "$BEFORE" ] && echo || printf ' %10s\n' before
+  for step in main settings application ini window shown; do
+    printf '%-32s %10s' "  $step" "$(awk -v s="step:$step" '$1 == "q" && $2 == s {print $3}' <<<"$pair_runs" | median)"
+    [ -z "$BEFORE" ] && echo ||
+      printf ' %10s\n' "$(awk -v s="step:$step" '$1 == "p" && $2 == s {print $3}' <<<"$pair_runs" | median)"
+  done
+  printf '%-32s %10s' "  first frame" "$quenlo_ms"
+  [ -z "$BEFORE" ] && echo || printf ' %10s\n' "$before_ms"
 } | tee "$RESULTS/startup-latest.txt"
