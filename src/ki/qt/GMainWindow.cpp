@@ -2,6 +2,7 @@
 #include <ki/log/GLog.h>
 #include <ki/qt/GApp.h>
 #include <ki/qt/GMainWindow.h>
+#include <ki/qt/guitools/GIconCache.h>
 #include <ki/qt/components/GButton.h>
 #include <ki/qt/components/GMenu.h>
 #include <ki/qt/components/GPanel.h>
@@ -658,7 +659,8 @@ void GMainWindow::set_window_icon(const QString& path, const QSize& size) {
         pp_error("GMainWindow::set_icon, icon not valid, '$'", path);
         return;
     }
-    QIcon icon(resolved);
+    const bool stored = resolved.startsWith(QLatin1String(":/")) && resolved.endsWith(QLatin1String(".svg"));
+    QIcon icon = stored ? icon_cache::make(resolved) : QIcon(resolved);
     if (icon.isNull()) {
         pp_error("GMainWindow::set_icon, icon.isNull(), path '$'", path);
         return;

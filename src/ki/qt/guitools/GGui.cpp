@@ -2,6 +2,7 @@
 #include <ki/qt/GApp.h>
 #include <ki/qt/GMainWindow.h>
 #include <ki/qt/guitools/GGui.h>
+#include <ki/qt/guitools/GIconCache.h>
 #include <ki/qt/themes.h>
 
 #include <QAbstractButton>
@@ -84,7 +85,8 @@ QIcon get_icon(const QString& name, unsigned int theme) {
         pp_error("GGui::get_icon, icon not found, '$' ($)", name, path);
         return {};
     }
-    QIcon icon(path);
+    // Compiled-in SVG icons are drawn from stored renderings; a file may change under us.
+    QIcon icon = key.isEmpty() || !path.endsWith(QLatin1String(".svg")) ? QIcon(path) : icon_cache::make(path);
     if (!key.isEmpty()) resource_icons().insert(key, icon);
     return icon;
 }
