@@ -4,7 +4,6 @@
 // through the canvas (and the reasons found for exactly its rejections), and the score card of a
 // character.
 #include <gtest/gtest.h>
-#include <ki/log/GLog.h>
 
 #include <QCoreApplication>
 #include <QDir>
@@ -81,21 +80,19 @@ bool lenient_accepts(const AnimStroke& stroke, const std::vector<P>& samples, in
     return judge.release(samples.back(), stroke, r) == morvel::StrokeJudge::Verdict::ACCEPTED;
 }
 
+// Across 一 (about 800 units wide): five peaks of ±80 units.
+P zigzag(float share) {
+    return P(0, 80 * std::asin(std::sin(share * 5 * 3.14159f)) / 1.5708f);
+}
+
 Judgement strict(const Anim& anim, int stroke, const std::vector<P>& samples) {
     return TraceVerdict::judge(anim, stroke, samples, R, true,
                                lenient_accepts(anim.strokes[size_t(stroke)], samples));
 }
 
-struct QuietLog {
-    unsigned int before = ki::log::get_log_level();
-    QuietLog() { ki::log::set_log_level(ki::log::LOG_WARN); }
-    ~QuietLog() { ki::log::set_log_level(static_cast<int>(before)); }
-};
-
 }  // namespace
 
 TEST(TraceMeasures, DistancePlacementAndSizeOfRealStrokes) {
-    QuietLog quiet;
     const Anim yi = character(19968), shi = character(21313), wo = character(25105);
     const AnimStroke &yiLine = yi.strokes[0], &shiDown = shi.strokes[1], &woHook = wo.strokes[4];
     const P lift(0, -110);
@@ -127,15 +124,10 @@ TEST(TraceMeasures, DistancePlacementAndSizeOfRealStrokes) {
 }
 
 TEST(TraceMeasures, SmoothnessHooksAndTurnsOfRealStrokes) {
-    QuietLog quiet;
     const Anim yi = character(19968), le = character(20102), xiao = character(23567), wo = character(25105),
                zhong = character(20013);
     const AnimStroke &yiLine = yi.strokes[0], &leHook = le.strokes[1], &xiaoHook = xiao.strokes[0],
                      &woHook = wo.strokes[4], &zhongTurn = zhong.strokes[1], &zhongDown = zhong.strokes[3];
-    // 一 is about 800 units wide: five peaks of ±80 units, and one slow wave of ±10.
-    const auto zigzag = [](float share) {
-        return P(0, 80 * std::asin(std::sin(share * 5 * 3.14159f)) / 1.5708f);
-    };
     const auto wave = [](float share) { return P(0, 10 * std::sin(share * 6.2832f)); };
     // A hook left out: the stroke stops where its hook begins.
     const auto no_hook = [](const AnimStroke& s) {
@@ -176,12 +168,8 @@ TEST(TraceMeasures, SmoothnessHooksAndTurnsOfRealStrokes) {
 // The strict verdict on real characters: each new reason, its marker's points, and the exact
 // threshold of placement, which passes.
 TEST(TraceVerdict, StrictReasonsOnRealCharacters) {
-    QuietLog quiet;
     const Anim yi = character(19968), le = character(20102), shi = character(21313), zhong = character(20013);
     const AnimStroke &yiLine = yi.strokes[0], &leHook = le.strokes[1];
-    const auto zigzag = [](float share) {
-        return P(0, 80 * std::asin(std::sin(share * 5 * 3.14159f)) / 1.5708f);
-    };
     const float limit = TraceVerdict::MAX_OFFSET * 1024;
     const Anim wo = character(25105);
     std::vector<P> bigDot =
@@ -215,18 +203,20 @@ TEST(TraceVerdict, StrictReasonsOnRealCharacters) {
     };
     for (const auto& row : rows) {
         SCOPED_TRACE(row.name);
-        const bool lenient = lenient_accepts(row.anim.strokes[size_t(row.stroke)], row.samples, row.r);
+        const AnimStroke& stroke = row.anim.strokes[size_t(row.stroke)];
+        const bool lenient = lenient_accepts(stroke, row.samples, row.r);
         ASSERT_TRUE(lenient || row.reason == Reason::BACKWARDS);
         const Judgement j = TraceVerdict::judge(row.anim, row.stroke, row.samples, row.r, true, lenient);
         EXPECT_EQ(j.rejection.reason, row.reason);
         EXPECT_EQ(j.accepted, row.reason == Reason::NONE);
-        if (row.reason == Reason::OFF_PLACE)
-            EXPECT_LT(
-                glm::distance(j.rejection.expected, measures::centroid(measures::resample(
-                                                        row.anim.strokes[size_t(row.stroke)].pathAnim))),
-                1.0f)
+        if (row.reason == Reason::OFF_PLACE) {
+            EXPECT_LT(glm::distance(j.rejection.expected, measures::centroid(measures::resample(stroke.pathAnim))),
+                      1.0f)
                 << "the arrow points at the stroke's centre";
-        if (row.reason == Reason::HOOK_MISSING) EXPECT_EQ(j.rejection.expected, leBends.bends[0].point);
+        }
+        if (row.reason == Reason::HOOK_MISSING) {
+            EXPECT_EQ(j.rejection.expected, leBends.bends[0].point);
+        }
         // The lenient judge's verdict is the same judgement without the strict rules.
         const Judgement off = TraceVerdict::judge(row.anim, row.stroke, row.samples, row.r, false, lenient);
         EXPECT_EQ(off.score, j.score);
@@ -237,7 +227,6 @@ TEST(TraceVerdict, StrictReasonsOnRealCharacters) {
 // The score of a trace: 100 on the centre line, lower with every fault the larger it is, never
 // below 0.
 TEST(TraceVerdict, ScoreFallsWithEveryFault) {
-    QuietLog quiet;
     const Anim yi = character(19968);
     const AnimStroke& line = yi.strokes[0];
     const auto score = [&](const std::vector<P>& samples) {
@@ -268,7 +257,6 @@ TEST(TraceVerdict, ScoreFallsWithEveryFault) {
 // The matrix the thresholds were chosen on: every stroke of every level, each kind of trace the
 // generator makes, judged as the canvas judges with strict judging on.
 TEST(TraceVerdict, ConfusionMatrixOfStrictJudgingOnEveryLevel) {
-    QuietLog quiet;
     for (int number = 1; number <= 4; ++number) {
         TraceGenerator generator(0x5EED0000u + static_cast<unsigned>(number));
         std::map<TraceKind, std::pair<int, int>> counts;  // accepted, all
@@ -297,7 +285,6 @@ TEST(TraceVerdict, ConfusionMatrixOfStrictJudgingOnEveryLevel) {
 // Strict judging off: through the canvas's mouse handlers, every generated trace of every level
 // stroke gets the verdict the judge alone gives.
 TEST(TraceVerdict, LenientVerdictsThroughTheCanvasAreAsBefore) {
-    QuietLog quiet;
     morvel::CanvasHanzi canvas;
     canvas.resize(700, 700);
     canvas.set_r_circle(R);
