@@ -37,10 +37,6 @@ std::vector<VectorRow> read_vectors() {
     return rows;
 }
 
-double relative(double got, double want) {
-    return std::abs(got - want) / std::max(std::abs(want), 1e-12);
-}
-
 }  // namespace
 
 TEST(ReviewScheduler, ReplaysReferenceHistories) {
@@ -48,8 +44,7 @@ TEST(ReviewScheduler, ReplaysReferenceHistories) {
     ASSERT_GE(rows.size(), 5000u);
 
     Card card;
-    int history = -1, histories = 0, intervalMismatches = 0;
-    double worstStability = 0, worstDifficulty = 0, worstRecall = 0;
+    int history = -1, histories = 0;
     for (const VectorRow& row : rows) {
         if (row.history != history) {
             history = row.history;
@@ -59,13 +54,8 @@ TEST(ReviewScheduler, ReplaysReferenceHistories) {
         const Scheduler scheduler(row.retention);
         const std::string where =
             "history " + std::to_string(row.history) + ", review " + std::to_string(card.reps + 1);
-        worstRecall =
-            std::max(worstRecall, std::abs(scheduler.retrievability(card, row.day) - row.retrievability));
+        EXPECT_NEAR(scheduler.retrievability(card, row.day), row.retrievability, 1e-6) << where;
         card = scheduler.review(card, row.day, static_cast<Rating>(row.rating));
-
-        worstStability = std::max(worstStability, relative(card.stability, row.stability));
-        worstDifficulty = std::max(worstDifficulty, relative(card.difficulty, row.difficulty));
-        if (card.interval != row.interval) ++intervalMismatches;
         EXPECT_EQ(card.interval, row.interval) << where;
         EXPECT_EQ(card.due, row.due) << where;
         EXPECT_EQ(card.reps, row.reps) << where;
@@ -75,13 +65,6 @@ TEST(ReviewScheduler, ReplaysReferenceHistories) {
         EXPECT_NEAR(card.difficulty, row.difficulty, 1e-4 * row.difficulty) << where;
     }
     EXPECT_GE(histories, 500);
-    EXPECT_LE(worstRecall, 1e-6);
-    RecordProperty("histories", histories);
-    RecordProperty("reviews", static_cast<int>(rows.size()));
-    std::printf(
-        "parity: %d histories, %zu reviews, stability %.3g, difficulty %.3g, recall %.3g, %d interval "
-        "mismatches\n",
-        histories, rows.size(), worstStability, worstDifficulty, worstRecall, intervalMismatches);
 }
 
 TEST(ReviewScheduler, StoredDataItCannotTrust) {
