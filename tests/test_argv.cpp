@@ -15,34 +15,29 @@ TEST_F(ArgvTest, Parse) {
     struct Row {
         const char* name;
         QString source;
-        QStringList must_have;
         QMap<QString, QVariant> expected;  // empty for a refused line
         const char* error;                 // the one logged error, or nullptr
     };
     const std::vector<Row> rows = {
-        {"empty command line", "", {}, {}, nullptr},
-        {"flag then value", "--verbose --x 3", {}, {{"verbose", flag}, {"x", "3"}}, nullptr},
+        {"empty command line", "", {}, nullptr},
+        {"flag then value", "--verbose --x 3", {{"verbose", flag}, {"x", "3"}}, nullptr},
         {"quoted value keeps its spaces",
          "--title \"two  words\" -n 1",
-         {},
          {{"title", "two  words"}, {"n", "1"}},
          nullptr},
-        {"quote touching its key is the value", "--a\"b c\" --d", {}, {{"a", "b c"}, {"d", flag}}, nullptr},
-        {"value-less last key becomes a flag", "--a 1 --last", {}, {{"a", "1"}, {"last", flag}}, nullptr},
-        {"value starting with a dash is the next key", "--n -5", {}, {{"n", flag}, {"5", flag}}, nullptr},
-        {"no-break space separates", QStringLiteral("--a\u00A0b"), {}, {{"a", "b"}}, nullptr},
-        {"must-have keys present", "--b 2 --a 1", {"a", "b"}, {{"a", "1"}, {"b", "2"}}, nullptr},
-        {"lone dash", "-", {}, {}, "GArgv::parse, empty key"},
-        {"word without dash", "--a 1 foo", {}, {}, "GArgv::parse, expected key, got 'foo'"},
-        {"unterminated quote", "--t \"abc", {}, {}, "GArgv::parse, unterminated quote in argument string"},
-        {"quote where a key belongs", "\"abc\" --x", {}, {}, "GArgv::parse, unexpected token type"},
-        {"must-have key missing", "--a 1", {"a", "b", "c"}, {}, "'b' missing"},
+        {"quote touching its key is the value", "--a\"b c\" --d", {{"a", "b c"}, {"d", flag}}, nullptr},
+        {"value-less last key becomes a flag", "--a 1 --last", {{"a", "1"}, {"last", flag}}, nullptr},
+        {"value starting with a dash is the next key", "--n -5", {{"n", flag}, {"5", flag}}, nullptr},
+        {"no-break space separates", QStringLiteral("--a\u00A0b"), {{"a", "b"}}, nullptr},
+        {"lone dash", "-", {}, "GArgv::parse, empty key"},
+        {"word without dash", "--a 1 foo", {}, "GArgv::parse, expected key, got 'foo'"},
+        {"unterminated quote", "--t \"abc", {}, "GArgv::parse, unterminated quote in argument string"},
+        {"quote where a key belongs", "\"abc\" --x", {}, "GArgv::parse, unexpected token type"},
     };
     for (const Row& row : rows) {
         SCOPED_TRACE(row.name);
         capture->clear();
         ki::GArgv args(row.source);
-        args.set_must_have_keys(row.must_have);
         EXPECT_EQ(args.parse(), row.error == nullptr);
         EXPECT_EQ(args.get_options(), row.expected);
         const auto lines = capture->lines();
@@ -71,19 +66,6 @@ TEST_F(ArgvTest, ArgumentsSurviveJoiningAndSplitting) {
     args.set_source("--other 1 stray");
     EXPECT_FALSE(args.parse());
     EXPECT_EQ(args.get_options(), expected);
-}
-
-TEST_F(ArgvTest, MissingKeyAndExample) {
-    ki::GArgv args("--a 1");
-    args.set_must_have_keys({"a", "b"});
-    args.set_optional_keys({"c"});
-    EXPECT_FALSE(args.parse());
-    EXPECT_EQ(args.build_cmd_line_example(false), "--a arg --b arg");
-    EXPECT_EQ(args.build_cmd_line_example(true), "--a arg --b arg [--c arg]");
-    capture->clear();
-    args.show_example("quenlo");
-    EXPECT_TRUE(capture->contains("missing --b"));
-    EXPECT_TRUE(capture->contains("--help"));
 }
 
 // A typo in a headless option must not open the window silently instead.

@@ -79,6 +79,7 @@ TEST(Format, PlaceholdersAndEveryArgumentType) {
     for (const Row& r : rows) EXPECT_EQ(r.got, r.want) << r.name;
 }
 
+// The renderers the log and the XML reader use.
 TEST(Format, Renderers) {
     using namespace ki::str;
     using namespace ki::time;
@@ -86,53 +87,12 @@ TEST(Format, Renderers) {
     EXPECT_EQ(sprintF("%d-%s", 5, "x"), "5-x");
     EXPECT_EQ(sprintF("%s", std::string(4095, 'a').c_str()).size(), 4095u);
     EXPECT_EQ(sprintF(std::string(4096, 'a').c_str()), "") << "over-long format refused";
-
-    EXPECT_EQ(format_1000(1234567, ','), "1,234,567");
-    EXPECT_EQ(format_1000(-1234, '.'), "-1.234");
-    EXPECT_EQ(format_1000(999, ','), "999");
-    EXPECT_EQ(format_1000(std::numeric_limits<long long>::min(), ','), "-9,223,372,036,854,775,808");
-    EXPECT_EQ(format_magnitude(999, true), "999");
-    EXPECT_EQ(format_magnitude(1000, false), "thousand");
-    EXPECT_EQ(format_magnitude(2500000, true), "2 million");
-    EXPECT_EQ(format_magnitude(18446744073709551615ULL, true), "18 quintillion");
-    EXPECT_EQ(format_bytes(2.5e12), "2500.00 TB") << "TB keeps the GB divisor";
-    EXPECT_EQ(format_bytes(1e6), "1000.00 KB") << "10^6 is not above the MB bound";
-    EXPECT_EQ(format_bytes(1.5e9), "1.50 GB");
-    EXPECT_EQ(format_bytes_1024(1024.0 * 1024 * 3), "3.00 MB");
-    EXPECT_EQ(format_bytes_1024(1024.0 * 1024), "1024.00 KB") << "comparison is strict";
-    EXPECT_EQ(format_bytes_1024(2.0 * 1099511627776.0), "2048.00 TB");
-    EXPECT_EQ(format_fill_zero_microseconds(42), "000042");
-    EXPECT_EQ(format_fill('*', 5, 42), "***42");
-    EXPECT_EQ(format_real(3.14159, 2), "3.14");
-    EXPECT_EQ(format_real(2.5, 3, true), "2.5");
-    EXPECT_EQ(format_real(3.0, 2, true), "3");
     // The log's time column covers the short forms; these are the wide and signed ones.
     EXPECT_EQ(format_compact_hour(3723004005LL, FORM_MICROSECONDS), "01:02:03.004005");
     EXPECT_EQ(format_compact_hour(360000000000LL, FORM_SECONDS), "100:00:00");
     EXPECT_EQ(format_compact_hour(-1500000, FORM_MILLISECONDS), "-00:00:01.500");
-
-    const unsigned char bytes[] = {0, 1, 2, 3, 4, 5, 6, 7, 8, 9};
-    EXPECT_EQ(format_array_as_hex(bytes, 10, 2, 2), "[10] = {00 01  .. 08 09}");
-    EXPECT_EQ(format_array_as_hex(bytes, 3, 2, 2), "[3] = {00 01 02}");
-    std::vector<unsigned char> big(1234, 0xAB);
-    EXPECT_EQ(format_array_as_hex(big.data(), 1234, 1, 1), "[1.234] = {AB  .. AB}");
-
     EXPECT_EQ(get_elided_text("abcdef", 2), "ab...");
     EXPECT_EQ(get_elided_text("abcdef", 2, 2), "ab...ef");
     EXPECT_EQ(get_elided_text("abcd", 2, 2), "abcd");
     EXPECT_EQ(get_elided_text("abc", -3), "...") << "negative count is 0";
-    EXPECT_EQ(replace_tab("a\tb"), "a    b");
-    EXPECT_EQ(trim(" \t x y \n"), "x y");
-    EXPECT_EQ(trim("   "), "");
-    EXPECT_EQ(to_lower("WaRNing"), "warning");
-    EXPECT_EQ(remove_part("a--b--c", "--"), "abc");
-    EXPECT_EQ(remove_part("abc", ""), "abc");
-    EXPECT_EQ(split_lines("one two three", 7), (std::vector<std::string>{"one two", "three"}));
-    EXPECT_EQ(split_lines("abcdefghij", 4), (std::vector<std::string>{"abcd", "efgh", "ij"}));
-    EXPECT_EQ(split_lines("a\nb", 10), (std::vector<std::string>{"a", "b"}));
-    std::ostringstream os;
-    os << "a, b, ";
-    remove_last_chars(os, 2);
-    os << "!";
-    EXPECT_EQ(os.str(), "a, b!");
 }
