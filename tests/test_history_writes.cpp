@@ -253,47 +253,35 @@ TEST_F(HistoryWritesTest, FullDiskIsToldOnceAndCaughtUp) {
 // an aided attempt counted as clean, or a clean one as aided.
 TEST_F(HistoryWritesTest, AnAttemptIsJudgedByItsOwnTraces) {
     constexpr qint64 HOUR = 3'600'000;
-    struct Step {
-        qint64 clock;
-        enum { CLEAN_TRACE, OUTLINE_TRACE, HINT_TRACE, COMPLETE, NEW_ATTEMPT } what;
-    };
+    enum What { CLEAN_TRACE, OUTLINE_TRACE, HINT_TRACE, COMPLETE, NEW_ATTEMPT };
     const struct {
         const char* name;
-        std::vector<Step> steps;
         bool lastClean;
+        std::vector<std::pair<qint64, What>> steps;  // the clock, and what happens then
     } rows[] = {
-        {"clock set back after a completion: the outline still counts",
-         {{0, Step::CLEAN_TRACE},
-          {0, Step::COMPLETE},
-          {-2 * HOUR, Step::OUTLINE_TRACE},
-          {-2 * HOUR, Step::COMPLETE}},
-         false},
-        {"a hint timed after the next completion belongs to the attempt before",
-         {{2 * HOUR, Step::HINT_TRACE},
-          {0, Step::COMPLETE},
-          {HOUR, Step::CLEAN_TRACE},
-          {HOUR, Step::COMPLETE}},
-         true},
-        {"an abandoned attempt's outline does not count",
-         {{0, Step::OUTLINE_TRACE}, {0, Step::NEW_ATTEMPT}, {0, Step::CLEAN_TRACE}, {0, Step::COMPLETE}},
-         true},
-        {"clock going on: a hint spoils its attempt",
-         {{0, Step::CLEAN_TRACE}, {0, Step::COMPLETE}, {HOUR, Step::HINT_TRACE}, {HOUR, Step::COMPLETE}},
-         false},
+        // clang-format off
+        {"clock set back after a completion: the outline still counts", false,
+         {{0, CLEAN_TRACE}, {0, COMPLETE}, {-2 * HOUR, OUTLINE_TRACE}, {-2 * HOUR, COMPLETE}}},
+        {"a hint timed after the next completion belongs to the attempt before", true,
+         {{2 * HOUR, HINT_TRACE}, {0, COMPLETE}, {HOUR, CLEAN_TRACE}, {HOUR, COMPLETE}}},
+        {"an abandoned attempt's outline does not count", true,
+         {{0, OUTLINE_TRACE}, {0, NEW_ATTEMPT}, {0, CLEAN_TRACE}, {0, COMPLETE}}},
+        {"clock going on: a hint spoils its attempt", false,
+         {{0, CLEAN_TRACE}, {0, COMPLETE}, {HOUR, HINT_TRACE}, {HOUR, COMPLETE}}},
+        // clang-format on
     };
     for (const auto& row : rows) {
         SCOPED_TRACE(row.name);
         QTemporaryDir rowDir;
         ASSERT_EQ(store.open(rowDir.path()), ProgressStore::Status::WRITABLE);
-        for (const Step& step : row.steps) {
-            nowMs = BASE_MS + step.clock;
-            if (step.what == Step::COMPLETE)
+        for (const auto& [clock, what] : row.steps) {
+            nowMs = BASE_MS + clock;
+            if (what == COMPLETE)
                 store.record_completion(completion());
-            else if (step.what == Step::NEW_ATTEMPT)
+            else if (what == NEW_ATTEMPT)
                 store.begin_attempt(CP);
             else
-                store.record_trace(trace(true, step.what == Step::OUTLINE_TRACE ? AID_OUTLINE : 0u,
-                                         step.what == Step::HINT_TRACE));
+                store.record_trace(trace(true, what == OUTLINE_TRACE ? AID_OUTLINE : 0u, what == HINT_TRACE));
         }
         store.close();
         EXPECT_EQ(SqlitePeer(rowDir.filePath(ProgressStore::FILE_NAME))
