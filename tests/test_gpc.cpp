@@ -1,11 +1,9 @@
-// The painter context and the canvas base, judged by the pixels they paint.
+// The painter context, judged by the pixels it paints.
 #include <gtest/gtest.h>
-#include <ki/qt/GCanvas.h>
 #include <ki/qt/GPC.h>
 
 #include <QImage>
 #include <QPainter>
-#include <cmath>
 #include <functional>
 #include <vector>
 
@@ -25,12 +23,6 @@ QImage paint(int w, int h, const std::function<void(GPC&)>& body) {
 bool painted(const QImage& image, glm::vec2 p) {
     return image.pixel(int(p.x), int(p.y)) != QColor(Qt::white).rgb();
 }
-
-// A canvas that paints one logical 10 x 10 square at the origin.
-class SquareCanvas : public ki::qt::GCanvas {
-public:
-    void draw(GPC& gpc, const ki::math::Rect&) override { gpc.fill_rect(0.0f, 0.0f, 10.0f, 10.0f, Qt::red); }
-};
 
 }  // namespace
 
@@ -88,58 +80,5 @@ TEST(GpcPen, LineModeDecidesWhetherWidthScales) {
         int rows_painted = 0;
         for (int y = 0; y < 100; ++y) rows_painted += painted(image, {50.0f, float(y)}) ? 1 : 0;
         EXPECT_EQ(rows_painted, row.thickness);
-    }
-}
-
-TEST(GCanvasCoordinates, EachSystemMapsLogicalPointsToItsPixelsAndPaintsThere) {
-    // A 400 x 200 widget throughout. Only CARTESIAN takes a view size, and only a usable one: a
-    // 100 x 100 view gives scale 2, the default 2 x 2 view scale 100, origin (200,100) for both.
-    // `square` is where the logical square (0..10, 0..10) lands, cut to the widget.
-    using enum ki::qt::coord_system::Type;
-    const float nan = std::nanf("");
-    const struct {
-        const char* name;
-        ki::qt::coord_system::Type type;
-        glm::vec2 view;  // asked for
-        glm::vec2 kept;  // view size afterwards
-        glm::vec2 logical;
-        glm::vec2 pixel;
-        QRect square;
-    } rows[] = {
-        {"pixels", SCREEN, {50, 20}, {2, 2}, {10, 10}, {10, 10}, {0, 0, 10, 10}},
-        {"origin at the centre", CARTESIAN, {100, 100}, {100, 100}, {0, 0}, {200, 100}, {200, 80, 20, 20}},
-        {"scale 2 with y up", CARTESIAN, {100, 100}, {100, 100}, {10, 10}, {220, 80}, {200, 80, 20, 20}},
-        {"zero width refused", CARTESIAN, {0, 10}, {2, 2}, {0.5f, 0.5f}, {250, 50}, {200, 0, 200, 100}},
-        {"NaN refused", CARTESIAN, {nan, 10}, {2, 2}, {0.5f, 0.5f}, {250, 50}, {200, 0, 200, 100}},
-        {"unit is half the shorter side", NDC, {50, 20}, {2, 2}, {0.5f, 0.5f}, {250, 50}, {200, 0, 200, 100}},
-        {"spans each side, y down", UV, {50, 20}, {2, 2}, {0.25f, 0.25f}, {100, 50}, {0, 0, 400, 200}},
-    };
-    for (const auto& row : rows) {
-        SCOPED_TRACE(ki::qt::coord_system::to_string(row.type) + ": " + row.name);
-        SquareCanvas canvas;
-        canvas.resize(400, 200);
-        canvas.set_coord_system(row.type);
-        canvas.set_view_size(row.view.x, row.view.y);
-        EXPECT_EQ(canvas.get_view_size(), row.kept);
-        const glm::vec2 pixel = canvas.convert_from_coord_system(row.logical);
-        EXPECT_NEAR(pixel.x, row.pixel.x, 1e-3);
-        EXPECT_NEAR(pixel.y, row.pixel.y, 1e-3);
-        const glm::vec2 back = canvas.convert_to_coord_system(row.pixel);
-        EXPECT_NEAR(back.x, row.logical.x, 1e-4);
-        EXPECT_NEAR(back.y, row.logical.y, 1e-4);
-
-        QImage image(400, 200, QImage::Format_RGB32);
-        image.fill(Qt::white);
-        canvas.render(&image);
-        int red = 0;
-        QRect box;
-        for (int y = 0; y < image.height(); ++y)
-            for (int x = 0; x < image.width(); ++x)
-                if (image.pixelColor(x, y) == QColor(Qt::red)) {
-                    ++red;
-                    box |= QRect(x, y, 1, 1);
-                }
-        EXPECT_EQ(box, row.square);
-        EXPECT_EQ(red, row.square.width() * row.square.height()) << "painted solid";
     }
 }
