@@ -28,17 +28,15 @@ TEST_F(SettingsTest, CheckUpdateConfig) {
     const struct Row {
         const char* name;
         unsigned stored;  // 0: a fresh store
-        bool clear;
         bool expected_result;
         unsigned expected_read;  // get_version() after the call
         unsigned expected_stored;
         bool marker_survives;
     } rows[] = {
-        {"fresh store reads 0, clears and stores 3", 0, true, true, 0, 3, false},
-        {"same version, as on the second run, clears nothing", 3, true, false, 3, 3, true},
-        {"older stored version is cleared", 2, true, true, 2, 3, false},
-        {"older stored version without clear keeps the keys", 2, false, true, 2, 3, true},
-        {"newer stored version is left alone", 5, true, false, 5, 5, true},
+        {"fresh store reads 0, clears and stores 3", 0, true, 0, 3, false},
+        {"same version, as on the second run, clears nothing", 3, false, 3, 3, true},
+        {"older stored version is cleared", 2, true, 2, 3, false},
+        {"newer stored version is left alone", 5, false, 5, 5, true},
     };
     GSettings& settings = GSettings::instance();
     for (const Row& row : rows) {
@@ -46,27 +44,11 @@ TEST_F(SettingsTest, CheckUpdateConfig) {
         settings.clear_config();
         if (row.stored) settings.set_config_version(row.stored);
         settings.set("marker", 1);
-        EXPECT_EQ(settings.check_update_config(3, row.clear), row.expected_result);
+        EXPECT_EQ(settings.check_update_config(3, true), row.expected_result);
         EXPECT_EQ(settings.get_version(), row.expected_read);
         EXPECT_EQ(settings.get_config_version(), row.expected_stored);
         EXPECT_EQ(settings.contains("marker"), row.marker_survives);
     }
-}
-
-TEST_F(SettingsTest, PerObjectKeys) {
-    GSettings& settings = GSettings::instance();
-    QObject panel;
-    panel.setObjectName(QStringLiteral("panel"));
-    QObject other;
-    other.setObjectName(QStringLiteral("other"));
-    settings.set("size", 7, &panel);
-    settings.set("size", 9, &other);
-    EXPECT_TRUE(settings.contains("size@panel"));
-    EXPECT_EQ(settings.get_int("size", -1), -1) << "the plain key must not see the object's value";
-    EXPECT_EQ(settings.get_int("size", -1, &panel), 7);
-    EXPECT_EQ(settings.get_int("size", -1, &other), 9);
-    settings.set("size", QStringLiteral("12abc"));
-    EXPECT_EQ(settings.get_int("size", -1), -1) << "text that is no number gives the default";
 }
 
 TEST_F(SettingsTest, NodesSurviveTheStoreAndASecondReader) {
