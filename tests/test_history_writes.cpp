@@ -103,31 +103,23 @@ TEST_F(HistoryWritesTest, EarlierBackupsAreNeverReplaced) {
 // Each instance rewrote whole summary rows from memory: two windows alternating on one
 // character counted half the completions and misses.
 TEST_F(HistoryWritesTest, TwoWritersKeepEachOthersCounts) {
-    const struct {
-        const char* name;
-        int burst;  // records of one writer before the other takes over
-    } rows[] = {{"alternating attempt by attempt", 1}, {"bursts of three attempts", 3}};
-    for (const auto& row : rows) {
-        SCOPED_TRACE(row.name);
-        QTemporaryDir rowDir;
-        ProgressStore first, second;
-        ASSERT_EQ(first.open(rowDir.path()), ProgressStore::Status::WRITABLE);
-        ASSERT_EQ(second.open(rowDir.path()), ProgressStore::Status::WRITABLE);
-        for (int i = 0; i < 12; ++i) {
-            ProgressStore& writer = (i / row.burst) % 2 ? second : first;
-            writer.record_trace(trace(false));
-            writer.record_trace(trace(true));
-            writer.record_completion(completion(1));
-        }
-        ASSERT_EQ(first.unwritten() + second.unwritten(), 0);
-        first.close();
-        second.close();
-        ProgressStore reader;
-        reader.open(rowDir.path(), true);
-        EXPECT_EQ(reader.summary(CP).completions, 12);
-        EXPECT_EQ(reader.summary(CP).misses, 12);
-        EXPECT_EQ(reader.last_days(1).back().traces, 24) << "the day's counts too";
+    ProgressStore first, second;
+    ASSERT_EQ(first.open(dir.path()), ProgressStore::Status::WRITABLE);
+    ASSERT_EQ(second.open(dir.path()), ProgressStore::Status::WRITABLE);
+    for (int i = 0; i < 12; ++i) {  // attempt by attempt, in turn
+        ProgressStore& writer = i % 2 ? second : first;
+        writer.record_trace(trace(false));
+        writer.record_trace(trace(true));
+        writer.record_completion(completion(1));
     }
+    ASSERT_EQ(first.unwritten() + second.unwritten(), 0);
+    first.close();
+    second.close();
+    ProgressStore reader;
+    reader.open(dir.path(), true);
+    EXPECT_EQ(reader.summary(CP).completions, 12);
+    EXPECT_EQ(reader.summary(CP).misses, 12);
+    EXPECT_EQ(reader.last_days(1).back().traces, 24) << "the day's counts too";
 }
 
 // Two windows on one home overwrote each other's history; a second start now raises the first
