@@ -67,30 +67,6 @@ bool practise(ProgressStore& target, const std::vector<Session>& sessions, int c
     return all;
 }
 
-/// The bytes of the history in `folder` after `days` days of practice, a miss every third day.
-QByteArray practised_file(const QString& folder, int days) {
-    {
-        ProgressStore filler;
-        filler.open(folder);
-        std::vector<Session> many;
-        for (int day = 0; day < days; ++day) many.push_back({day, day % 3 ? CLEAN : MISS});
-        practise(filler, many);
-    }
-    return read_file(QDir(folder).filePath(ProgressStore::FILE_NAME));
-}
-
-/// The bytes of an SQLite file of layout `version`, with `sql` run on it; the file is removed.
-QByteArray sqlite_file(const QString& path, int version, const QString& sql = {}) {
-    {
-        SqlitePeer made(path);
-        made.exec(QStringLiteral("PRAGMA user_version = %1").arg(version));
-        if (!sql.isEmpty()) made.exec(sql);
-    }
-    const QByteArray content = read_file(path);
-    QFile::remove(path);
-    return content;
-}
-
 class ProgressTest : public LoggedTest {
 protected:
     void set_day(int day) { nowMs = BASE_MS + day * DAY_MS + 12 * 3'600'000; }
@@ -357,8 +333,17 @@ TEST_F(ProgressTest, JudgedTracesSurviveAKill) {
 
 TEST_F(ProgressTest, FaultsLeaveANoticeAndPracticeGoesOn) {
     // The files to spoil: 200 days of practice, and one of a newer layout.
-    const QByteArray filled = practised_file(dir.path(), 200);
-    const QByteArray newer = sqlite_file(dir.filePath("newer"), 99, "CREATE TABLE future(x)");
+    {
+        ProgressStore filler;
+        filler.open(dir.path());
+        std::vector<Session> many;
+        for (int day = 0; day < 200; ++day) many.push_back({day, day % 3 ? CLEAN : MISS});
+        practise(filler, many);
+        SqlitePeer newer(dir.filePath("newer"));
+        newer.exec("PRAGMA user_version = 99");
+        newer.exec("CREATE TABLE future(x)");
+    }
+    const QByteArray filled = read_file(file()), newer = read_file(dir.filePath("newer"));
     using S = ProgressStore::Status;
     using N = ProgressStore::Notice;
     const struct {
