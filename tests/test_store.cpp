@@ -113,16 +113,6 @@ TEST_F(StoreTest, RecordAttributes) {
     EXPECT_FALSE(attributes.contains("u"));
     EXPECT_EQ(attributes.value("m").value<GType>().create().value<Matrix4>(), matrix);
     EXPECT_EQ(GType({99, 0, {}}).to_string(), "GType{id:99, size:0}") << "a type nobody registered";
-
-    // Qt's own QVariant reader must find the type by name, as settings of other tools would.
-    EXPECT_EQ(QMetaType::fromName("kir::store::GType"), QMetaType::fromType<GType>());
-    QByteArray bytes;
-    QDataStream out(&bytes, QIODevice::WriteOnly);
-    out << QVariant::fromValue(GType::from_record(sample_log_config()));
-    QDataStream in(bytes);
-    QVariant received;
-    in >> received;
-    EXPECT_EQ(received.value<GType>().to_record<ki::log::LogConfig>().get(), sample_log_config());
 }
 
 TEST_F(StoreTest, EveryStreamableTypeSurvivesTextForm) {
