@@ -198,6 +198,7 @@ TEST(FastPaths, CurveLengthsMatchTheIntegralOfTheirSpeed) {
         {"quadratic tiny", {{0, 0}, {0.001f, 0.002f}, {0.003f, 0}}},
         {"cubic s-bend", {{0, 0}, {100, 200}, {200, -200}, {300, 0}}},
         {"cubic with a cusp", {{0, 0}, {100, 100}, {0, 100}, {100, 0}}},
+        {"cubic with stalled ends, straight", {{0, 0}, {0, 0}, {30, 40}, {30, 40}}},
         {"cubic nearly a cusp",
          {{-178.514343f, 139.356323f},
           {-172.534058f, 140.073853f},
