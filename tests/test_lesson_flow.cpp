@@ -129,8 +129,6 @@ TEST(LessonFlow, PlaysTracesRoundsHintsAndNavigation) {
          {"rejected", "rejected", "accepted", "rejected", "rejected"}, "3: round 1, 1 of 2"},
         {"hints off never hint", noHints, {}, 3, {REJECT, REJECT, REJECT, REJECT},
          {"rejected", "rejected", "rejected", "rejected"}, "3: round 1, 0 of 2"},
-        {"a finished round waits, then the next round starts", rounds, {}, 3, {ACCEPT, ACCEPT, WAIT},
-         {"accepted", "round 1 done", "accepted", "wait 1000"}, "3: round 2, 0 of 2"},
         {"the third round finishes the character", rounds, {}, 3,
          {ACCEPT, ACCEPT, WAIT, ACCEPT, ACCEPT, WAIT, ACCEPT, ACCEPT, WAIT},
          {"accepted", "round 1 done", "accepted", "wait 1000", "accepted", "round 2 done", "accepted", "wait 1000",
