@@ -8,6 +8,7 @@
 #include <QCoreApplication>
 #include <QDir>
 #include <QMouseEvent>
+#include <QTransform>
 #include <cmath>
 #include <glm/geometric.hpp>
 #include <map>
@@ -289,15 +290,11 @@ TEST(TraceVerdict, LenientVerdictsThroughTheCanvasAreAsBefore) {
     canvas.resize(700, 700);
     canvas.set_r_circle(R);
     canvas.own_lesson().set_mode_flags(morvel::prog2::MODE_LEARN);
-    const auto pixel_of = [&canvas](P p) {
-        // The canvas maps pixels to character units by an affine transform; invert it here.
-        const P o = canvas.map_point_to_anim({0, 0}), ex = canvas.map_point_to_anim({1, 0}) - o,
-                ey = canvas.map_point_to_anim({0, 1}) - o;
-        const float det = ex.x * ey.y - ex.y * ey.x;
-        const P d = p - o;
-        return QPoint(int(std::lround((d.x * ey.y - d.y * ey.x) / det)),
-                      int(std::lround((ex.x * d.y - ex.y * d.x) / det)));
-    };
+    // The canvas maps pixels to character units by an affine transform; its inverse gives the pixels.
+    const P o = canvas.map_point_to_anim({0, 0}), ex = canvas.map_point_to_anim({1, 0}) - o,
+            ey = canvas.map_point_to_anim({0, 1}) - o;
+    const QTransform toPixel = QTransform(ex.x, ex.y, ey.x, ey.y, o.x, o.y).inverted();
+    const auto pixel_of = [&toPixel](P p) { return toPixel.map(QPointF(p.x, p.y)).toPoint(); };
     int accepted = 0, rejected = 0;
     canvas.listenerStrokeLearned += [&accepted]() { ++accepted; };
     canvas.listenerStrokeRejected += [&rejected]() { ++rejected; };
