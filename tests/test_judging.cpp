@@ -211,8 +211,9 @@ TEST(TraceVerdict, StrictReasonsOnRealCharacters) {
         EXPECT_EQ(j.rejection.reason, row.reason);
         EXPECT_EQ(j.accepted, row.reason == Reason::NONE);
         if (row.reason == Reason::OFF_PLACE) {
-            EXPECT_LT(glm::distance(j.rejection.expected, measures::centroid(measures::resample(stroke.pathAnim))),
-                      1.0f)
+            EXPECT_LT(
+                glm::distance(j.rejection.expected, measures::centroid(measures::resample(stroke.pathAnim))),
+                1.0f)
                 << "the arrow points at the stroke's centre";
         }
         if (row.reason == Reason::HOOK_MISSING) {
