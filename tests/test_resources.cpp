@@ -221,30 +221,21 @@ TEST(Resources, EffectSounds) {
     const struct {
         const char* name;
         const char* wav;
-        const char* mp3;
+        bool silent;
     } rows[] = {
-        {"silent loop clip", "quiet.wav", nullptr},
-        {"stroke accepted", "Blop1.wav", "Blop1.mp3"},
-        {"character complete", "complete.wav", "complete.mp3"},
-        {"trace rejected", "error.wav", "error.mp3"},
+        {"silent loop clip", "quiet.wav", true},
+        {"stroke accepted", "Blop1.wav", false},
+        {"character complete", "complete.wav", false},
+        {"trace rejected", "error.wav", false},
     };
     for (const auto& row : rows) {
-        const QByteArray bytes = read_file(kRoot + "/sounds/" + row.wav);
-        const auto wav = parse_wav(bytes);
+        const auto wav = parse_wav(read_file(kRoot + "/sounds/" + row.wav));
         ASSERT_TRUE(wav.has_value()) << row.name;
         EXPECT_TRUE(wav->format == 1 && wav->bits == 16) << row.name << ": 16-bit PCM";
         EXPECT_LT(wav->seconds(), 0.6) << row.name;
-        if (!row.mp3) {
-            EXPECT_EQ(wav->peak(), 0.0) << row.name;
-            continue;
-        }
-        EXPECT_TRUE(wav->peak() > 0.05 && wav->peak() < 0.5) << row.name << ": audible but not loud";
-        const auto mp3 = parse_mp3(read_file(kRoot + "/sounds/" + row.mp3));
-        ASSERT_TRUE(mp3.has_value()) << row.mp3;
-        // The encoder adds its start-up delay and pads the last frame.
-        EXPECT_LT(mp3->seconds, wav->seconds() + 0.1) << row.mp3;
+        EXPECT_TRUE(row.silent ? wav->peak() == 0.0 : wav->peak() > 0.05 && wav->peak() < 0.5)
+            << row.name << ": silent, or audible but not loud";
     }
-    EXPECT_TRUE(read_file(kRoot + "/sounds/complete.oga").startsWith("OggS"));
 }
 
 TEST(Resources, FontsLoadAndCoverEveryLevel) {
