@@ -4,18 +4,11 @@
 #include <ki/store/GNode.h>
 #include <ki/store/Matrix4.h>
 
-#include <QBitArray>
 #include <QBrush>
-#include <QColor>
 #include <QDataStream>
-#include <QDateTime>
 #include <QFont>
 #include <QIODevice>
 #include <QImage>
-#include <QJsonArray>
-#include <QJsonObject>
-#include <QKeySequence>
-#include <QRegularExpression>
 #include <optional>
 #include <string>
 #include <vector>
@@ -115,18 +108,9 @@ TEST_F(StoreTest, RecordAttributes) {
     EXPECT_EQ(GType({99, 0, {}}).to_string(), "GType{id:99, size:0}") << "a type nobody registered";
 }
 
-TEST_F(StoreTest, EveryStreamableTypeSurvivesTextForm) {
-    QVariantHash small;
-    QVariantHash grown;  // the same entries, left in other buckets by a larger table
-    for (int i = 0; i < 1000; ++i) grown.insert(QString::number(i), i);
-    for (int i = 0; i < 1000; ++i) {
-        if (i % 10 == 0) small.insert(QString::number(i), i);
-        else grown.remove(QString::number(i));
-    }
-    const QVariantMap map{{"when", QDate(2024, 2, 29)}, {"list", QVariantList{1, "two", QVariantList{3.5}}}};
-    QBitArray bits(13);
-    bits.setBit(0);
-    bits.setBit(12);
+// What the windows store survives the text form; types that Qt reads with containers it sizes by
+// the stream's word are left out, the values beside them kept.
+TEST_F(StoreTest, StoredValuesSurviveTextForm) {
     // One value "v" next to a plain "w".
     const auto one = [](const QVariant& value) {
         GNode node;
@@ -139,21 +123,7 @@ TEST_F(StoreTest, EveryStreamableTypeSurvivesTextForm) {
         GNode node;
         bool stored;  // false: "v" is left out, "w" stays
     } rows[] = {
-        {"every kind a node stores, nested two levels deep", full_tree(), true},
-        {"date and time with an offset",
-         one(QDateTime(QDate(2024, 2, 29), QTime(23, 59, 58, 7), Qt::OffsetFromUTC, 3600)), true},
-        {"nested list and map", one(QVariantList{map, QStringList{"a", "b"}, QVariant()}), true},
-        {"hash, whatever order it was filled in", one(small), true},
-        {"pair", one(QVariant::fromValue(QVariantPair(1, QString("x")))), true},
-        {"byte array list", one(QVariant::fromValue(QByteArrayList{"a", QByteArray(3, '\0')})), true},
-        {"bit array", one(bits), true},
-        {"character", one(QChar(0x6F22)), true},
-        {"regular expression", one(QRegularExpression("^a+$", QRegularExpression::CaseInsensitiveOption)),
-         true},
-        {"JSON object", one(QJsonObject{{"a", 1}, {"b", QJsonArray{true, "x"}}}), true},
-        {"colour", one(QColor(30, 50, 30)), true},
-        {"key sequence", one(QKeySequence("Ctrl+Shift+T")), true},
-        // Qt reads these with containers it sizes by the stream's word: not stored.
+        {"every kind a window stores, nested two levels deep", full_tree(), true},
         {"image", one(QImage(4, 4, QImage::Format_ARGB32)), false},
         {"brush", one(QBrush(Qt::red)), false},
         {"font", one(QFont("Monospace", 13)), false},
@@ -169,7 +139,6 @@ TEST_F(StoreTest, EveryStreamableTypeSurvivesTextForm) {
             EXPECT_EQ(read.get().get<int>("w", 0), 7) << "the other values stay";
         }
     }
-    EXPECT_EQ(GNode::to_qstring(one(small)), GNode::to_qstring(one(grown))) << "equal hashes give equal text";
 }
 
 TEST_F(StoreTest, FromQStringRefusesBadText) {
