@@ -154,7 +154,6 @@ TEST(Resources, RecordingsForExactlyTheToneMarkedReadings) {
     for (const QString& name : files)
         if (!used.count(name)) unused << name;
     EXPECT_EQ(unused.join(' ').toStdString(), "") << "recordings of no tone-marked reading";
-    EXPECT_EQ(size_t(files.size()), used.size()) << "one recording per toned syllable";
 
     std::set<QByteArray> contents;
     for (const QString& name : files) {
