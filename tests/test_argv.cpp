@@ -1,6 +1,5 @@
 #include <gtest/gtest.h>
 #include <ki/log/GLog.h>
-#include <ki/log/LogCapture.h>
 #include <ki/tools/GArgv.h>
 
 #include <vector>

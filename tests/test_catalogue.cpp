@@ -8,7 +8,6 @@
 #include "LoggedTest.h"
 #include "app/AppData.h"
 #include "app/ChinChar.h"
-#include "app/stroke/Anim.h"
 
 using morvel::ChinChar;
 using morvel::prog2::AppData;

@@ -3,7 +3,6 @@
 // QString::toDouble, the curve lengths (closed form, pieces cut at cusps) the integral of the
 // curve's speed, the viewBox split the split at "\s+".
 #include <gtest/gtest.h>
-#include <ki/log/GLog.h>
 #include <ki/math/Path.h>
 #include <ki/math/Rect.h>
 #include <ki/xml/XFlatDocument.h>
@@ -244,7 +243,6 @@ TEST(FastPaths, ViewBoxReadsAsTheRegularExpressionSplitAndQStringToFloat) {
                "'><path id='o' d='M0 0 L9 0 L9 9 Z'/><clipPath id='c'><use href='#o'/></clipPath>"
                "<path clip-path='url(#c)' d='M1 1 L8 8'/></svg>";
     };
-    if (!ki::log::is_configured()) ki::log::configure();
     QTemporaryDir dir;
     const QString path = dir.filePath(QStringLiteral("view.svg"));
     for (const QString& text : texts) {

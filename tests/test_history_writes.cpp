@@ -10,7 +10,6 @@
 #include <QProcess>
 #include <QTemporaryDir>
 #include <QTest>
-#include <QTimeZone>
 #include <algorithm>
 #include <atomic>
 #include <thread>

@@ -3,8 +3,6 @@
 // that once crashed the program.
 #include <fcntl.h>
 #include <gtest/gtest.h>
-#include <ki/log/GLog.h>
-#include <ki/log/LogCapture.h>
 #include <ki/log/LogConfig.h>
 #include <ki/store/GNode.h>
 #include <ki/tools/GSettings.h>

@@ -1,6 +1,5 @@
 #include <gtest/gtest.h>
 #include <ki/Listener.h>
-#include <ki/log/LogCapture.h>
 
 #include <algorithm>
 #include <functional>

@@ -1,5 +1,4 @@
 #include <gtest/gtest.h>
-#include <ki/log/LogCapture.h>
 #include <ki/log/LogConfig.h>
 #include <ki/store/GNode.h>
 #include <ki/tools/GSettings.h>

@@ -11,7 +11,6 @@
 #include <QImage>
 #include <optional>
 #include <string>
-#include <vector>
 
 #include "LoggedTest.h"
 
