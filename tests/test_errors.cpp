@@ -1,7 +1,6 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <ki/GError.h>
-#include <ki/log/GLog.h>
 #include <ki/qt/ext/ObjectName.h>
 #include <unistd.h>
 
@@ -67,9 +66,6 @@ TEST(GErrorDeathTest, FatalHandlersReportAndExitWithOne) {
          "nullptr:dist/include/ki/qt/ext/ObjectName\nobj == NULL\nLINE:@\nprogram will exit in 5 sec\n"},
         {"false condition", [&] { KI_CHECK_BOOL(one > 2); }, __LINE__,
          "bool expression failure:\none > 2\nLINE:@\nprogram will exit in 5 sec\nprogram exit !\n"},
-        {"log appender that is no object", [] { ki::log::add_log_appender(nullptr); },
-         line_of("src/ki/log/GLog.cpp", "KI_CHECK_NULL(appender"),
-         "nullptr:src/ki/log/GLog\nappender == NULL\nLINE:@\nprogram will exit in 5 sec\n"},
         {"fatal exit", [] { ki::exit_fatal(QStringLiteral("cannot go on")); }, 0,
          "cannot go on\nprogram will exit in 5 sec\nprogram exit !\n"},
     };
