@@ -12,8 +12,10 @@
 #include <QFile>
 #include <QSqlDatabase>
 #include <QSqlQuery>
+#include <QThread>
 #include <algorithm>
 #include <cmath>
+#include <functional>
 #include <memory>
 #include <utility>
 #include <vector>
@@ -75,6 +77,15 @@ inline void write_file(const QString& path, const QByteArray& content) {
 inline QByteArray read_file(const QString& path) {
     QFile file(path);
     return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
+// Runs `work` on a thread with a stack of `bytes`: a parser that recursed once per nesting level
+// would overflow it at a depth a hostile file reaches easily.
+inline void on_small_stack(unsigned bytes, const std::function<void()>& work) {
+    const std::unique_ptr<QThread> thread(QThread::create(work));
+    thread->setStackSize(bytes);
+    thread->start();
+    thread->wait();
 }
 
 // WCAG contrast ratio of two colours (1 to 21).

@@ -4,8 +4,9 @@
 
 #include <QBuffer>
 #include <QTemporaryDir>
-#include <QThread>
 #include <QXmlStreamReader>
+
+#include "LoggedTest.h"
 
 using ki::xml::XNode;
 using ki::xml::XNodeResult;
@@ -90,16 +91,12 @@ TEST(XmlParse, HundredThousandLevelsParseAndDestroyOnASmallStack) {
     constexpr int levels = 100000;
     const QByteArray xml = QByteArray("<a>").repeated(levels) + QByteArray("</a>").repeated(levels);
     int depth = -1;
-    QThread* worker = QThread::create([&] {
+    on_small_stack(256 * 1024, [&] {
         const XNodeResult doc = parse_text(xml);
         if (!doc.ok()) return;
         depth = 0;
         for (const XNode* node = doc.value.get(); !node->children.empty(); node = node->children[0].get())
             ++depth;
     });
-    worker->setStackSize(256 * 1024);
-    worker->start();
-    ASSERT_TRUE(worker->wait(60000));
-    delete worker;
     EXPECT_EQ(depth, levels - 1);
 }
