@@ -14,7 +14,7 @@
 #include <atomic>
 #include <thread>
 
-#include "LoggedTest.h"
+#include "HistoryTest.h"
 #include "app/SingleInstance.h"
 #include "app/progress/LessonRecorder.h"
 #include "app/progress/ProgressStore.h"
@@ -25,7 +25,6 @@ using namespace morvel::progress;
 using Notice = ProgressStore::Notice;
 
 constexpr int CP = 0x4E00;
-const qint64 BASE_MS = QDateTime(QDate(2026, 3, 2), QTime(9, 0), Qt::UTC).toMSecsSinceEpoch();
 
 TraceRecord trace(bool accepted, unsigned aids = 0, bool hint = false) {
     return TraceRecord{0, 1, CP, 0, accepted, accepted ? QString() : reason::STRAYED, 80, aids, hint};
@@ -35,15 +34,7 @@ CompletionRecord completion(int misses = 0) {
     return CompletionRecord{0, 1, CP, 4.0, misses, 1};
 }
 
-class HistoryWritesTest : public LoggedTest {
-protected:
-    QString file() const { return dir.filePath(ProgressStore::FILE_NAME); }
-    qint64 count(const QString& sql) { return SqlitePeer(file()).value(sql); }
-
-    QTemporaryDir dir;
-    qint64 nowMs = BASE_MS;
-    ProgressStore store{[this] { return nowMs; }};
-};
+using HistoryWritesTest = HistoryTest;
 
 // A reset removed the backup of that name first, and names carried local time to the second:
 // two resets within a second, or across the end of daylight saving, left one backup.

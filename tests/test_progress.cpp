@@ -20,7 +20,7 @@
 #include <map>
 #include <tuple>
 
-#include "LoggedTest.h"
+#include "HistoryTest.h"
 #include "app/progress/LessonRecorder.h"
 #include "app/progress/ProgressCsv.h"
 #include "app/progress/ProgressMark.h"
@@ -37,8 +37,6 @@ using morvel::review::CardState;
 using morvel::review::Rating;
 using morvel::review::Scheduler;
 
-constexpr qint64 DAY_MS = 86'400'000;
-const qint64 BASE_MS = QDateTime(QDate(2026, 3, 2), QTime(9, 0)).toMSecsSinceEpoch();
 constexpr int CP = 0x4E2D;
 constexpr int CP2 = 0x4EBA;
 constexpr const char* ENV_KILL_DIR = "QUENLO_PROGRESS_KILL_DIR";
@@ -67,15 +65,7 @@ bool practise(ProgressStore& target, const std::vector<Session>& sessions, int c
     return all;
 }
 
-class ProgressTest : public LoggedTest {
-protected:
-    void set_day(int day) { nowMs = BASE_MS + day * DAY_MS + 12 * 3'600'000; }
-    QString file() const { return dir.filePath(ProgressStore::FILE_NAME); }
-
-    QTemporaryDir dir;
-    qint64 nowMs = BASE_MS;
-    ProgressStore store{[this] { return nowMs; }};
-};
+using ProgressTest = HistoryTest;
 
 /// A recall of `cp` graded on `day`.
 struct Graded {
