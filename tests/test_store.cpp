@@ -16,7 +16,6 @@
 
 using ki::store::GAttributes;
 using ki::store::GNode;
-using ki::store::GType;
 using ki::store::Matrix4;
 
 namespace {
@@ -98,13 +97,6 @@ TEST_F(StoreTest, RecordAttributes) {
     EXPECT_EQ(attributes.get_pod("m", sample_log_config()), sample_log_config())
         << "a matrix read as a LogConfig";
     EXPECT_EQ(attributes.get_pod("missing", matrix), matrix);
-    struct Unregistered {
-        int a = 1;
-    };
-    EXPECT_FALSE(attributes.set_pod("u", Unregistered{}));
-    EXPECT_FALSE(attributes.contains("u"));
-    EXPECT_EQ(attributes.value("m").value<GType>().create().value<Matrix4>(), matrix);
-    EXPECT_EQ(GType({99, 0, {}}).to_string(), "GType{id:99, size:0}") << "a type nobody registered";
 }
 
 // What the windows store survives the text form; types that Qt reads with containers it sizes by
