@@ -32,7 +32,7 @@ protected:
 }  // namespace
 
 TEST_F(ListenerTest, RegistrationDecidesWhoIsCalled) {
-    // a: append, s: set, r: remove, n: append without payload, +: +=, =: =
+    // a: append, s: set, r: remove, n: append without payload, +: +=
     struct Op {
         char kind;
         const char* name;
@@ -51,7 +51,6 @@ TEST_F(ListenerTest, RegistrationDecidesWhoIsCalled) {
         {"removed item is not called", {{'a', "x", "x"}, {'a', "y", "y"}, {'r', "x", ""}}, {"y:7"}, 0},
         {"callable without payload", {{'n', "x", "none"}}, {"none"}, 0},
         {"+= twice keeps the first default callback", {{'+', "", "1"}, {'+', "", "2"}}, {"1:7"}, 1},
-        {"= replaces the default callback", {{'+', "", "1"}, {'=', "", "2"}}, {"2:7"}, 0},
     };
     using Action = std::function<void(Listener<int>&, const Op&)>;
     const std::map<char, Action> actions = {
@@ -63,7 +62,6 @@ TEST_F(ListenerTest, RegistrationDecidesWhoIsCalled) {
              li.append(op.name, [this, t = std::string(op.tag)] { calls.push_back(t); });
          }},
         {'+', [this](auto& li, const Op& op) { li += record(op.tag); }},
-        {'=', [this](auto& li, const Op& op) { li = record(op.tag); }},
     };
     for (const Row& row : rows) {
         SCOPED_TRACE(row.name);
