@@ -79,7 +79,7 @@ TEST(Format, PlaceholdersAndEveryArgumentType) {
     for (const Row& r : rows) EXPECT_EQ(r.got, r.want) << r.name;
 }
 
-// The renderers the log and the XML reader use.
+// The renderers the log uses.
 TEST(Format, Renderers) {
     using namespace ki::str;
     using namespace ki::time;
@@ -91,8 +91,4 @@ TEST(Format, Renderers) {
     EXPECT_EQ(format_compact_hour(3723004005LL, FORM_MICROSECONDS), "01:02:03.004005");
     EXPECT_EQ(format_compact_hour(360000000000LL, FORM_SECONDS), "100:00:00");
     EXPECT_EQ(format_compact_hour(-1500000, FORM_MILLISECONDS), "-00:00:01.500");
-    EXPECT_EQ(get_elided_text("abcdef", 2), "ab...");
-    EXPECT_EQ(get_elided_text("abcdef", 2, 2), "ab...ef");
-    EXPECT_EQ(get_elided_text("abcd", 2, 2), "abcd");
-    EXPECT_EQ(get_elided_text("abc", -3), "...") << "negative count is 0";
 }
