@@ -80,11 +80,6 @@ P zigzag(float share) {
     return P(0, 80 * std::asin(std::sin(share * 5 * 3.14159f)) / 1.5708f);
 }
 
-Judgement strict(const Anim& anim, int stroke, const std::vector<P>& samples) {
-    return TraceVerdict::judge(anim, stroke, samples, R, true,
-                               lenient_accepts(anim.strokes[size_t(stroke)], samples));
-}
-
 }  // namespace
 
 TEST(TraceMeasures, DistancePlacementAndSizeOfRealStrokes) {
@@ -261,7 +256,8 @@ TEST(TraceVerdict, ConfusionMatrixOfStrictJudgingOnEveryLevel) {
                     const std::vector<P> samples = generator.trace(anim.strokes[s], kind);
                     if (samples.empty()) continue;
                     auto& [accepted, all] = counts[kind];
-                    accepted += strict(anim, int(s), samples).accepted;
+                    const bool lenient = lenient_accepts(anim.strokes[s], samples);
+                    accepted += TraceVerdict::judge(anim, int(s), samples, R, true, lenient).accepted;
                     ++all;
                 }
             }
