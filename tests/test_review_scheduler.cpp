@@ -100,7 +100,6 @@ TEST(ReviewScheduler, StoredDataItCannotTrust) {
         for (Rating rating : {Rating::AGAIN, Rating::HARD, Rating::GOOD, Rating::EASY}) {
             const Card got = row.scheduler.review(row.card, row.day, rating);
             const Card want = plain.review(row.sameAs, row.sameDay, rating);
-            EXPECT_TRUE(std::isfinite(got.stability)) << row.name;
             EXPECT_DOUBLE_EQ(got.stability, want.stability) << row.name;
             EXPECT_DOUBLE_EQ(got.difficulty, want.difficulty) << row.name;
             EXPECT_EQ(got.interval, want.interval) << row.name;
