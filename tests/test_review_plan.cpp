@@ -226,13 +226,11 @@ TEST(ReviewPlan, PlaysSessions) {
 
 TEST(ReviewPlan, BadInputKeepsPlanUsable) {
     const Scheduler scheduler;
-    const int today = TODAY;
-    SessionPlan odd(
-        scheduler, [&] { return today; }, Store().cards, 7);
+    const auto today = [] { return TODAY; };
+    SessionPlan odd(scheduler, today, Store().cards, 7);
     EXPECT_EQ(odd.new_limit(), SessionPlan::DEFAULT_NEW_LIMIT) << "a limit that is not offered";
 
-    SessionPlan plan(
-        scheduler, [&] { return today; }, Store().cards, 10);
+    SessionPlan plan(scheduler, today, Store().cards, 10);
     const PlanProgress before = plan.progress();
     EXPECT_EQ(plan.graded(U'?', Rating::GOOD), Card{}) << "an unknown character";
     plan.introduced(U'x');  // not new: must not count against the limit
