@@ -5,7 +5,10 @@
 #include <ki/qt/GSound.h>
 #include <ki/qt/GSoundBackend.h>
 #include <ki/qt/GSoundEffect.h>
+#include <ki/sound_module/PcmAudio.h>
 
+#include <QCoreApplication>
+#include <QDir>
 #include <QFile>
 #include <QTemporaryDir>
 #include <functional>
@@ -248,8 +251,94 @@ TEST_F(SoundTest, WithoutTheModuleEverySoundIsSilentAndLoggedOnce) {
     EXPECT_EQ(finished, 1) << "nothing started, so the end is reported at once";
 }
 
-// The module beside the test program is a real one.
-TEST_F(SoundTest, TheModuleInTheBuildTreeLoads) {
+// PulseAudio's module comes first; when it cannot load (its libraries missing, a broken file)
+// the Qt Multimedia module takes over.
+TEST_F(SoundTest, TheFirstModuleThatLoadsIsUsed) {
+    const QString buildDir = QCoreApplication::applicationDirPath();
+    QTemporaryDir fallback;
+    const QStringList names = sound_backend::module_file_names();
+    ASSERT_EQ(names.size(), 2);
+    QFile broken(fallback.filePath(names[0]));
+    ASSERT_TRUE(broken.open(QIODevice::WriteOnly) && broken.write("not a shared object") > 0);
+    broken.close();
+    ASSERT_TRUE(QFile::copy(QDir(buildDir).filePath(names[1]), fallback.filePath(names[1])));
+    struct Row {
+        const char* name;
+        QStringList dirs;
+        const char* backend;
+    };
+    const Row rows[] = {
+        {"build tree: PulseAudio", {}, "ki::qt::PulseSoundModule"},
+        {"PulseAudio module broken: Qt Multimedia", {fallback.path()}, "ki::qt::QtSoundModule"},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.name);
+        sound_backend::set_module_dirs(row.dirs);
+        auto* backend = dynamic_cast<QObject*>(sound_backend::get());
+        ASSERT_NE(backend, nullptr) << sound_backend::module_dirs().join(':').toStdString();
+        EXPECT_STREQ(backend->metaObject()->className(), row.backend);
+    }
     sound_backend::set_module_dirs({});
-    EXPECT_NE(sound_backend::get(), nullptr) << sound_backend::module_dirs().join(':').toStdString();
+}
+
+namespace {
+
+QByteArray resource(const QString& name) {
+    QFile file(QStringLiteral(":/wb/shared-res/") + name);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
+// Samples louder than a whisper: what a listener would hear.
+qint64 audible(const std::vector<int16_t>& samples, int channels) {
+    qint64 n = 0;
+    for (int16_t s : samples) n += std::abs(int(s)) > 200 ? 1 : 0;
+    return n / std::max(channels, 1);
+}
+
+}  // namespace
+
+// The effects exist as WAVE and as MP3: both decodings of one sound must last as long.
+TEST(SoundDecoders, FilesDecodeToTheirLengthAndBadOnesAreRefused) {
+    for (const char* name : {"sounds/Blop1", "sounds/complete", "sounds/error"}) {
+        SCOPED_TRACE(name);
+        const ki::qt::PcmResult wav = ki::qt::parse_wav(resource(QString::fromLatin1(name) + ".wav"));
+        const ki::qt::PcmResult mp3 = ki::qt::decode_mp3(resource(QString::fromLatin1(name) + ".mp3"));
+        ASSERT_TRUE(wav.ok() && mp3.ok()) << wav.error.toStdString() << mp3.error.toStdString();
+        EXPECT_NEAR(mp3.audio.seconds(), wav.audio.seconds(), 0.05 * wav.audio.seconds());
+        EXPECT_NEAR(double(audible(mp3.audio.samples, mp3.audio.channels)) / mp3.audio.rate,
+                    double(audible(wav.audio.samples, wav.audio.channels)) / wav.audio.rate, 0.05 * wav.audio.seconds());
+    }
+    const QByteArray mp3 = resource(QStringLiteral("zh/fono/zhong1.mp3"));
+    const QByteArray wav = resource(QStringLiteral("sounds/complete.wav"));
+    const double mp3Seconds = ki::qt::decode_mp3(mp3).audio.seconds();
+    const double wavSeconds = ki::qt::parse_wav(wav).audio.seconds();
+    auto patched = [&wav](int at, QByteArray bytes) { return QByteArray(wav).replace(at, bytes.size(), bytes); };
+    struct Row {
+        const char* name;
+        bool isMp3;
+        QByteArray data;
+        double seconds;  // 0: refused
+        const char* reason;
+        double tolerance = 0.05;
+    };
+    const Row rows[] = {
+        {"empty MP3", true, QByteArray(), 0, "empty"},
+        {"text instead of MP3", true, QByteArray("not a sound at all, only words").repeated(100), 0, "MP3"},
+        {"MP3 cut inside its first frame", true, mp3.left(300), 0, "frames"},
+        {"MP3 cut in half keeps the frames before the cut", true, mp3.left(mp3.size() / 2), mp3Seconds / 2, "", 0.25},
+        {"MP3 handed to the WAVE reader", false, mp3, 0, "RIFF"},
+        {"8-bit WAVE", false, patched(34, QByteArray("\x08\x00", 2)), 0, "8-bit"},
+        {"float WAVE", false, patched(20, QByteArray("\x03\x00", 2)), 0, "float"},
+        {"WAVE data chunk longer than the file", false, patched(40, QByteArray("\xf0\xff\xff\xff", 4)), wavSeconds, ""},
+        {"WAVE format chunk longer than the file", false, patched(16, QByteArray("\xf0\xff\xff\xff", 4)), 0, "data"},
+        {"WAVE cut before its data", false, wav.left(36), 0, "data"},
+        {"WAVE cut in its data keeps whole frames", false, wav.left(wav.size() / 2 + 1), wavSeconds / 2, ""},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.name);
+        const ki::qt::PcmResult r = row.isMp3 ? ki::qt::decode_mp3(row.data) : ki::qt::parse_wav(row.data);
+        EXPECT_EQ(r.ok(), row.seconds > 0) << r.error.toStdString();
+        EXPECT_NEAR(r.audio.seconds(), row.seconds, row.tolerance * row.seconds);
+        EXPECT_TRUE(r.error.contains(QLatin1String(row.reason))) << r.error.toStdString();
+    }
 }

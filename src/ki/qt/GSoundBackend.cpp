@@ -7,10 +7,10 @@
 #include <QPluginLoader>
 #include <vector>
 
-// Set by the build: the module's file name and its folder relative to the program's folder
-// once installed.
-#ifndef KI_SOUND_MODULE_FILE
-#define KI_SOUND_MODULE_FILE "libki_sound_qt.so"
+// Set by the build: the modules' file names (separated by ':', in the order tried) and their
+// folder relative to the program's folder once installed.
+#ifndef KI_SOUND_MODULE_FILES
+#define KI_SOUND_MODULE_FILES "libki_sound_pulse.so:libki_sound_qt.so"
 #endif
 #ifndef KI_SOUND_MODULE_RELDIR
 #define KI_SOUND_MODULE_RELDIR "../lib/quenlo"
@@ -36,25 +36,32 @@ State& state() {
     return *s;
 }
 
+// The first module that loads, in the order of `module_file_names`; a module whose libraries
+// are missing (libpulse on a machine without it) gives way to the next one.
 SoundBackend* load() {
-    const QString name = module_file_name();
     QStringList errors;
-    for (const QString& dir : module_dirs()) {
-        const QString path = QDir(dir).filePath(name);
-        if (!QFileInfo::exists(path)) continue;
-        auto* loader = new QPluginLoader(path);
-        QObject* instance = loader->instance();
-        if (auto* backend = qobject_cast<SoundBackend*>(instance)) {
-            pp_info("sound_backend, loaded '$'", path);
-            state().loaders.push_back(loader);
-            return backend;
+    for (const QString& name : module_file_names()) {
+        bool found = false;
+        for (const QString& dir : module_dirs()) {
+            const QString path = QDir(dir).filePath(name);
+            if (!QFileInfo::exists(path)) continue;
+            found = true;
+            auto* loader = new QPluginLoader(path);
+            QObject* instance = loader->instance();
+            if (auto* backend = qobject_cast<SoundBackend*>(instance)) {
+                if (!errors.isEmpty()) pp_info("sound_backend, skipped: $", errors.join(QStringLiteral("; ")));
+                pp_info("sound_backend, loaded '$'", path);
+                backend->set_log([](const QString& line) { pp_warn(line); });
+                state().loaders.push_back(loader);
+                return backend;
+            }
+            errors << (instance == nullptr ? loader->errorString()
+                                           : path + QStringLiteral(": not a sound module"));
+            delete loader;
         }
-        errors << (instance == nullptr ? loader->errorString()
-                                       : path + QStringLiteral(": not a sound module"));
-        delete loader;
+        if (!found)
+            errors << QStringLiteral("%1 not found in %2").arg(name, module_dirs().join(QLatin1Char(':')));
     }
-    if (errors.isEmpty())
-        errors << QStringLiteral("%1 not found in %2").arg(name, module_dirs().join(QLatin1Char(':')));
     pp_warn("sound_backend, no sound module, sounds stay silent: $", errors.join(QStringLiteral("; ")));
     return nullptr;
 }
@@ -91,8 +98,8 @@ void set_module_dirs(const QStringList& dirs) {
     s.tried = false;
 }
 
-QString module_file_name() {
-    return QStringLiteral(KI_SOUND_MODULE_FILE);
+QStringList module_file_names() {
+    return QStringLiteral(KI_SOUND_MODULE_FILES).split(QLatin1Char(':'), Qt::SkipEmptyParts);
 }
 
 }  // namespace ki::qt::sound_backend

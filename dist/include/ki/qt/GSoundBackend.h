@@ -1,8 +1,8 @@
 #pragma once
 // The seam between the sound players and the library that actually plays. The players
-// (GSound, GSoundEffect) only see these interfaces; the implementation over Qt Multimedia
-// lives in a module of its own that is loaded on the first sound, so a start-up that plays
-// nothing never maps Qt Multimedia or GStreamer.
+// (GSound, GSoundEffect) only see these interfaces; the implementations (over PulseAudio, and
+// over Qt Multimedia as the fallback) live in modules of their own, loaded on the first sound,
+// so a start-up that plays nothing maps no audio library.
 
 #include <QObject>
 #include <QStringList>
@@ -43,6 +43,8 @@ public:
     virtual std::unique_ptr<SoundPlayer> make_player() = 0;
     /// A player for short effects, loaded whole.
     virtual std::unique_ptr<SoundPlayer> make_effect() = 0;
+    /// Where the module's warnings go (GUI thread); without one they go to qWarning.
+    virtual void set_log(std::function<void(const QString&)> warn) { (void)warn; }
 };
 
 /// Finds the backend: one installed with `use`, else the module, loaded on the first call.
@@ -52,17 +54,18 @@ namespace sound_backend {
 SoundBackend* get();
 /// Replaces the module by `backend` (not owned) until called with nullptr.
 void use(SoundBackend* backend);
-/// Where the module is looked for, first match wins: beside the program (a build tree), then
+/// Where the modules are looked for, first match wins: beside the program (a build tree), then
 /// the program's library folder of an installed package.
 QStringList module_dirs();
 /// Looks in `dirs` instead (an empty list restores the default); the next `get` loads again.
 void set_module_dirs(const QStringList& dirs);
-/// The module's file name, without folder.
-QString module_file_name();
+/// The modules' file names, without folder, in the order they are tried: the first that
+/// loads is used.
+QStringList module_file_names();
 
 }  // namespace sound_backend
 
 }  // namespace ki::qt
 
-#define KI_SOUND_BACKEND_IID "de.qlo.ki.SoundBackend/1"
+#define KI_SOUND_BACKEND_IID "de.qlo.ki.SoundBackend/2"
 Q_DECLARE_INTERFACE(ki::qt::SoundBackend, KI_SOUND_BACKEND_IID)

@@ -1,0 +1,332 @@
+// The sound backend over PulseAudio (or PipeWire's PulseAudio server) and libmpg123. Each
+// player decodes its source whole and feeds it to the server from a thread of its own in
+// chunks of 20 ms, so that stopping takes effect within a chunk; the GUI thread never waits
+// for the server except in has_output_device, which connects with a short time limit.
+#include <ki/qt/GSoundBackend.h>
+#include <pulse/error.h>
+#include <pulse/pulseaudio.h>
+#include <pulse/simple.h>
+
+#include <QCoreApplication>
+#include <QFile>
+#include <QSet>
+#include <algorithm>
+#include <atomic>
+#include <chrono>
+#include <condition_variable>
+#include <mutex>
+#include <optional>
+#include <thread>
+
+#include "PcmAudio.h"
+
+namespace ki::qt {
+
+namespace {
+
+using namespace std::chrono_literals;
+using Clock = std::chrono::steady_clock;
+
+constexpr int CHUNKS_PER_SECOND = 50;  // 20 ms
+// The server holds at most this much ahead of what is heard, so a stop is heard at once.
+constexpr int BUFFERED_CHUNKS = 3;
+
+const char* const APP_NAME = "quenlo";
+
+// What went wrong is said once per cause, not once per sound, and again after the module has
+// been handed a log anew (each load of it). GUI thread only.
+class Complaints {
+public:
+    void set_log(std::function<void(const QString&)> warn) {
+        log = std::move(warn);
+        said.clear();
+    }
+    void once(const QString& cause) {
+        if (said.contains(cause)) return;
+        said.insert(cause);
+        const QString line = QStringLiteral("sound, %1; sounds of this kind stay silent").arg(cause);
+        if (log)
+            log(line);
+        else
+            qWarning("%s", qPrintable(line));
+    }
+
+private:
+    std::function<void(const QString&)> log;
+    QSet<QString> said;
+};
+
+QString local_path(const QUrl& url) {
+    if (url.scheme() == QLatin1String("qrc")) return QLatin1Char(':') + url.path();
+    if (url.isLocalFile()) return url.toLocalFile();
+    return url.toString();
+}
+
+void scale(std::vector<int16_t>& chunk, float gain) {
+    if (gain >= 1.0F) return;
+    for (int16_t& s : chunk) s = int16_t(float(s) * std::max(gain, 0.0F));
+}
+
+class PulsePlayer final : public SoundPlayer {
+public:
+    PulsePlayer(bool isEffect, Complaints& complaints) : effect(isEffect), complaints(complaints) {}
+
+    ~PulsePlayer() override {
+        {
+            std::lock_guard lock(mutex);
+            quit = true;
+            ++generation;
+        }
+        wake.notify_one();
+        if (worker.joinable()) worker.join();
+    }
+
+    void set_source(const QUrl& url) override {
+        if (playing) stop();
+        src = url;
+        data.clear();
+        ++sourceId;
+        if (url.isEmpty()) return;
+        QFile file(local_path(url));
+        if (file.open(QIODevice::ReadOnly))
+            data = file.readAll();
+        else
+            complaints.once(QStringLiteral("cannot read '%1': %2").arg(local_path(url), file.errorString()));
+    }
+    QUrl source() const override { return src; }
+    void set_loops(int count) override { loops = count == ENDLESS ? ENDLESS : std::max(count, 1); }
+
+    void play() override {
+        if (playing) {
+            // A recording carries on; an effect starts again from its beginning.
+            if (!effect) return;
+            stop();
+        }
+        // An unreadable source plays too, to report its end like any other sound.
+        if (src.isEmpty()) return;
+        playing = true;
+        if (!worker.joinable()) worker = std::thread([this] { run(); });
+        {
+            std::lock_guard lock(mutex);
+            job = Job{++generation, sourceId, data, loops};
+        }
+        wake.notify_one();
+    }
+
+    void stop() override {
+        if (!playing) return;
+        playing = false;
+        {
+            std::lock_guard lock(mutex);
+            ++generation;
+            job.reset();
+        }
+        wake.notify_one();
+        if (onStopped) onStopped();
+    }
+
+    bool is_playing() const override { return playing; }
+    void set_volume(float value) override { gain = std::clamp(value, 0.0F, 1.0F); }
+    float volume() const override { return gain; }
+    void set_on_stopped(std::function<void()> callback) override { onStopped = std::move(callback); }
+
+private:
+    struct Job {
+        quint64 generation;
+        quint64 sourceId;
+        QByteArray data;
+        int loops;
+    };
+
+    // The worker's account of how a job ended, handed to the GUI thread.
+    void finished(quint64 gen, const QString& cause) {
+        if (!cause.isEmpty()) complaints.once(cause);
+        {
+            std::lock_guard lock(mutex);
+            // Stopped or started again meanwhile: that has been reported already.
+            if (gen != generation) return;
+        }
+        if (!playing) return;
+        playing = false;
+        if (onStopped) onStopped();
+    }
+
+    void report(quint64 gen, const QString& cause) {
+        // The receiver lives on the GUI thread and dies after the worker is joined, so a queued
+        // report either runs on a whole player or is dropped with the receiver.
+        QMetaObject::invokeMethod(
+            &receiver, [this, gen, cause] { finished(gen, cause); }, Qt::QueuedConnection);
+    }
+
+    bool current(quint64 gen) {
+        std::lock_guard lock(mutex);
+        return gen == generation && !quit;
+    }
+
+    void run() {
+        for (;;) {
+            Job next;
+            {
+                std::unique_lock lock(mutex);
+                wake.wait(lock, [this] { return quit || job.has_value(); });
+                if (quit) return;
+                next = std::move(*job);
+                job.reset();
+            }
+            perform(next);
+        }
+    }
+
+    void perform(const Job& j) {
+        if (j.data.isEmpty()) return report(j.generation, QString());  // said when it was read
+        if (j.sourceId != decodedId) {
+            decoded = effect ? parse_wav(j.data) : (j.data.startsWith("RIFF") ? parse_wav(j.data) : decode_mp3(j.data));
+            decodedId = j.sourceId;
+        }
+        if (!decoded.ok()) return report(j.generation, decoded.error);
+        const PcmAudio& audio = decoded.audio;
+        const pa_sample_spec spec{PA_SAMPLE_S16LE, uint32_t(audio.rate), uint8_t(audio.channels)};
+        const size_t chunkSamples = size_t(std::max(1, audio.rate / CHUNKS_PER_SECOND) * audio.channels);
+        const auto chunkBytes = uint32_t(chunkSamples * sizeof(int16_t));
+        const uint32_t unset = uint32_t(-1);
+        const pa_buffer_attr attr{unset, chunkBytes * BUFFERED_CHUNKS, chunkBytes, unset, unset};
+        int err = 0;
+        pa_simple* s = pa_simple_new(nullptr, APP_NAME, PA_STREAM_PLAYBACK, nullptr, effect ? "effect" : "recording",
+                                     &spec, nullptr, &attr, &err);
+        if (s == nullptr)
+            return report(j.generation, QStringLiteral("no sound server: %1").arg(QString::fromUtf8(pa_strerror(err))));
+        QString cause;
+        std::vector<int16_t> chunk;
+        bool stopped = false;
+        for (int round = 0; !stopped && (j.loops == ENDLESS || round < j.loops); ++round) {
+            for (size_t at = 0; at < audio.samples.size(); at += chunkSamples) {
+                if (!current(j.generation)) {
+                    stopped = true;
+                    break;
+                }
+                const size_t n = std::min(chunkSamples, audio.samples.size() - at);
+                chunk.assign(audio.samples.begin() + qsizetype(at), audio.samples.begin() + qsizetype(at + n));
+                scale(chunk, gain);
+                if (pa_simple_write(s, chunk.data(), n * sizeof(int16_t), &err) < 0) {
+                    cause = QStringLiteral("sound server failed: %1").arg(QString::fromUtf8(pa_strerror(err)));
+                    stopped = true;
+                    break;
+                }
+            }
+        }
+        if (!stopped) wait_until_heard(s, j.generation);
+        // A stop drops what the server still holds; the end lets it play out.
+        if (current(j.generation) && cause.isEmpty())
+            pa_simple_drain(s, &err);
+        else
+            pa_simple_flush(s, &err);
+        pa_simple_free(s);
+        if (current(j.generation) || !cause.isEmpty()) report(j.generation, cause);
+    }
+
+    // Waits, checking for a stop every 10 ms, while the server plays what it holds; a drain
+    // would not return before the last sample.
+    void wait_until_heard(pa_simple* s, quint64 gen) {
+        int err = 0;
+        const pa_usec_t first = pa_simple_get_latency(s, &err);
+        if (first == pa_usec_t(-1)) return;
+        const auto deadline = Clock::now() + std::chrono::microseconds(first) + 200ms;
+        while (current(gen) && Clock::now() < deadline) {
+            const pa_usec_t left = pa_simple_get_latency(s, &err);
+            if (left == pa_usec_t(-1) || left < 2000) return;
+            std::this_thread::sleep_for(std::min(std::chrono::microseconds(left), std::chrono::microseconds(10000)));
+        }
+    }
+
+    const bool effect;
+    Complaints& complaints;
+    QObject receiver;
+
+    // GUI thread.
+    QUrl src;
+    QByteArray data;
+    quint64 sourceId = 0;
+    int loops = 1;
+    bool playing = false;
+    std::function<void()> onStopped;
+    std::atomic<float> gain{1.0F};
+
+    // Shared with the worker, under `mutex`.
+    std::mutex mutex;
+    std::condition_variable wake;
+    std::optional<Job> job;
+    quint64 generation = 0;
+    bool quit = false;
+
+    // Worker thread; started on the first play.
+    std::thread worker;
+    quint64 decodedId = 0;
+    PcmResult decoded;
+};
+
+// Whether a server accepts a playback stream, asked with PulseAudio's own main loop so that
+// the wait has a limit. The stream is made corked and dropped at once: no device stays held.
+bool server_accepts_playback(std::chrono::milliseconds limit) {
+    pa_mainloop* loop = pa_mainloop_new();
+    if (loop == nullptr) return false;
+    pa_context* context = pa_context_new(pa_mainloop_get_api(loop), APP_NAME);
+    pa_stream* stream = nullptr;
+    bool accepted = false;
+    if (context != nullptr && pa_context_connect(context, nullptr, PA_CONTEXT_NOAUTOSPAWN, nullptr) >= 0) {
+        const auto deadline = Clock::now() + limit;
+        for (;;) {
+            const pa_context_state_t cs = pa_context_get_state(context);
+            if (!PA_CONTEXT_IS_GOOD(cs)) break;
+            if (cs == PA_CONTEXT_READY && stream == nullptr) {
+                const pa_sample_spec spec{PA_SAMPLE_S16LE, 44100, 1};
+                stream = pa_stream_new(context, "probe", &spec, nullptr);
+                if (stream == nullptr ||
+                    pa_stream_connect_playback(stream, nullptr, nullptr, PA_STREAM_START_CORKED, nullptr, nullptr) < 0)
+                    break;
+            }
+            if (stream != nullptr) {
+                const pa_stream_state_t ss = pa_stream_get_state(stream);
+                if (ss == PA_STREAM_READY) accepted = true;
+                if (!PA_STREAM_IS_GOOD(ss) || accepted) break;
+            }
+            const auto left = std::chrono::duration_cast<std::chrono::microseconds>(deadline - Clock::now());
+            if (left.count() <= 0) break;
+            if (pa_mainloop_prepare(loop, int(left.count())) < 0 || pa_mainloop_poll(loop) < 0 ||
+                pa_mainloop_dispatch(loop) < 0)
+                break;
+        }
+    }
+    if (stream != nullptr) {
+        pa_stream_disconnect(stream);
+        pa_stream_unref(stream);
+    }
+    if (context != nullptr) {
+        pa_context_disconnect(context);
+        pa_context_unref(context);
+    }
+    pa_mainloop_free(loop);
+    return accepted;
+}
+
+}  // namespace
+
+class PulseSoundModule final : public QObject, public SoundBackend {
+    Q_OBJECT
+    Q_PLUGIN_METADATA(IID KI_SOUND_BACKEND_IID)
+    Q_INTERFACES(ki::qt::SoundBackend)
+public:
+    bool has_output_device() override {
+        // The players log the lack of an output themselves.
+        return server_accepts_playback(500ms);
+    }
+    std::unique_ptr<SoundPlayer> make_player() override { return std::make_unique<PulsePlayer>(false, complaints); }
+    std::unique_ptr<SoundPlayer> make_effect() override { return std::make_unique<PulsePlayer>(true, complaints); }
+    void set_log(std::function<void(const QString&)> warn) override { complaints.set_log(std::move(warn)); }
+
+private:
+    Complaints complaints;
+};
+
+}  // namespace ki::qt
+
+#include "PulseSoundModule.moc"
