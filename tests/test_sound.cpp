@@ -6,13 +6,21 @@
 #include <ki/qt/GSoundBackend.h>
 #include <ki/qt/GSoundEffect.h>
 #include <ki/sound_module/PcmAudio.h>
+#include <pulse/simple.h>
 
 #include <QCoreApplication>
 #include <QDir>
+#include <QElapsedTimer>
 #include <QFile>
+#include <QFileInfo>
+#include <QProcess>
+#include <QStandardPaths>
 #include <QTemporaryDir>
+#include <QTest>
+#include <atomic>
 #include <functional>
 #include <map>
+#include <thread>
 
 #include "LoggedTest.h"
 
@@ -341,4 +349,175 @@ TEST(SoundDecoders, FilesDecodeToTheirLengthAndBadOnesAreRefused) {
         EXPECT_NEAR(r.audio.seconds(), row.seconds, row.tolerance * row.seconds);
         EXPECT_TRUE(r.error.contains(QLatin1String(row.reason))) << r.error.toStdString();
     }
+}
+
+namespace {
+
+// A PulseAudio server of the test's own, with a null sink whose monitor the test records; or,
+// not run, an address where no server listens.
+class NullSinkServer {
+public:
+    explicit NullSinkServer(bool run = true) {
+        if (!run) {
+            use(("unix:" + dir.filePath(QStringLiteral("none"))).toUtf8());
+            return;
+        }
+        const QString socket = dir.filePath(QStringLiteral("native"));
+        QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
+        env.insert(QStringLiteral("HOME"), dir.path());
+        env.insert(QStringLiteral("PULSE_RUNTIME_PATH"), dir.path());
+        server.setProcessEnvironment(env);
+        server.setStandardOutputFile(QProcess::nullDevice());
+        server.setStandardErrorFile(QProcess::nullDevice());
+        server.start(QStandardPaths::findExecutable(QStringLiteral("pulseaudio")),
+                     {"-n", "--daemonize=no", "--exit-idle-time=-1", "--use-pid-file=no", "--disable-shm=yes",
+                      "--load=module-null-sink sink_name=quenlo_test",
+                      "--load=module-native-protocol-unix auth-anonymous=1 socket=" + socket});
+        ready = QTest::qWaitFor([&] { return QFileInfo::exists(socket); }, 10000);
+        use(("unix:" + socket).toUtf8());
+    }
+    ~NullSinkServer() {
+        qputenv("PULSE_SERVER", savedServer);
+        if (savedServer.isNull()) qunsetenv("PULSE_SERVER");
+        qunsetenv("PULSE_COOKIE");
+        if (server.state() == QProcess::NotRunning) return;
+        server.terminate();
+        if (!server.waitForFinished(3000)) server.kill();
+        server.waitForFinished(1000);
+    }
+    // Points the clients of this process at `address`; the cookie a client writes stays here.
+    void use(const QByteArray& address) {
+        qputenv("PULSE_SERVER", address);
+        qputenv("PULSE_COOKIE", dir.filePath(QStringLiteral("cookie")).toUtf8());
+    }
+
+    QTemporaryDir dir;
+    QProcess server;
+    const QByteArray savedServer = qgetenv("PULSE_SERVER");
+    bool ready = false;
+};
+
+// Records the null sink's monitor, mono at 44.1 kHz, from construction to `finish`.
+class MonitorRecorder {
+public:
+    MonitorRecorder() {
+        const pa_sample_spec spec{PA_SAMPLE_S16LE, RATE, 1};
+        const pa_buffer_attr attr{uint32_t(-1), uint32_t(-1), uint32_t(-1), uint32_t(-1), BLOCK * 2};
+        stream = pa_simple_new(nullptr, "quenlo_tests", PA_STREAM_RECORD, "quenlo_test.monitor", "monitor", &spec,
+                               nullptr, &attr, nullptr);
+        if (stream != nullptr) reader = std::thread([this] {
+            std::vector<int16_t> block(BLOCK);
+            while (!done && pa_simple_read(stream, block.data(), block.size() * 2, nullptr) >= 0)
+                samples.insert(samples.end(), block.begin(), block.end());
+        });
+    }
+    ~MonitorRecorder() { finish(); }
+    bool ok() const { return stream != nullptr; }
+    // Seconds of audible sound recorded.
+    double finish() {
+        done = true;
+        if (reader.joinable()) reader.join();
+        if (stream != nullptr) pa_simple_free(stream);
+        stream = nullptr;
+        return double(audible(samples, 1)) / RATE;
+    }
+
+    static constexpr uint32_t RATE = 44100;
+    static constexpr uint32_t BLOCK = RATE / 100;
+
+private:
+    pa_simple* stream = nullptr;
+    std::atomic<bool> done{false};
+    std::vector<int16_t> samples;
+    std::thread reader;
+};
+
+ki::qt::PcmAudio decoded(const QString& name) {
+    const QByteArray data = resource(name);
+    return (name.endsWith(".wav") ? ki::qt::parse_wav(data) : ki::qt::decode_mp3(data)).audio;
+}
+
+}  // namespace
+
+// Through the seam to a real server: what is heard, how long, and one report of the end.
+TEST_F(SoundTest, PlayersReachARealServerAndReportTheirEndOnce) {
+    if (QStandardPaths::findExecutable(QStringLiteral("pulseaudio")).isEmpty()) GTEST_SKIP() << "no pulseaudio";
+    NullSinkServer server;
+    ASSERT_TRUE(server.ready);
+    sound_backend::set_module_dirs({});
+    SoundBackend* backend = sound_backend::get();
+    ASSERT_NE(backend, nullptr);
+    ASSERT_TRUE(backend->has_output_device());
+    struct Row {
+        const char* name;
+        const char* source;
+        bool effect;
+        int loops;
+        int stopAfterMs;  // 0: plays to its end
+    };
+    const Row rows[] = {
+        {"recording plays whole", "zh/fono/ai1.mp3", false, 1, 0},
+        {"stop silences within 50 ms", "zh/fono/zhong3.mp3", false, 1, 250},
+        {"effect once", "sounds/complete.wav", true, 1, 0},
+        {"effect with two loops plays twice", "sounds/complete.wav", true, 2, 0},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.name);
+        const QString name = QString::fromLatin1(row.source);
+        const ki::qt::PcmAudio file = decoded(name);
+        const double expected = double(audible(file.samples, file.channels)) / file.rate * row.loops;
+        MonitorRecorder recorder;
+        ASSERT_TRUE(recorder.ok());
+        std::unique_ptr<SoundPlayer> player = row.effect ? backend->make_effect() : backend->make_player();
+        int ended = 0;
+        player->set_on_stopped([&ended] { ++ended; });
+        player->set_source(QUrl(QStringLiteral("qrc:/wb/shared-res/") + name));
+        player->set_loops(row.loops);
+        QElapsedTimer clock;
+        clock.start();
+        player->play();
+        EXPECT_TRUE(player->is_playing());
+        qint64 endedAfter = 0;
+        if (row.stopAfterMs > 0) {
+            QTest::qWait(row.stopAfterMs);
+            player->stop();
+            endedAfter = clock.elapsed();
+        } else {
+            EXPECT_TRUE(QTest::qWaitFor([&] { return ended > 0; }, 5000));
+            endedAfter = clock.elapsed();
+        }
+        QTest::qWait(150);  // for a second report that must not come, and the last samples
+        const double heard = recorder.finish();
+        EXPECT_EQ(ended, 1);
+        EXPECT_FALSE(player->is_playing());
+        if (row.stopAfterMs > 0) {
+            EXPECT_GT(heard, 0.05);
+            EXPECT_LE(heard, double(endedAfter) / 1000 + 0.05) << "sound went on after the stop";
+        } else {
+            EXPECT_NEAR(heard, expected, 0.15 * expected);
+            EXPECT_GE(double(endedAfter) / 1000, 0.95 * file.seconds() * row.loops) << "end reported too early";
+        }
+    }
+}
+
+// Without a server the program goes on quietly: a quick answer, one line for the cause.
+TEST_F(SoundTest, WithoutAServerNothingPlaysAndItIsSaidOnce) {
+    NullSinkServer nowhere(false);
+    sound_backend::set_module_dirs({});
+    SoundBackend* backend = sound_backend::get();
+    ASSERT_NE(backend, nullptr);
+    QElapsedTimer clock;
+    clock.start();
+    EXPECT_FALSE(backend->has_output_device());
+    EXPECT_LT(clock.elapsed(), 1000);
+    std::unique_ptr<SoundPlayer> effect = backend->make_effect();
+    int ended = 0;
+    effect->set_on_stopped([&ended] { ++ended; });
+    effect->set_source(QUrl(QStringLiteral("qrc") + EFFECT));
+    for (int i = 0; i < 2; ++i) {
+        effect->play();
+        EXPECT_TRUE(QTest::qWaitFor([&] { return ended == i + 1; }, 2000));
+    }
+    EXPECT_FALSE(effect->is_playing());
+    EXPECT_EQ(capture->count("sound, no sound server"), 1);
 }

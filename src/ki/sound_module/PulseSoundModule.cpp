@@ -224,16 +224,18 @@ private:
         if (current(j.generation) || !cause.isEmpty()) report(j.generation, cause);
     }
 
-    // Waits, checking for a stop every 10 ms, while the server plays what it holds; a drain
-    // would not return before the last sample.
+    // Waits, checking for a stop every 10 ms, until the server holds less than a chunk; the
+    // drain after it waits for that last bit only, where a drain alone would not return before
+    // the last sample and so could not be stopped.
     void wait_until_heard(pa_simple* s, quint64 gen) {
+        constexpr pa_usec_t CHUNK_USEC = 1000000 / CHUNKS_PER_SECOND;
         int err = 0;
         const pa_usec_t first = pa_simple_get_latency(s, &err);
         if (first == pa_usec_t(-1)) return;
         const auto deadline = Clock::now() + std::chrono::microseconds(first) + 200ms;
         while (current(gen) && Clock::now() < deadline) {
             const pa_usec_t left = pa_simple_get_latency(s, &err);
-            if (left == pa_usec_t(-1) || left < 2000) return;
+            if (left == pa_usec_t(-1) || left < CHUNK_USEC) return;
             std::this_thread::sleep_for(std::min(std::chrono::microseconds(left), std::chrono::microseconds(10000)));
         }
     }
