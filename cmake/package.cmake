@@ -62,10 +62,13 @@ set(CPACK_INSTALL_DEFAULT_DIRECTORY_PERMISSIONS
 set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
 set(CPACK_DEBIAN_PACKAGE_SECTION education)
 set(CPACK_DEBIAN_PACKAGE_PRIORITY optional)
-# The Qt libraries come from dpkg-shlibdeps; what Qt loads at run time it cannot see:
-# GStreamer's MP3 decoder for the recordings and the SQLite driver for the practice history.
+# The libraries of the program and of both sound modules (Qt, libpulse0, libmpg123-0) come
+# from dpkg-shlibdeps; what Qt loads at run time it cannot see: the SQLite driver for the
+# practice history. GStreamer's MP3 decoder is not asked for: it serves only the Qt Multimedia
+# module, which is used when the PulseAudio module cannot load, and the libraries that module
+# needs are dependencies of the package.
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
-set(CPACK_DEBIAN_PACKAGE_DEPENDS "gstreamer1.0-plugins-good, libqt6sql6-sqlite")
+set(CPACK_DEBIAN_PACKAGE_DEPENDS "libqt6sql6-sqlite")
 # Without a CJK font the list falls back to the compiled-in writing font.
 set(CPACK_DEBIAN_PACKAGE_RECOMMENDS fonts-noto-cjk)
 include(CPack)
