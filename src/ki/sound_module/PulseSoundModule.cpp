@@ -67,18 +67,91 @@ void scale(std::vector<int16_t>& chunk, float gain) {
     for (int16_t& s : chunk) s = int16_t(float(s) * std::max(gain, 0.0F));
 }
 
+// Where the workers' reports wait for the GUI thread. Made by the first player, on the GUI
+// thread, and never destroyed: a worker that outlives its player may still post to it.
+QObject* mailbox() {
+    static QObject* const box = new QObject;
+    return box;
+}
+
+class PulsePlayer;
+
+// What a player shares with its worker thread. The worker holds it too, so that a player can
+// go without waiting for a worker stuck in a write the server does not take.
+struct Channel {
+    explicit Channel(bool isEffect) : effect(isEffect) {}
+
+    struct Job {
+        quint64 generation;
+        quint64 sourceId;
+        QByteArray data;
+        int loops;
+    };
+
+    const bool effect;
+    std::atomic<float> gain{1.0F};
+    PulsePlayer* owner = nullptr;  // GUI thread only; nullptr once the player is gone
+
+    // Under `mutex`.
+    std::mutex mutex;
+    std::condition_variable wake;
+    std::optional<Job> job;
+    quint64 generation = 0;
+    bool quit = false;
+    bool exited = false;
+
+    // Worker thread only.
+    quint64 decodedId = 0;
+    PcmResult decoded;
+
+    bool current(quint64 gen) {
+        std::lock_guard lock(mutex);
+        return gen == generation && !quit;
+    }
+};
+
+void perform(const std::shared_ptr<Channel>& ch, const Channel::Job& j);
+
+void run(const std::shared_ptr<Channel>& ch) {
+    for (;;) {
+        Channel::Job next;
+        {
+            std::unique_lock lock(ch->mutex);
+            ch->wake.wait(lock, [&] { return ch->quit || ch->job.has_value(); });
+            if (ch->quit) break;
+            next = std::move(*ch->job);
+            ch->job.reset();
+        }
+        perform(ch, next);
+    }
+    std::lock_guard lock(ch->mutex);
+    ch->exited = true;
+    ch->wake.notify_all();
+}
+
 class PulsePlayer final : public SoundPlayer {
 public:
-    PulsePlayer(bool isEffect, Complaints& complaints) : effect(isEffect), complaints(complaints) {}
+    PulsePlayer(bool isEffect, Complaints& complaints)
+        : channel(std::make_shared<Channel>(isEffect)), complaints(complaints) {
+        mailbox();
+        channel->owner = this;
+    }
 
     ~PulsePlayer() override {
-        {
-            std::lock_guard lock(mutex);
-            quit = true;
-            ++generation;
-        }
-        wake.notify_one();
-        if (worker.joinable()) worker.join();
+        channel->owner = nullptr;
+        std::unique_lock lock(channel->mutex);
+        channel->quit = true;
+        ++channel->generation;
+        channel->wake.notify_all();
+        if (!worker.joinable()) return;
+        // The worker stops within a chunk, unless the server holds a write back; then it is
+        // left to finish on its own.
+        const bool exited = channel->wake.wait_for(lock, 100ms, [this] { return channel->exited; });
+        lock.unlock();
+        if (exited)
+            worker.join();
+        else
+            worker.detach();
     }
 
     void set_source(const QUrl& url) override {
@@ -99,172 +172,133 @@ public:
     void play() override {
         if (playing) {
             // A recording carries on; an effect starts again from its beginning.
-            if (!effect) return;
+            if (!channel->effect) return;
             stop();
         }
         // An unreadable source plays too, to report its end like any other sound.
         if (src.isEmpty()) return;
         playing = true;
-        if (!worker.joinable()) worker = std::thread([this] { run(); });
+        if (!worker.joinable()) worker = std::thread([ch = channel] { run(ch); });
         {
-            std::lock_guard lock(mutex);
-            job = Job{++generation, sourceId, data, loops};
+            std::lock_guard lock(channel->mutex);
+            channel->job = Channel::Job{++channel->generation, sourceId, data, loops};
         }
-        wake.notify_one();
+        channel->wake.notify_all();
     }
 
     void stop() override {
         if (!playing) return;
         playing = false;
         {
-            std::lock_guard lock(mutex);
-            ++generation;
-            job.reset();
+            std::lock_guard lock(channel->mutex);
+            ++channel->generation;
+            channel->job.reset();
         }
-        wake.notify_one();
+        channel->wake.notify_all();
         if (onStopped) onStopped();
     }
 
     bool is_playing() const override { return playing; }
-    void set_volume(float value) override { gain = std::clamp(value, 0.0F, 1.0F); }
-    float volume() const override { return gain; }
+    void set_volume(float value) override { channel->gain = std::clamp(value, 0.0F, 1.0F); }
+    float volume() const override { return channel->gain; }
     void set_on_stopped(std::function<void()> callback) override { onStopped = std::move(callback); }
 
-private:
-    struct Job {
-        quint64 generation;
-        quint64 sourceId;
-        QByteArray data;
-        int loops;
-    };
-
-    // The worker's account of how a job ended, handed to the GUI thread.
+    // The worker's account of how a job ended, on the GUI thread.
     void finished(quint64 gen, const QString& cause) {
         if (!cause.isEmpty()) complaints.once(cause);
         {
-            std::lock_guard lock(mutex);
+            std::lock_guard lock(channel->mutex);
             // Stopped or started again meanwhile: that has been reported already.
-            if (gen != generation) return;
+            if (gen != channel->generation) return;
         }
         if (!playing) return;
         playing = false;
         if (onStopped) onStopped();
     }
 
-    void report(quint64 gen, const QString& cause) {
-        // The receiver lives on the GUI thread and dies after the worker is joined, so a queued
-        // report either runs on a whole player or is dropped with the receiver.
-        QMetaObject::invokeMethod(
-            &receiver, [this, gen, cause] { finished(gen, cause); }, Qt::QueuedConnection);
-    }
-
-    bool current(quint64 gen) {
-        std::lock_guard lock(mutex);
-        return gen == generation && !quit;
-    }
-
-    void run() {
-        for (;;) {
-            Job next;
-            {
-                std::unique_lock lock(mutex);
-                wake.wait(lock, [this] { return quit || job.has_value(); });
-                if (quit) return;
-                next = std::move(*job);
-                job.reset();
-            }
-            perform(next);
-        }
-    }
-
-    void perform(const Job& j) {
-        if (j.data.isEmpty()) return report(j.generation, QString());  // said when it was read
-        if (j.sourceId != decodedId) {
-            decoded = effect ? parse_wav(j.data) : (j.data.startsWith("RIFF") ? parse_wav(j.data) : decode_mp3(j.data));
-            decodedId = j.sourceId;
-        }
-        if (!decoded.ok()) return report(j.generation, decoded.error);
-        const PcmAudio& audio = decoded.audio;
-        const pa_sample_spec spec{PA_SAMPLE_S16LE, uint32_t(audio.rate), uint8_t(audio.channels)};
-        const size_t chunkSamples = size_t(std::max(1, audio.rate / CHUNKS_PER_SECOND) * audio.channels);
-        const auto chunkBytes = uint32_t(chunkSamples * sizeof(int16_t));
-        const uint32_t unset = uint32_t(-1);
-        const pa_buffer_attr attr{unset, chunkBytes * BUFFERED_CHUNKS, chunkBytes, unset, unset};
-        int err = 0;
-        pa_simple* s = pa_simple_new(nullptr, APP_NAME, PA_STREAM_PLAYBACK, nullptr, effect ? "effect" : "recording",
-                                     &spec, nullptr, &attr, &err);
-        if (s == nullptr)
-            return report(j.generation, QStringLiteral("no sound server: %1").arg(QString::fromUtf8(pa_strerror(err))));
-        QString cause;
-        std::vector<int16_t> chunk;
-        bool stopped = false;
-        for (int round = 0; !stopped && (j.loops == ENDLESS || round < j.loops); ++round) {
-            for (size_t at = 0; at < audio.samples.size(); at += chunkSamples) {
-                if (!current(j.generation)) {
-                    stopped = true;
-                    break;
-                }
-                const size_t n = std::min(chunkSamples, audio.samples.size() - at);
-                chunk.assign(audio.samples.begin() + qsizetype(at), audio.samples.begin() + qsizetype(at + n));
-                scale(chunk, gain);
-                if (pa_simple_write(s, chunk.data(), n * sizeof(int16_t), &err) < 0) {
-                    cause = QStringLiteral("sound server failed: %1").arg(QString::fromUtf8(pa_strerror(err)));
-                    stopped = true;
-                    break;
-                }
-            }
-        }
-        if (!stopped) wait_until_heard(s, j.generation);
-        // A stop drops what the server still holds; the end lets it play out.
-        if (current(j.generation) && cause.isEmpty())
-            pa_simple_drain(s, &err);
-        else
-            pa_simple_flush(s, &err);
-        pa_simple_free(s);
-        if (current(j.generation) || !cause.isEmpty()) report(j.generation, cause);
-    }
-
-    // Waits, checking for a stop every 10 ms, until the server holds less than a chunk; the
-    // drain after it waits for that last bit only, where a drain alone would not return before
-    // the last sample and so could not be stopped.
-    void wait_until_heard(pa_simple* s, quint64 gen) {
-        constexpr pa_usec_t CHUNK_USEC = 1000000 / CHUNKS_PER_SECOND;
-        int err = 0;
-        const pa_usec_t first = pa_simple_get_latency(s, &err);
-        if (first == pa_usec_t(-1)) return;
-        const auto deadline = Clock::now() + std::chrono::microseconds(first) + 200ms;
-        while (current(gen) && Clock::now() < deadline) {
-            const pa_usec_t left = pa_simple_get_latency(s, &err);
-            if (left == pa_usec_t(-1) || left < CHUNK_USEC) return;
-            std::this_thread::sleep_for(std::min(std::chrono::microseconds(left), std::chrono::microseconds(10000)));
-        }
-    }
-
-    const bool effect;
+private:
+    const std::shared_ptr<Channel> channel;
     Complaints& complaints;
-    QObject receiver;
-
-    // GUI thread.
     QUrl src;
     QByteArray data;
     quint64 sourceId = 0;
     int loops = 1;
     bool playing = false;
     std::function<void()> onStopped;
-    std::atomic<float> gain{1.0F};
-
-    // Shared with the worker, under `mutex`.
-    std::mutex mutex;
-    std::condition_variable wake;
-    std::optional<Job> job;
-    quint64 generation = 0;
-    bool quit = false;
-
-    // Worker thread; started on the first play.
     std::thread worker;
-    quint64 decodedId = 0;
-    PcmResult decoded;
 };
+
+void report(const std::shared_ptr<Channel>& ch, quint64 gen, const QString& cause) {
+    QMetaObject::invokeMethod(
+        mailbox(),
+        [ch, gen, cause] {
+            if (ch->owner != nullptr) ch->owner->finished(gen, cause);
+        },
+        Qt::QueuedConnection);
+}
+
+// Waits, checking for a stop every 10 ms, until the server holds less than a chunk; the drain
+// after it waits for that last bit only, where a drain alone would not return before the last
+// sample and so could not be stopped.
+void wait_until_heard(Channel& ch, pa_simple* s, quint64 gen) {
+    constexpr pa_usec_t CHUNK_USEC = 1000000 / CHUNKS_PER_SECOND;
+    int err = 0;
+    const pa_usec_t first = pa_simple_get_latency(s, &err);
+    if (first == pa_usec_t(-1)) return;
+    const auto deadline = Clock::now() + std::chrono::microseconds(first) + 200ms;
+    while (ch.current(gen) && Clock::now() < deadline) {
+        const pa_usec_t left = pa_simple_get_latency(s, &err);
+        if (left == pa_usec_t(-1) || left < CHUNK_USEC) return;
+        std::this_thread::sleep_for(std::min(std::chrono::microseconds(left), std::chrono::microseconds(10000)));
+    }
+}
+
+void perform(const std::shared_ptr<Channel>& ch, const Channel::Job& j) {
+    if (j.data.isEmpty()) return report(ch, j.generation, QString());  // said when it was read
+    if (j.sourceId != ch->decodedId) {
+        ch->decoded = ch->effect || j.data.startsWith("RIFF") ? parse_wav(j.data) : decode_mp3(j.data);
+        ch->decodedId = j.sourceId;
+    }
+    if (!ch->decoded.ok()) return report(ch, j.generation, ch->decoded.error);
+    const PcmAudio& audio = ch->decoded.audio;
+    const pa_sample_spec spec{PA_SAMPLE_S16LE, uint32_t(audio.rate), uint8_t(audio.channels)};
+    const size_t chunkSamples = size_t(std::max(1, audio.rate / CHUNKS_PER_SECOND) * audio.channels);
+    const auto chunkBytes = uint32_t(chunkSamples * sizeof(int16_t));
+    const uint32_t unset = uint32_t(-1);
+    const pa_buffer_attr attr{unset, chunkBytes * BUFFERED_CHUNKS, chunkBytes, unset, unset};
+    int err = 0;
+    pa_simple* s = pa_simple_new(nullptr, APP_NAME, PA_STREAM_PLAYBACK, nullptr, ch->effect ? "effect" : "recording",
+                                 &spec, nullptr, &attr, &err);
+    if (s == nullptr)
+        return report(ch, j.generation, QStringLiteral("no sound server: %1").arg(QString::fromUtf8(pa_strerror(err))));
+    QString cause;
+    std::vector<int16_t> chunk;
+    bool stopped = false;
+    for (int round = 0; !stopped && (j.loops == SoundPlayer::ENDLESS || round < j.loops); ++round) {
+        for (size_t at = 0; at < audio.samples.size(); at += chunkSamples) {
+            if (!ch->current(j.generation)) {
+                stopped = true;
+                break;
+            }
+            const size_t n = std::min(chunkSamples, audio.samples.size() - at);
+            chunk.assign(audio.samples.begin() + qsizetype(at), audio.samples.begin() + qsizetype(at + n));
+            scale(chunk, ch->gain);
+            if (pa_simple_write(s, chunk.data(), n * sizeof(int16_t), &err) < 0) {
+                cause = QStringLiteral("sound server failed: %1").arg(QString::fromUtf8(pa_strerror(err)));
+                stopped = true;
+                break;
+            }
+        }
+    }
+    if (!stopped) wait_until_heard(*ch, s, j.generation);
+    // A stop drops what the server still holds; the end lets it play out.
+    if (ch->current(j.generation) && cause.isEmpty())
+        pa_simple_drain(s, &err);
+    else
+        pa_simple_flush(s, &err);
+    pa_simple_free(s);
+    if (ch->current(j.generation) || !cause.isEmpty()) report(ch, j.generation, cause);
+}
 
 // Whether a server accepts a playback stream, asked with PulseAudio's own main loop so that
 // the wait has a limit. The stream is made corked and dropped at once: no device stays held.
