@@ -373,8 +373,20 @@ public:
                      {"-n", "--daemonize=no", "--exit-idle-time=-1", "--use-pid-file=no", "--disable-shm=yes",
                       "--load=module-null-sink sink_name=quenlo_test",
                       "--load=module-native-protocol-unix auth-anonymous=1 socket=" + socket});
-        ready = QTest::qWaitFor([&] { return QFileInfo::exists(socket); }, 10000);
-        use(("unix:" + socket).toUtf8());
+        const QByteArray address = "unix:" + socket.toUtf8();
+        use(address);
+        // Ready once it serves a client, not when its socket appears.
+        ready = QTest::qWaitFor(
+            [&] {
+                const pa_sample_spec spec{PA_SAMPLE_S16LE, 44100, 1};
+                pa_simple* probe = QFileInfo::exists(socket) ? pa_simple_new(address.constData(), "quenlo_tests",
+                                                                             PA_STREAM_RECORD, nullptr, "probe",
+                                                                             &spec, nullptr, nullptr, nullptr)
+                                                             : nullptr;
+                if (probe != nullptr) pa_simple_free(probe);
+                return probe != nullptr;
+            },
+            10000);
     }
     ~NullSinkServer() {
         qputenv("PULSE_SERVER", savedServer);
