@@ -28,13 +28,20 @@ quint16 le16(const char* p) {
 
 QString wav_format_name(quint16 tag) {
     switch (tag) {
-    case 2: return QStringLiteral("MS ADPCM");
-    case 3: return QStringLiteral("32-bit float");
-    case 6: return QStringLiteral("A-law");
-    case 7: return QStringLiteral("mu-law");
-    case 0x11: return QStringLiteral("IMA ADPCM");
-    case 0x55: return QStringLiteral("MP3");
-    default: return QStringLiteral("format tag %1").arg(tag);
+        case 2:
+            return QStringLiteral("MS ADPCM");
+        case 3:
+            return QStringLiteral("32-bit float");
+        case 6:
+            return QStringLiteral("A-law");
+        case 7:
+            return QStringLiteral("mu-law");
+        case 0x11:
+            return QStringLiteral("IMA ADPCM");
+        case 0x55:
+            return QStringLiteral("MP3");
+        default:
+            return QStringLiteral("format tag %1").arg(tag);
     }
 }
 
@@ -64,7 +71,8 @@ PcmResult decode_mp3(const QByteArray& data) {
     for (size_t i = 0; i < count; ++i)
         mpg123_format(h.get(), rates[i], MPG123_MONO | MPG123_STEREO, MPG123_ENC_SIGNED_16);
     if (mpg123_open_feed(h.get()) != MPG123_OK || data.isEmpty())
-        return failed(data.isEmpty() ? QStringLiteral("empty file") : QStringLiteral("MP3 decoder unavailable"));
+        return failed(data.isEmpty() ? QStringLiteral("empty file")
+                                     : QStringLiteral("MP3 decoder unavailable"));
 
     PcmResult result;
     PcmAudio& audio = result.audio;
@@ -130,7 +138,9 @@ PcmResult parse_wav(const QByteArray& data) {
             haveFormat = true;
         } else if (id == "data") {
             if (!haveFormat) return failed(QStringLiteral("WAVE data before its format"));
-            if (tag != 1) return failed(QStringLiteral("WAVE in %1, only 16-bit PCM is played").arg(wav_format_name(tag)));
+            if (tag != 1)
+                return failed(
+                    QStringLiteral("WAVE in %1, only 16-bit PCM is played").arg(wav_format_name(tag)));
             if (bits != 16) return failed(QStringLiteral("%1-bit WAVE, only 16-bit PCM is played").arg(bits));
             if (channels < 1 || channels > 8 || rate < 1000 || rate > 384000)
                 return failed(QStringLiteral("WAVE with %1 channels at %2 Hz").arg(channels).arg(rate));

@@ -249,7 +249,8 @@ void wait_until_heard(Channel& ch, pa_simple* s, quint64 gen) {
     while (ch.current(gen) && Clock::now() < deadline) {
         const pa_usec_t left = pa_simple_get_latency(s, &err);
         if (left == pa_usec_t(-1) || left < CHUNK_USEC) return;
-        std::this_thread::sleep_for(std::min(std::chrono::microseconds(left), std::chrono::microseconds(10000)));
+        std::this_thread::sleep_for(
+            std::min(std::chrono::microseconds(left), std::chrono::microseconds(10000)));
     }
 }
 
@@ -267,10 +268,11 @@ void perform(const std::shared_ptr<Channel>& ch, const Channel::Job& j) {
     const uint32_t unset = uint32_t(-1);
     const pa_buffer_attr attr{unset, chunkBytes * BUFFERED_CHUNKS, chunkBytes, unset, unset};
     int err = 0;
-    pa_simple* s = pa_simple_new(nullptr, APP_NAME, PA_STREAM_PLAYBACK, nullptr, ch->effect ? "effect" : "recording",
-                                 &spec, nullptr, &attr, &err);
+    pa_simple* s = pa_simple_new(nullptr, APP_NAME, PA_STREAM_PLAYBACK, nullptr,
+                                 ch->effect ? "effect" : "recording", &spec, nullptr, &attr, &err);
     if (s == nullptr)
-        return report(ch, j.generation, QStringLiteral("no sound server: %1").arg(QString::fromUtf8(pa_strerror(err))));
+        return report(ch, j.generation,
+                      QStringLiteral("no sound server: %1").arg(QString::fromUtf8(pa_strerror(err))));
     QString cause;
     std::vector<int16_t> chunk;
     bool stopped = false;
@@ -317,7 +319,8 @@ bool server_accepts_playback(std::chrono::milliseconds limit) {
                 const pa_sample_spec spec{PA_SAMPLE_S16LE, 44100, 1};
                 stream = pa_stream_new(context, "probe", &spec, nullptr);
                 if (stream == nullptr ||
-                    pa_stream_connect_playback(stream, nullptr, nullptr, PA_STREAM_START_CORKED, nullptr, nullptr) < 0)
+                    pa_stream_connect_playback(stream, nullptr, nullptr, PA_STREAM_START_CORKED, nullptr,
+                                               nullptr) < 0)
                     break;
             }
             if (stream != nullptr) {
@@ -355,8 +358,12 @@ public:
         // The players log the lack of an output themselves.
         return server_accepts_playback(500ms);
     }
-    std::unique_ptr<SoundPlayer> make_player() override { return std::make_unique<PulsePlayer>(false, complaints); }
-    std::unique_ptr<SoundPlayer> make_effect() override { return std::make_unique<PulsePlayer>(true, complaints); }
+    std::unique_ptr<SoundPlayer> make_player() override {
+        return std::make_unique<PulsePlayer>(false, complaints);
+    }
+    std::unique_ptr<SoundPlayer> make_effect() override {
+        return std::make_unique<PulsePlayer>(true, complaints);
+    }
     void set_log(std::function<void(const QString&)> warn) override { complaints.set_log(std::move(warn)); }
 
 private:
