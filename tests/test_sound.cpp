@@ -513,9 +513,12 @@ TEST_F(SoundTest, PlayersReachARealServerAndReportTheirEndOnce) {
     }
 }
 
-// Without a server the program goes on quietly: a quick answer, one line for the cause.
-TEST_F(SoundTest, WithoutAServerNothingPlaysAndItIsSaidOnce) {
+// Without a server, or with a broken file, the program goes on quietly: a quick answer, every
+// end reported, one line for each cause however often it recurs.
+TEST_F(SoundTest, WithoutAServerOrWithABrokenFileNothingPlaysAndItIsSaidOnce) {
     NullSinkServer nowhere(false);
+    QFile broken(nowhere.dir.filePath(QStringLiteral("broken.mp3")));
+    ASSERT_TRUE(broken.open(QIODevice::WriteOnly) && broken.write(QByteArray(4000, 'x')) > 0 && broken.flush());
     sound_backend::set_module_dirs({});
     SoundBackend* backend = sound_backend::get();
     ASSERT_NE(backend, nullptr);
@@ -523,14 +526,21 @@ TEST_F(SoundTest, WithoutAServerNothingPlaysAndItIsSaidOnce) {
     clock.start();
     EXPECT_FALSE(backend->has_output_device());
     EXPECT_LT(clock.elapsed(), 1000);
-    std::unique_ptr<SoundPlayer> effect = backend->make_effect();
-    int ended = 0;
-    effect->set_on_stopped([&ended] { ++ended; });
-    effect->set_source(QUrl(QStringLiteral("qrc") + EFFECT));
-    for (int i = 0; i < 2; ++i) {
-        effect->play();
-        EXPECT_TRUE(QTest::qWaitFor([&] { return ended == i + 1; }, 2000));
+    const std::pair<std::unique_ptr<SoundPlayer>, QUrl> players[] = {
+        {backend->make_effect(), QUrl(QStringLiteral("qrc") + EFFECT)},
+        {backend->make_player(), QUrl::fromLocalFile(broken.fileName())},
+    };
+    for (const auto& [player, source] : players) {
+        int ended = 0;
+        player->set_on_stopped([&ended] { ++ended; });
+        player->set_source(source);
+        for (int i = 0; i < 2; ++i) {
+            player->play();
+            EXPECT_TRUE(QTest::qWaitFor([&] { return ended == i + 1; }, 2000));
+        }
+        EXPECT_FALSE(player->is_playing());
+        player->set_on_stopped({});  // `ended` goes now
     }
-    EXPECT_FALSE(effect->is_playing());
     EXPECT_EQ(capture->count("sound, no sound server"), 1);
+    EXPECT_EQ(capture->count("sound, '" + broken.fileName().toStdString() + "' not played: not an MP3 file"), 1);
 }

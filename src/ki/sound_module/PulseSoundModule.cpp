@@ -44,7 +44,7 @@ public:
     void once(const QString& cause) {
         if (said.contains(cause)) return;
         said.insert(cause);
-        const QString line = QStringLiteral("sound, %1; sounds of this kind stay silent").arg(cause);
+        const QString line = QStringLiteral("sound, %1").arg(cause);
         if (log)
             log(line);
         else
@@ -85,6 +85,7 @@ struct Channel {
         quint64 generation;
         quint64 sourceId;
         QByteArray data;
+        QString name;  // for the log
         int loops;
     };
 
@@ -164,7 +165,8 @@ public:
         if (file.open(QIODevice::ReadOnly))
             data = file.readAll();
         else
-            complaints.once(QStringLiteral("cannot read '%1': %2").arg(local_path(url), file.errorString()));
+            complaints.once(QStringLiteral("'%1' not played, cannot read it: %2")
+                                .arg(local_path(url), file.errorString()));
     }
     QUrl source() const override { return src; }
     void set_loops(int count) override { loops = count == ENDLESS ? ENDLESS : std::max(count, 1); }
@@ -181,7 +183,7 @@ public:
         if (!worker.joinable()) worker = std::thread([ch = channel] { run(ch); });
         {
             std::lock_guard lock(channel->mutex);
-            channel->job = Channel::Job{++channel->generation, sourceId, data, loops};
+            channel->job = Channel::Job{++channel->generation, sourceId, data, local_path(src), loops};
         }
         channel->wake.notify_all();
     }
@@ -260,7 +262,8 @@ void perform(const std::shared_ptr<Channel>& ch, const Channel::Job& j) {
         ch->decoded = ch->effect || j.data.startsWith("RIFF") ? parse_wav(j.data) : decode_mp3(j.data);
         ch->decodedId = j.sourceId;
     }
-    if (!ch->decoded.ok()) return report(ch, j.generation, ch->decoded.error);
+    if (!ch->decoded.ok())
+        return report(ch, j.generation, QStringLiteral("'%1' not played: %2").arg(j.name, ch->decoded.error));
     const PcmAudio& audio = ch->decoded.audio;
     const pa_sample_spec spec{PA_SAMPLE_S16LE, uint32_t(audio.rate), uint8_t(audio.channels)};
     const size_t chunkSamples = size_t(std::max(1, audio.rate / CHUNKS_PER_SECOND) * audio.channels);
@@ -272,7 +275,8 @@ void perform(const std::shared_ptr<Channel>& ch, const Channel::Job& j) {
                                  ch->effect ? "effect" : "recording", &spec, nullptr, &attr, &err);
     if (s == nullptr)
         return report(ch, j.generation,
-                      QStringLiteral("no sound server: %1").arg(QString::fromUtf8(pa_strerror(err))));
+                      QStringLiteral("no sound server, sounds stay silent: %1")
+                          .arg(QString::fromUtf8(pa_strerror(err))));
     QString cause;
     std::vector<int16_t> chunk;
     bool stopped = false;
