@@ -58,6 +58,7 @@ contents)
   listing=$(dpkg-deb --contents "$deb" | awk '{print $6}')
   expected=(
     ./usr/bin/quenlo
+    ./usr/lib/quenlo/libki_sound_pulse.so
     ./usr/lib/quenlo/libki_sound_qt.so
     ./usr/share/applications/de.qlo.Quenlo.desktop
     ./usr/share/metainfo/de.qlo.Quenlo.metainfo.xml
