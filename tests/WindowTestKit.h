@@ -72,6 +72,33 @@ inline morvel::Anim anim_of(const std::vector<std::pair<QString, QString>>& stro
     return anim;
 }
 
+// Character `unicode` of level `levelNumber`, read from its stroke file.
+inline morvel::Anim character(int unicode, int levelNumber = 1) {
+    auto result = morvel::Anim::build_from_file(QString(":/wb/shared-res/zh/%1/%2.svg").arg(levelNumber).arg(unicode));
+    EXPECT_TRUE(result.ok()) << result.to_string();
+    return result.value;
+}
+
+// Samples every 10 units (at least 8 steps) along the centre line of `stroke` from share `from`
+// of its length to share `to`, each moved by `across(share)` and then by `shift`.
+inline std::vector<glm::vec2> along(const morvel::AnimStroke& stroke, float from = 0, float to = 1,
+                                    glm::vec2 shift = {}, const std::function<glm::vec2(float)>& across = {}) {
+    const ki::math::Path& centre = stroke.pathAnim;
+    const float length = centre.get_length();
+    const int steps = std::max(8, static_cast<int>(std::abs(to - from) * length / 10));
+    std::vector<glm::vec2> points;
+    for (int i = 0; i <= steps; ++i) {
+        const float share = from + (to - from) * i / steps;
+        points.push_back(centre.point_at_length(length * share) + (across ? across(share) : glm::vec2(0)) + shift);
+    }
+    return points;
+}
+
+// Across 一 (about 800 units wide): five peaks of ±80 units, inside the lenient corridor.
+inline glm::vec2 zigzag(float share) {
+    return glm::vec2(0.0f, 80.0f * std::asin(std::sin(share * 5.0f * 3.14159f)) / 1.5708f);
+}
+
 inline QPoint to_pixel(const morvel::CanvasHanzi* canvas, glm::vec2 p) {
     return Fit(canvas->get_view_box(), canvas->size()).to_pixel(p).toPoint();
 }

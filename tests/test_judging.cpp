@@ -5,19 +5,16 @@
 // character.
 #include <gtest/gtest.h>
 
-#include <QCoreApplication>
 #include <QDir>
-#include <QMouseEvent>
-#include <QTransform>
 #include <cmath>
 #include <glm/geometric.hpp>
 #include <map>
 
+#include "WindowTestKit.h"
 #include "app/practice/ScoreCard.h"
 #include "app/practice/TraceClassifier.h"
 #include "app/practice/TraceGenerator.h"
 #include "app/practice/TraceVerdict.h"
-#include "app/stroke/CanvasHanzi.h"
 #include "app/stroke/StrokeJudge.h"
 
 using namespace morvel::practice;
@@ -29,37 +26,12 @@ namespace {
 
 constexpr int R = 140;
 
-Anim character(int unicode, int levelNumber = 1) {
-    auto result =
-        Anim::build_from_file(QString(":/wb/shared-res/zh/%1/%2.svg").arg(levelNumber).arg(unicode));
-    EXPECT_TRUE(result.ok()) << result.to_string();
-    return result.value;
-}
-
 std::vector<Anim> level(int number) {
     const QDir dir(QString(":/wb/shared-res/zh/%1").arg(number));
     std::vector<Anim> all;
     for (const QString& file : dir.entryList({"*.svg"}, QDir::Files))
         all.push_back(character(file.chopped(4).toInt(), number));
     return all;
-}
-
-// Samples every 10 units along the centre line from share `from` to `to`, each moved by
-// `across(share)` and then by `shift`.
-template <typename Across>
-std::vector<P> along(const AnimStroke& stroke, float from, float to, P shift, Across across) {
-    const ki::math::Path& centre = stroke.pathAnim;
-    const float length = centre.get_length();
-    const int steps = std::max(8, static_cast<int>(std::abs(to - from) * length / 10));
-    std::vector<P> points;
-    for (int i = 0; i <= steps; ++i) {
-        const float share = from + (to - from) * i / steps;
-        points.push_back(centre.point_at_length(length * share) + across(share) + shift);
-    }
-    return points;
-}
-std::vector<P> along(const AnimStroke& stroke, float from = 0, float to = 1, P shift = {}) {
-    return along(stroke, from, to, shift, [](float) { return P(0, 0); });
 }
 
 std::vector<P> straight(P a, P b) {
@@ -73,11 +45,6 @@ bool lenient_accepts(const AnimStroke& stroke, const std::vector<P>& samples, in
     judge.press(samples.front(), stroke, r);
     for (size_t i = 1; i + 1 < samples.size(); ++i) judge.move(samples[i], stroke, r);
     return judge.release(samples.back(), stroke, r) == morvel::StrokeJudge::Verdict::ACCEPTED;
-}
-
-// Across 一 (about 800 units wide): five peaks of ±80 units.
-P zigzag(float share) {
-    return P(0, 80 * std::asin(std::sin(share * 5 * 3.14159f)) / 1.5708f);
 }
 
 }  // namespace
@@ -280,11 +247,6 @@ TEST(TraceVerdict, LenientVerdictsThroughTheCanvasAreAsBefore) {
     canvas.resize(700, 700);
     canvas.set_r_circle(R);
     canvas.own_lesson().set_mode_flags(morvel::prog2::MODE_LEARN);
-    // The canvas maps pixels to character units by an affine transform; its inverse gives the pixels.
-    const P o = canvas.map_point_to_anim({0, 0}), ex = canvas.map_point_to_anim({1, 0}) - o,
-            ey = canvas.map_point_to_anim({0, 1}) - o;
-    const QTransform toPixel = QTransform(ex.x, ex.y, ey.x, ey.y, o.x, o.y).inverted();
-    const auto pixel_of = [&toPixel](P p) { return toPixel.map(QPointF(p.x, p.y)).toPoint(); };
     int accepted = 0, rejected = 0;
     canvas.listenerStrokeLearned += [&accepted]() { ++accepted; };
     canvas.listenerStrokeRejected += [&rejected]() { ++rejected; };
@@ -303,16 +265,13 @@ TEST(TraceVerdict, LenientVerdictsThroughTheCanvasAreAsBefore) {
                 morvel::StrokeJudge judge;
                 std::vector<P> traced;  // as the canvas sees the samples
                 const auto send = [&](QEvent::Type type, size_t i) {
-                    const QPoint at = pixel_of(samples[i]);
+                    const QPoint at = to_pixel(&canvas, samples[i]);
                     const P mapped = canvas.map_mouse_point_to_anim(at);
                     traced.push_back(mapped);
                     if (type == QEvent::MouseButtonPress) judge.press(mapped, stroke, R);
                     if (type == QEvent::MouseMove) judge.move(mapped, stroke, R);
-                    QMouseEvent ev(type, QPointF(at), QPointF(at),
-                                   type == QEvent::MouseMove ? Qt::NoButton : Qt::LeftButton,
-                                   type == QEvent::MouseButtonRelease ? Qt::NoButton : Qt::LeftButton,
-                                   Qt::NoModifier);
-                    QCoreApplication::sendEvent(&canvas, &ev);
+                    send_mouse(&canvas, type, at,
+                               type == QEvent::MouseButtonRelease ? Qt::NoButton : Qt::LeftButton);
                     return mapped;
                 };
                 const int before = accepted + rejected, acceptedBefore = accepted;

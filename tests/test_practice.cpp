@@ -22,24 +22,6 @@ using P = glm::vec2;
 
 namespace {
 
-Anim character(int unicode) {
-    auto result = Anim::build_from_file(QString(":/wb/shared-res/zh/1/%1.svg").arg(unicode));
-    EXPECT_TRUE(result.ok()) << result.to_string();
-    return result.value;
-}
-
-// Samples every 10 units along the centre line of `stroke` from share `from` of its length to
-// share `to`, shifted by `shift`.
-std::vector<P> along(const Anim& anim, size_t stroke, float from = 0, float to = 1, P shift = {}) {
-    const ki::math::Path& centre = anim.strokes[stroke].pathAnim;
-    const float length = centre.get_length();
-    const int steps = std::max(2, static_cast<int>(std::abs(to - from) * length / 10));
-    std::vector<P> points;
-    for (int i = 0; i <= steps; ++i)
-        points.push_back(centre.point_at_length(length * (from + (to - from) * i / steps)) + shift);
-    return points;
-}
-
 std::vector<P> with(std::vector<P> points, size_t index, P point) {
     points[index] = point;
     return points;
@@ -88,16 +70,16 @@ TEST(PracticeClassifier, ReasonsOfRejectedTracesAndTheirMarkers) {
     // 一 runs from (121,507) to (920,499); these offsets of length exactly 140 point away from its
     // first and last segments, so they measure to the end points.
     const P start(121, 507), end(920, 499), behind(-84, -112), ahead(84, -112), up(0, -1);
-    const std::vector<P> line = along(yi, 0);
+    const std::vector<P> line = along(yi.strokes[0]);
     const size_t last = line.size() - 1;
     std::vector<P> strayToEnd = line;
     for (size_t i = 10; i < strayToEnd.size(); ++i) strayToEnd[i] += P(0, -200);
     // The first 30 % of 大's falling stroke, then released at its end: the judge sees only the
     // samples, strict judging also the straight jump, 106 units off the curve.
-    std::vector<P> jump = along(da, 1, 0, 0.3f);
+    std::vector<P> jump = along(da.strokes[1], 0, 0.3f);
     jump.push_back(da.strokes[1].pathAnim.point_end());
     const std::vector<P> liuFlickBack{P(514, 203), P(494, 187), P(494, 187)};
-    std::vector<P> liuBackToStart = along(liu, 0);
+    std::vector<P> liuBackToStart = along(liu.strokes[0]);
     liuBackToStart.back() = liuBackToStart.front();
     const struct {
         const char* name;
@@ -118,17 +100,17 @@ TEST(PracticeClassifier, ReasonsOfRejectedTracesAndTheirMarkers) {
         {"release outside the end circle", yi, 0, with(line, last, end + ahead + up), Reason::END, int(last)},
         {"first sample outside the corridor reported", yi, 0,
          with(with(line, 3, line[3] + P(0, -200)), 5, line[5] + P(0, -300)), Reason::STRAYED, 3},
-        {"a later stroke is the wrong stroke", san, 0, along(san, 2), Reason::WRONG_STROKE, -1, 2},
-        {"stroke already traced is a bad start", san, 1, along(san, 0), Reason::START, 0},
-        {"reversed (also a bad start) is backwards", shi, 0, along(shi, 0, 1, 0), Reason::BACKWARDS},
-        {"bad start wins over straying", shi, 1, along(shi, 1, 0, 1, P(200, 0)), Reason::START, 0},
+        {"a later stroke is the wrong stroke", san, 0, along(san.strokes[2]), Reason::WRONG_STROKE, -1, 2},
+        {"stroke already traced is a bad start", san, 1, along(san.strokes[0]), Reason::START, 0},
+        {"reversed (also a bad start) is backwards", shi, 0, along(shi.strokes[0], 1, 0), Reason::BACKWARDS},
+        {"bad start wins over straying", shi, 1, along(shi.strokes[1], 0, 1, P(200, 0)), Reason::START, 0},
         {"straying wins over a bad end", yi, 0, strayToEnd, Reason::STRAYED, 10},
         {"short backwards flick passes the lenient judge", liu, 0, liuFlickBack, Reason::NONE},
-        {"strict: whole centre line passes", liu, 1, along(liu, 1), Reason::NONE, -1, -1, true},
+        {"strict: whole centre line passes", liu, 1, along(liu.strokes[1]), Reason::NONE, -1, -1, true},
         {"strict: short backwards flick", liu, 0, liuFlickBack, Reason::TOO_SHORT, -1, -1, true},
         {"strict: just inside both circles, half the length", yi, 0, {start + P(190, 0), end - P(190, 0)},
          Reason::TOO_SHORT, -1, -1, true, 200},
-        {"strict: reversed, wide circles", liu, 0, along(liu, 0, 1, 0), Reason::BACKWARDS, -1, -1, true, 200},
+        {"strict: reversed, wide circles", liu, 0, along(liu.strokes[0], 1, 0), Reason::BACKWARDS, -1, -1, true, 200},
         {"strict: released back at the start", liu, 0, liuBackToStart, Reason::BACKWARDS, -1, -1, true, 200},
         {"strict: jump leaves the curve uncovered", da, 1, jump, Reason::MISSED_PART, -1, -1, true, 100},
         {"strict: jump covered at a wider tolerance", da, 1, jump, Reason::NONE, -1, -1, true},

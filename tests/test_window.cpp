@@ -606,10 +606,7 @@ TEST_F(WindowTest, StrictJudgingRejectsAZigzagAndTheLearnersInkAndScoreStay) {
     ASSERT_TRUE(w.get_recorder().is_open());
     // Earlier tests may have finished 一 in the same history.
     const morvel::progress::ScoreStats before = w.get_recorder().store()->score_stats()[0x4E00];
-    // Five peaks of about 80 units across the 800-unit stroke: inside the lenient corridor.
-    trace_stroke(canvas, 0, false, [](float share) {
-        return glm::vec2(0.0f, 80.0f * std::asin(std::sin(share * 5.0f * 3.14159f)) / 1.5708f);
-    });
+    trace_stroke(canvas, 0, false, zigzag);
     EXPECT_EQ(canvas->get_rejection().reason, morvel::practice::Reason::NOT_SMOOTH);
     EXPECT_EQ(canvas->get_strokes_learned(), 0);
 
@@ -694,9 +691,7 @@ TEST_F(WindowTest, FromMemoryTheCharacterIsHiddenTracesAreJudgedAndKeysGrade) {
         bool written;
     };
     const Row rows[] = {
-        {"a zigzag lenient judging takes is not smooth", [](float share) {
-             return glm::vec2(0.0f, 80.0f * std::asin(std::sin(share * 5.0f * 3.14159f)) / 1.5708f);
-         }, false, Reason::NOT_SMOOTH, false},
+        {"a zigzag lenient judging takes is not smooth", zigzag, false, Reason::NOT_SMOOTH, false},
         {"backwards is rejected with its reason", {}, true, Reason::BACKWARDS, false},
         {"a press beside the hidden start circle is no fault",
          [r = float(canvas->get_r_circle())](float share) { return glm::vec2(0.0f, share == 0.0f ? 1.3f * r : 0.0f); },
