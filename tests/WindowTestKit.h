@@ -187,7 +187,6 @@ protected:
     static inline const QString WINDOW_NODE = QStringLiteral("WinHanzi_0");
 
     void SetUp() override {
-        if (!ki::log::is_configured()) ki::log::configure();
         ki::qt::GSound::set_silent(true);
         ki::qt::lang::set_lang(QLocale::English);
         themeBefore = ki::qt::themes::get_theme();

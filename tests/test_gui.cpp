@@ -62,12 +62,8 @@ struct LogWindow : TestWindow<NAME> {
 
 class GuiTest : public testing::Test {
 protected:
-    void SetUp() override {
-        if (!ki::log::is_configured()) ki::log::configure();
-        themeBefore = th::get_theme();
-    }
     void TearDown() override { th::set(themeBefore); }
-    unsigned int themeBefore = 0;
+    const unsigned int themeBefore = th::get_theme();
 };
 
 }  // namespace

@@ -107,7 +107,6 @@ TEST(GuiRows, HundredThousandRowsScrollSelectAndKeepOnlyVisibleRowsAsWidgets) {
 }
 
 TEST(GuiRows, WorkerThreadLinesReachTheLogViewBoundedAndOutliveIt) {
-    if (!ki::log::is_configured()) ki::log::configure();
     ki::log::set_log_level(ki::log::LOG_INFO);  // the view reads info lines; the suite runs at warnings
     ki::log::LogAppender* console = ki::log::get_console_appender();
     console->set_enabled(false);
