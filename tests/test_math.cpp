@@ -54,7 +54,6 @@ TEST(Math, CurveLengthsMatchClosedForms) {
         double length;
     } rows[] = {
         {"quarter circle arc", EllipticArc({50, 0}, {50, 50}, 0, false, true, {0, 50}), 25 * PI},
-        {"radius too small is scaled up", EllipticArc({0, 0}, {1, 1}, 0, false, false, {20, 0}), 10 * PI},
         {"small arc over one radius", EllipticArc({0, 0}, {10, 10}, 0, false, true, {10, 0}), 10 * PI / 3},
         {"large arc over one radius", EllipticArc({0, 0}, {10, 10}, 0, true, true, {10, 0}), 50 * PI / 3},
         {"zero radius arc is a line", EllipticArc({0, 0}, {0, 10}, 0, true, true, {30, 40}), 50},
