@@ -152,7 +152,9 @@ inline QAction* menu_item(QMenu* menu, const QStringList& path) {
 
 inline void trigger_item(Window& w, const QStringList& path) {
     std::unique_ptr<ki::qt::GMenu> menu(w.gen_menu_options(Window::OPTIONS_ALL));
-    menu_item(menu.get(), path)->trigger();
+    QAction* item = menu_item(menu.get(), path);
+    ASSERT_NE(item, nullptr) << path.join(QStringLiteral(" > ")).toStdString();
+    item->trigger();
 }
 
 inline void change_options(Window& w, const std::function<void(morvel::prog2::LessonOptions&)>& change) {

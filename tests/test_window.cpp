@@ -475,10 +475,7 @@ TEST_F(WindowTest, TheLevelMenuSwitchesSevenLevelsEachWithItsSelectionAndAStartR
         const std::vector<int> placed = button_places(w);
         for (const auto& row : rows) {
             SCOPED_TRACE(row.item);
-            std::unique_ptr<ki::qt::GMenu> menu(w.gen_menu_options(Window::OPTIONS_ALL));
-            QAction* item = menu_item(menu.get(), {"Level", row.item});
-            ASSERT_NE(item, nullptr);
-            item->trigger();
+            trigger_item(w, {"Level", row.item});
             EXPECT_EQ(model_of(w)->row_count(), row.rows);
             EXPECT_EQ(catalogue().get_level().number, row.level);
             EXPECT_EQ(w.get_selected_index(), 0) << "never visited";
