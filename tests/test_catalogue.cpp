@@ -48,8 +48,6 @@ TEST(Catalogue, LevelFromTheCommandLine) {
         int level;
         const char* error;  // a part of the message, empty for none
     } rows[] = {
-        {{"quenlo"}, 0, ""},
-        {{"quenlo", "--level", "7"}, 7, ""},
         {{"quenlo", "--lang", "--level", "1"}, 1, ""},
         {{"quenlo", "--level", "8"}, 0, "not '8'"},
         {{"quenlo", "--level", "0"}, 0, "not '0'"},
