@@ -3,7 +3,6 @@
 #include <ki/store/GNode.h>
 
 #include <QImage>
-#include <cstdlib>
 #include <functional>
 #include <tuple>
 

@@ -9,7 +9,6 @@
 #include <QCoreApplication>
 #include <QElapsedTimer>
 #include <QLayout>
-#include <QPlainTextEdit>
 #include <QTest>
 #include <QWheelEvent>
 #include <atomic>

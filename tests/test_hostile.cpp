@@ -16,7 +16,6 @@
 #include <QFileInfo>
 #include <QTemporaryDir>
 #include <cstddef>
-#include <memory>
 #include <optional>
 #include <random>
 #include <vector>

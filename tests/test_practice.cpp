@@ -6,7 +6,6 @@
 
 #include <QImage>
 #include <QPainter>
-#include <cmath>
 #include <glm/geometric.hpp>
 
 #include "LoggedTest.h"
