@@ -168,10 +168,9 @@ TEST(AnimCache, LoadsAreServedByNameAndFailuresReportedOnce) {
 TEST(AnimShipped, EveryStrokeFileBuildsWithThePackagesStrokesCentreLinesInsideTheirOutlines) {
     const QDir package(QStringLiteral(QUENLO_SOURCE_DIR "/tools/resgen/node_modules/hanzi-writer-data"));
     int compared = 0;
-    for (const auto& [level, count] : {std::pair{1, 87}, {2, 95}, {3, 167}, {4, 269}, {5, 446}, {6, 621}, {7, 978}}) {
+    for (int level = 1; level <= morvel::prog2::Level::COUNT; ++level) {
         const QDir folder(morvel::prog2::Level::shipped(level).directory);
         const QStringList names = folder.entryList({"*.svg"}, QDir::Files);
-        EXPECT_EQ(names.size(), count) << "level " << level;
         for (const QString& name : names) {
             SCOPED_TRACE(folder.filePath(name).toStdString());
             const ki::GSysResult<Anim> result = Anim::build_from_file(folder.filePath(name));
