@@ -127,14 +127,8 @@ TEST_F(GuiTest, ThemeRotationFromEveryStartValue) {
     }
 }
 
-TEST_F(GuiTest, ThemePalettesTheirLimitsAndApplyingOnce) {
-    th::set(th::THEME_GREEN);
-    th::set(9);
-    EXPECT_EQ(th::get(), th::THEME_GREEN) << "a theme above the maximum is refused";
-    for (const unsigned int unknown : {th::THEME_NOT_SET, 77u})
-        EXPECT_EQ(th::get_palette(unknown), th::get_palette_normal()) << unknown;
-
-    // The same application theme is not applied again: every widget would be repainted for nothing.
+// The same application theme is not applied again: every widget would be repainted for nothing.
+TEST_F(GuiTest, TheSameApplicationThemeIsAppliedOnce) {
     gApp->set_theme(th::THEME_NORMAL);
     gApp->set_theme(th::THEME_DARK);
     EXPECT_EQ(QApplication::palette().color(QPalette::Window), QColor(53, 53, 53));
