@@ -220,17 +220,3 @@ TEST(ReviewPlan, PlaysSessions) {
         }
     }
 }
-
-TEST(ReviewPlan, BadInputKeepsPlanUsable) {
-    const Scheduler scheduler;
-    const auto today = [] { return TODAY; };
-    SessionPlan odd(scheduler, today, Store().cards, 7);
-    EXPECT_EQ(odd.new_limit(), SessionPlan::DEFAULT_NEW_LIMIT) << "a limit that is not offered";
-
-    SessionPlan plan(scheduler, today, Store().cards, 10);
-    const PlanProgress before = plan.progress();
-    EXPECT_EQ(plan.graded(U'?', Rating::GOOD), Card{}) << "an unknown character";
-    plan.introduced(U'x');  // not new: must not count against the limit
-    EXPECT_EQ(plan.progress(), before);
-    EXPECT_EQ(plan.next(), (PlanStep{K::REVIEW, U'x'}));
-}
