@@ -41,6 +41,8 @@ TEST(Search, FindsByCharacterPinyinAndMeaning) {
         {"ü typed as v", "lv4", QLocale::English, "绿", "律", "lv"},
         {"ü with its tone mark", "lǚ", QLocale::English, "旅", "", "lv"},
         {"English meaning word", "snow", QLocale::English, "雪", "", ""},
+        {"German meaning word", "Schnee", QLocale::German, "雪", "", ""},
+        {"Russian meaning word", "снег", QLocale::Russian, "雪", "", ""},
         {"German word found as a start of a word", "Schul", QLocale::German, "校", "", ""},
         {"a meaning of another language is no hit", "Schnee", QLocale::English, "", "", ""},
         {"a pinyin note is no meaning word", "xuexiao", QLocale::English, "", "", ""},
