@@ -248,8 +248,6 @@ TEST_F(HistoryWritesTest, AnAttemptIsJudgedByItsOwnTraces) {
          {{2 * HOUR, HINT_TRACE}, {0, COMPLETE}, {HOUR, CLEAN_TRACE}, {HOUR, COMPLETE}}},
         {"an abandoned attempt's outline does not count", true,
          {{0, OUTLINE_TRACE}, {0, NEW_ATTEMPT}, {0, CLEAN_TRACE}, {0, COMPLETE}}},
-        {"clock going on: a hint spoils its attempt", false,
-         {{0, CLEAN_TRACE}, {0, COMPLETE}, {HOUR, HINT_TRACE}, {HOUR, COMPLETE}}},
         // clang-format on
     };
     for (const auto& row : rows) {
