@@ -138,11 +138,8 @@ TEST(ControlAnimModes, ListenersSeeOldCurrentAndNewPendingOncePerChange) {
         EXPECT_EQ(change.before, control.state());
         seen.emplace_back(control.get_mode_flags(), control.get_mode_flags_pending(), change.after.modeFlags);
     };
-    ki::store::GNode node;
-    node.set("ControlAnim.modeFlags", 17u);
-    node.set("incSpeed", 3);
-    control.config_load(node);
-    control.config_load(node);
+    control.set_mode_flags(17u);
+    control.set_mode_flags(17u);
     control.set_mode_bits(0x20, true);
     control.set_mode_bits(0x20, true);
     const std::vector<std::tuple<unsigned, unsigned, unsigned>> expected = {{23u, 17u, 17u}, {17u, 49u, 49u}};
