@@ -11,11 +11,11 @@
 #include <QRawFont>
 #include <QRegularExpression>
 #include <QSvgRenderer>
-#include <QtEndian>
 #include <algorithm>
 #include <cstdlib>
-#include <optional>
 #include <set>
+
+#include <ki/sound_module/PcmAudio.h>
 
 #include "LoggedTest.h"
 #include "app/ChinChar.h"
@@ -28,78 +28,11 @@ namespace {
 const QString kRoot = QStringLiteral(":/wb/shared-res");
 const QString kToneMarked = QStringLiteral("āáǎàēéěèīíǐìōóǒòūúǔùǖǘǚǜ");
 
-quint32 be32(const QByteArray& b, qsizetype at) {
-    return qFromBigEndian<quint32>(b.constData() + at);
-}
-quint32 le32(const QByteArray& b, qsizetype at) {
-    return qFromLittleEndian<quint32>(b.constData() + at);
-}
-quint16 le16(const QByteArray& b, qsizetype at) {
-    return qFromLittleEndian<quint16>(b.constData() + at);
-}
-
-struct Mp3Info {
-    double seconds = 0;
-    int sampleRate = 0;
-    bool mono = false;
-    std::vector<qsizetype> frameStarts;
-};
-
-// Walks the chain of MPEG layer III frame headers from the first byte to the last; a break in
-// the chain, a cut-off last frame or a Xing/Info frame count that disagrees with it fails.
-std::optional<Mp3Info> parse_mp3(const QByteArray& b) {
-    static const int kKbpsV1[16] = {0, 32, 40, 48, 56, 64, 80, 96, 112, 128, 160, 192, 224, 256, 320, 0};
-    static const int kKbpsV2[16] = {0, 8, 16, 24, 32, 40, 48, 56, 64, 80, 96, 112, 128, 144, 160, 0};
-    static const int kRate[3][3] = {{44100, 48000, 32000}, {22050, 24000, 16000}, {11025, 12000, 8000}};
-    Mp3Info info;
-    long frames = 0, tagFrames = -1;
-    for (qsizetype pos = 0; pos < b.size(); ++frames) {
-        if (b.size() - pos < 4) return std::nullopt;
-        const quint32 h = be32(b, pos);
-        // version 3 is MPEG-1, 2 MPEG-2, 0 MPEG-2.5; layer 1 is layer III.
-        const unsigned version = (h >> 19) & 3, rateIndex = (h >> 10) & 3;
-        if ((h >> 21) != 0x7ff || version == 1 || ((h >> 17) & 3) != 1 || rateIndex == 3) return std::nullopt;
-        const bool v1 = version == 3, mono = ((h >> 6) & 3) == 3;
-        const int kbps = (v1 ? kKbpsV1 : kKbpsV2)[(h >> 12) & 15];
-        const int rate = kRate[v1 ? 0 : (version == 2 ? 1 : 2)][rateIndex];
-        if (kbps == 0 || (frames > 0 && (rate != info.sampleRate || mono != info.mono))) return std::nullopt;
-        info.sampleRate = rate;
-        info.mono = mono;
-        info.frameStarts.push_back(pos);
-        const qsizetype length = (v1 ? 144 : 72) * kbps * 1000 / rate + ((h >> 9) & 1);
-        if (pos + length > b.size()) return std::nullopt;
-        const qsizetype tag = pos + 4 + (v1 ? (mono ? 17 : 32) : (mono ? 9 : 17));
-        const QByteArray id = b.mid(tag, 4);
-        if (frames == 0 && (id == "Xing" || id == "Info") && (be32(b, tag + 4) & 1))
-            tagFrames = long(be32(b, tag + 8));
-        pos += length;
-    }
-    // The Xing/Info frame itself carries no audio.
-    const long audio = tagFrames >= 0 ? frames - 1 : frames;
-    if (audio <= 0 || (tagFrames >= 0 && tagFrames != audio && tagFrames != frames)) return std::nullopt;
-    info.seconds = double(audio) * (info.sampleRate >= 32000 ? 1152 : 576) / info.sampleRate;
-    return info;
-}
-
-struct Wav {
-    int format = 0, channels = 0, rate = 0, bits = 0;
-    QByteArray data;
-    double seconds() const { return double(data.size()) / (channels * bits / 8 * rate); }
-    double peak() const {  // largest 16-bit sample as a share of full scale
-        int peak = 0;
-        for (qsizetype i = 0; bits == 16 && i + 1 < data.size(); i += 2)
-            peak = std::max(peak, std::abs(int(qint16(le16(data, i)))));
-        return peak / 32768.0;
-    }
-};
-
-// The canonical 44-byte header that every player reads: RIFF, WAVE, a 16-byte "fmt ", "data".
-std::optional<Wav> parse_wav(const QByteArray& b) {
-    if (b.size() < 44 || !b.startsWith("RIFF") || le32(b, 4) != quint32(b.size() - 8) ||
-        b.mid(8, 8) != "WAVEfmt " || le32(b, 16) != 16 || b.mid(36, 4) != "data" ||
-        le32(b, 40) != quint32(b.size() - 44))
-        return std::nullopt;
-    return Wav{le16(b, 20), le16(b, 22), int(le32(b, 24)), le16(b, 34), b.mid(44)};
+// The largest sample as a share of full scale.
+double peak(const ki::qt::PcmAudio& audio) {
+    int largest = 0;
+    for (const int16_t sample : audio.samples) largest = std::max(largest, std::abs(int(sample)));
+    return largest / 32768.0;
 }
 
 // The rows of every level, level after level.
@@ -159,12 +92,13 @@ TEST(Resources, RecordingsForExactlyTheToneMarkedReadings) {
     for (const QString& name : files) {
         const QByteArray bytes = read_file(dir.filePath(name));
         EXPECT_TRUE(contents.insert(bytes).second) << name.toStdString() << ": the same bytes as another recording";
-        const auto mp3 = parse_mp3(bytes);
-        ASSERT_TRUE(mp3.has_value()) << name.toStdString() << ": not a clean MPEG layer III stream";
-        EXPECT_TRUE(mp3->mono && (mp3->sampleRate == 22050 || mp3->sampleRate == 24000))
+        // Decoded as the player decodes it (its refusals are tested with the decoder).
+        const ki::qt::PcmResult mp3 = ki::qt::decode_mp3(bytes);
+        ASSERT_TRUE(mp3.ok()) << name.toStdString() << ": " << mp3.error.toStdString();
+        EXPECT_TRUE(mp3.audio.channels == 1 && (mp3.audio.rate == 22050 || mp3.audio.rate == 24000))
             << name.toStdString();
-        EXPECT_TRUE(mp3->seconds >= 0.2 && mp3->seconds <= 1.5)
-            << name.toStdString() << ": " << mp3->seconds << " s";
+        EXPECT_TRUE(mp3.audio.seconds() >= 0.2 && mp3.audio.seconds() <= 1.5)
+            << name.toStdString() << ": " << mp3.audio.seconds() << " s";
     }
 }
 
@@ -199,23 +133,6 @@ TEST(Resources, RecordingIndexLines) {
     }
 }
 
-TEST(Resources, FrameWalkRejectsBrokenMp3) {
-    // Without this the recording checks above could pass on anything.
-    const QByteArray good = read_file(morvel::prog2::Recording::path(20013));
-    const auto info = parse_mp3(good);
-    ASSERT_TRUE(info.has_value());
-    const struct {
-        const char* name;
-        QByteArray bytes;
-    } rows[] = {
-        {"last frame cut short", good.left(good.size() - 10)},
-        {"whole frames missing at the end", good.left(info->frameStarts[info->frameStarts.size() / 2])},
-        {"garbage between frames", good.left(600) + QByteArray(7, 'x') + good.mid(600)},
-        {"a WAV file", read_file(kRoot + "/sounds/quiet.wav")},
-    };
-    for (const auto& row : rows) EXPECT_FALSE(parse_mp3(row.bytes).has_value()) << row.name;
-}
-
 TEST(Resources, EffectSounds) {
     const struct {
         const char* name;
@@ -228,11 +145,12 @@ TEST(Resources, EffectSounds) {
         {"trace rejected", "error.wav", false},
     };
     for (const auto& row : rows) {
-        const auto wav = parse_wav(read_file(kRoot + "/sounds/" + row.wav));
-        ASSERT_TRUE(wav.has_value()) << row.name;
-        EXPECT_TRUE(wav->format == 1 && wav->bits == 16) << row.name << ": 16-bit PCM";
-        EXPECT_LT(wav->seconds(), 0.6) << row.name;
-        EXPECT_TRUE(row.silent ? wav->peak() == 0.0 : wav->peak() > 0.05 && wav->peak() < 0.5)
+        // The player's own reader: 16-bit PCM or a refusal that names the encoding.
+        const ki::qt::PcmResult wav = ki::qt::parse_wav(read_file(kRoot + "/sounds/" + row.wav));
+        ASSERT_TRUE(wav.ok()) << row.name << ": " << wav.error.toStdString();
+        EXPECT_LT(wav.audio.seconds(), 0.6) << row.name;
+        const double loudest = peak(wav.audio);
+        EXPECT_TRUE(row.silent ? loudest == 0.0 : loudest > 0.05 && loudest < 0.5)
             << row.name << ": silent, or audible but not loud";
     }
 }
