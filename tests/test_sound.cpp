@@ -344,10 +344,10 @@ public:
         // Ready once it serves a client, not when its socket appears.
         ready = QTest::qWaitFor(
             [&] {
-                const pa_sample_spec spec{PA_SAMPLE_S16LE, 44100, 1};
+                const pa_sample_spec format{PA_SAMPLE_S16LE, 44100, 1};
                 pa_simple* probe = QFileInfo::exists(socket) ? pa_simple_new(address.constData(), "quenlo_tests",
                                                                              PA_STREAM_RECORD, nullptr, "probe",
-                                                                             &spec, nullptr, nullptr, nullptr)
+                                                                             &format, nullptr, nullptr, nullptr)
                                                              : nullptr;
                 if (probe != nullptr) pa_simple_free(probe);
                 return probe != nullptr;
@@ -379,9 +379,9 @@ public:
 class MonitorRecorder {
 public:
     MonitorRecorder() {
-        const pa_sample_spec spec{PA_SAMPLE_S16LE, RATE, 1};
+        const pa_sample_spec format{PA_SAMPLE_S16LE, RATE, 1};
         const pa_buffer_attr attr{uint32_t(-1), uint32_t(-1), uint32_t(-1), uint32_t(-1), BLOCK * 2};
-        stream = pa_simple_new(nullptr, "quenlo_tests", PA_STREAM_RECORD, "quenlo_test.monitor", "monitor", &spec,
+        stream = pa_simple_new(nullptr, "quenlo_tests", PA_STREAM_RECORD, "quenlo_test.monitor", "monitor", &format,
                                nullptr, &attr, nullptr);
         if (stream != nullptr) reader = std::thread([this] {
             std::vector<int16_t> block(BLOCK);

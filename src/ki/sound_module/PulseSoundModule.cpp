@@ -265,14 +265,14 @@ void perform(const std::shared_ptr<Channel>& ch, const Channel::Job& j) {
     if (!ch->decoded.ok())
         return report(ch, j.generation, QStringLiteral("'%1' not played: %2").arg(j.name, ch->decoded.error));
     const PcmAudio& audio = ch->decoded.audio;
-    const pa_sample_spec spec{PA_SAMPLE_S16LE, uint32_t(audio.rate), uint8_t(audio.channels)};
+    const pa_sample_spec format{PA_SAMPLE_S16LE, uint32_t(audio.rate), uint8_t(audio.channels)};
     const size_t chunkSamples = size_t(std::max(1, audio.rate / CHUNKS_PER_SECOND) * audio.channels);
     const auto chunkBytes = uint32_t(chunkSamples * sizeof(int16_t));
     const uint32_t unset = uint32_t(-1);
     const pa_buffer_attr attr{unset, chunkBytes * BUFFERED_CHUNKS, chunkBytes, unset, unset};
     int err = 0;
     pa_simple* s = pa_simple_new(nullptr, APP_NAME, PA_STREAM_PLAYBACK, nullptr,
-                                 ch->effect ? "effect" : "recording", &spec, nullptr, &attr, &err);
+                                 ch->effect ? "effect" : "recording", &format, nullptr, &attr, &err);
     if (s == nullptr)
         return report(ch, j.generation,
                       QStringLiteral("no sound server, sounds stay silent: %1")
@@ -320,8 +320,8 @@ bool server_accepts_playback(std::chrono::milliseconds limit) {
             const pa_context_state_t cs = pa_context_get_state(context);
             if (!PA_CONTEXT_IS_GOOD(cs)) break;
             if (cs == PA_CONTEXT_READY && stream == nullptr) {
-                const pa_sample_spec spec{PA_SAMPLE_S16LE, 44100, 1};
-                stream = pa_stream_new(context, "probe", &spec, nullptr);
+                const pa_sample_spec format{PA_SAMPLE_S16LE, 44100, 1};
+                stream = pa_stream_new(context, "probe", &format, nullptr);
                 if (stream == nullptr ||
                     pa_stream_connect_playback(stream, nullptr, nullptr, PA_STREAM_START_CORKED, nullptr,
                                                nullptr) < 0)
