@@ -5,7 +5,6 @@
 #include <QCryptographicHash>
 #include <QDir>
 #include <QElapsedTimer>
-#include <QLockFile>
 #include <QSocketNotifier>
 #include <QTextStream>
 #include <QThread>
@@ -13,7 +12,9 @@
 
 #include <cerrno>
 #include <cstring>
+#include <fcntl.h>
 #include <poll.h>
+#include <sys/file.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
 #include <sys/un.h>
@@ -93,39 +94,50 @@ SingleInstance::~SingleInstance() {
         ::close(listening);
         ::unlink(QFile::encodeName(socketPath).constData());
     }
+    // Closing releases the lock; the file stays, a later start locks it again.
+    if (lockFd >= 0) ::close(lockFd);
 }
 
 bool SingleInstance::claim() {
     QDir().mkpath(QFileInfo(lockPath).path());
-    lock = std::make_unique<QLockFile>(lockPath);
-    // Never stale by age, only when the process that holds it is gone (a killed run).
-    lock->setStaleLockTime(0);
-    if (!lock->tryLock(0)) {
-        if (lock->error() == QLockFile::LockFailedError) return false;
-        ki::pp_warn("SingleInstance::claim, lock '$' cannot be made; a second window is not prevented",
-                    lockPath);
+    // A lock the kernel holds for this process: it ends with the process however that ends, so
+    // it is never stale, and taking it syncs nothing to disk (QLockFile waits for its file to
+    // reach the disk, a millisecond or more of every start).
+    const int fd = ::open(QFile::encodeName(lockPath).constData(), O_RDWR | O_CREAT | O_CLOEXEC, 0600);
+    if (fd < 0 || ::flock(fd, LOCK_EX | LOCK_NB) != 0) {
+        const int error = errno;
+        if (fd >= 0) ::close(fd);
+        if (fd >= 0 && error == EWOULDBLOCK) return false;
+        ki::pp_warn("SingleInstance::claim, lock '$' cannot be made ($); a second window is not prevented",
+                    lockPath, std::strerror(error));
         return true;
     }
+    lockFd = fd;
+    // The holder's process id, for whoever looks at the file.
+    const QByteArray pid = QByteArray::number(static_cast<qint64>(::getpid())) + '\n';
+    if (::ftruncate(fd, 0) != 0 || ::write(fd, pid.constData(), static_cast<size_t>(pid.size())) != pid.size())
+        ki::pp_warn("SingleInstance::claim, lock '$' holds no process id", lockPath);
     sockaddr_un address{};
     if (!to_address(socketPath, address)) {
         ki::pp_warn("SingleInstance::claim, socket path '$' is too long; a second start cannot reach this one",
                     socketPath);
         return true;
     }
-    const int fd = ::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0);
+    const int socket = ::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0);
     // The lock is ours, so a socket of that name was left by a run that was killed.
     ::unlink(address.sun_path);
     // Only this user may connect: the socket is made without rights for the others.
     const mode_t mask = ::umask(077);
-    const bool bound = fd >= 0 && ::bind(fd, reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0;
+    const bool bound =
+        socket >= 0 && ::bind(socket, reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0;
     ::umask(mask);
-    if (!bound || ::listen(fd, 4) != 0) {
+    if (!bound || ::listen(socket, 4) != 0) {
         ki::pp_warn("SingleInstance::claim, '$' cannot listen: $", socketPath, std::strerror(errno));
-        if (fd >= 0) ::close(fd);
+        if (socket >= 0) ::close(socket);
         return true;
     }
-    listening = fd;
-    notifier = std::make_unique<QSocketNotifier>(fd, QSocketNotifier::Read);
+    listening = socket;
+    notifier = std::make_unique<QSocketNotifier>(socket, QSocketNotifier::Read);
     QObject::connect(notifier.get(), &QSocketNotifier::activated, notifier.get(), [this]() { accept_pending(); });
     return true;
 }

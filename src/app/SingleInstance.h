@@ -9,7 +9,6 @@
 #include <functional>
 #include <memory>
 
-class QLockFile;
 class QSocketNotifier;
 class QWidget;
 
@@ -44,7 +43,7 @@ private:
 
     QString lockPath;
     QString socketPath;
-    std::unique_ptr<QLockFile> lock;
+    int lockFd = -1;
     int listening = -1;
     std::unique_ptr<QSocketNotifier> notifier;
 };
