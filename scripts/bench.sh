@@ -131,7 +131,7 @@ level7_ms=$(awk '$1 == 7 {print $2}' <<<"$level_runs" | median)
   echo
   printf '%-32s %10s' "start-up step (ms since launch)" quenlo
   [ -z "$BEFORE" ] && echo || printf ' %10s\n' before
-  for step in main settings application ini window shown; do
+  for step in main settings application ini fonts window shown; do
     printf '%-32s %10s' "  $step" "$(awk -v s="step:$step" '$1 == "q" && $2 == s {print $3}' <<<"$pair_runs" | median)"
     [ -z "$BEFORE" ] && echo ||
       printf ' %10s\n' "$(awk -v s="step:$step" '$1 == "p" && $2 == s {print $3}' <<<"$pair_runs" | median)"

@@ -7,13 +7,13 @@ cd "$(dirname "$0")/.."
 BUILD_DIR=${1:-build}
 shift || true
 
-# Build, test and run-time packages (Qt 6.4 from Debian, GLM, GoogleTest, a CJK font for the
-# character list, PulseAudio's client library and libmpg123 for the sound module, the
-# PulseAudio server the sound tests start, GStreamer's MP3 decoder for the Qt Multimedia
-# fallback, Xvfb for screenshots, poppler's pdftoppm to check printed worksheets).
+# Build, test and run-time packages (Qt 6.4 from Debian, fontconfig's headers, GLM, GoogleTest,
+# a CJK font for the character list, PulseAudio's client library and libmpg123 for the sound
+# module, the PulseAudio server the sound tests start, GStreamer's MP3 decoder for the Qt
+# Multimedia fallback, Xvfb for screenshots, poppler's pdftoppm to check printed worksheets).
 PACKAGES=(
   g++ cmake ninja-build ccache pkg-config git
-  qt6-base-dev qt6-multimedia-dev qt6-svg-dev libqt6svg6 libgl-dev
+  qt6-base-dev qt6-multimedia-dev qt6-svg-dev libqt6svg6 libgl-dev libfontconfig-dev
   libqt6sql6-sqlite
   libglm-dev libgtest-dev libgmock-dev
   libpulse-dev libmpg123-dev pulseaudio

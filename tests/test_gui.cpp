@@ -7,12 +7,14 @@
 #include <ki/qt/components/GPanel.h>
 #include <ki/qt/components/GenericSlider.h>
 #include <ki/qt/dialogs/GPanelLogView.h>
+#include <ki/qt/guitools/GFontPreload.h>
 #include <ki/qt/lang.h>
 #include <ki/qt/themes.h>
 
 #include <QAction>
 #include <QApplication>
 #include <QCheckBox>
+#include <QFontDatabase>
 #include <QPlainTextEdit>
 #include <QProcess>
 #include <QSet>
@@ -340,4 +342,17 @@ TEST_F(GuiTest, AWindowIsSavedOnQuitWhenShownAndLeavesTheApplicationWhenClosed) 
     hidden.show();
     hidden.close();
     EXPECT_FALSE(gApp->has_window(&hidden));
+}
+
+// The start-up's fontconfig thread is waited for once whatever the caller does (a second join
+// or none at all would end the program), and Qt's fonts work after it.
+TEST_F(GuiTest, FontPreloadIsWaitedForOnceAndLeavesTheFontsUsable) {
+    for (const int waits : {0, 1, 2}) {
+        SCOPED_TRACE(waits);
+        {
+            ki::qt::FontPreload preload;
+            for (int i = 0; i < waits; ++i) preload.wait();
+        }
+        EXPECT_TRUE(QFontDatabase::families().contains(QStringLiteral("Noto Sans CJK SC")));
+    }
 }

@@ -1,6 +1,7 @@
 // The program's entry: brings the program up in a fixed order and tears it down in reverse.
 #include <ki/log/GLog.h>
 #include <ki/qt/GApp.h>
+#include <ki/qt/guitools/GFontPreload.h>
 #include <ki/qt/guitools/GGui.h>
 #include <ki/qt/themes.h>
 #include <ki/tools/os.h>
@@ -46,6 +47,8 @@ int qMain(int argc, char** argv) {
         ki::qt::GApp::prepare_settings(organisation, CONFIG_VERSION, true, programName);
     }
     if (const int code = morvel::Headless::run_early(headless, argc, argv); code >= 0) return code;
+    // Fontconfig loads while the application and the level come up, until the window's first text.
+    ki::qt::FontPreload fonts;
     bench_step("settings");
     auto app = std::make_unique<ki::qt::GApp>(argc, argv, nullptr);
     bench_step("application");
@@ -54,8 +57,10 @@ int qMain(int argc, char** argv) {
     ki::qt::set_res_prefix(QStringLiteral(":/wb/shared-res"));
     morvel::ini();
     // A worksheet from the command line is written without a window.
-    if (headless == morvel::Headless::Command::WORKSHEET)
+    if (headless == morvel::Headless::Command::WORKSHEET) {
+        fonts.wait();
         return morvel::WorksheetCli::main(QCoreApplication::arguments());
+    }
 
     // One window per user: a second start brings the running one's window forward instead.
     morvel::SingleInstance instance(morvel::progress::ProgressStore::default_folder());
@@ -65,6 +70,8 @@ int qMain(int argc, char** argv) {
     // Loaded by the window's set-up, with the level stored there.
     auto data = std::make_unique<morvel::prog2::AppData>(morvel::prog2::Level::shipped(1));
     bench_step("ini");
+    fonts.wait();
+    bench_step("fonts");
     auto win = std::make_unique<morvel::prog2::Window>(*data);
     QString levelError;
     if (const int level = morvel::prog2::Level::from_arguments(QCoreApplication::arguments(), levelError);
