@@ -32,23 +32,13 @@ SearchPanel::SearchPanel(QWidget* parent) : QWidget(parent) {
     // The list below decides the column's width, not the field.
     edit->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Fixed);
     layout->addWidget(edit);
-    list = new QListWidget(this);
-    list->setObjectName(QStringLiteral("searchResults"));
-    list->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Expanding);
-    // Wide enough for character, pinyin, meaning and level while it is shown.
-    list->setMinimumWidth(list->fontMetrics().horizontalAdvance(QStringLiteral("M")) * 28);
-    list->setFocusPolicy(Qt::ClickFocus);
     retranslate();
-    list->setTextElideMode(Qt::ElideRight);
-    list->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
-    list->hide();
 
     connect(edit, &QLineEdit::textChanged, this, [this](const QString& text) { on_text(text); });
-    connect(edit, &QLineEdit::returnPressed, this, [this]() { choose(list->currentRow() < 0 ? 0 : list->currentRow()); });
-    connect(list, &QListWidget::itemActivated, this, [this](QListWidgetItem* item) { choose(list->row(item)); });
-    connect(list, &QListWidget::itemClicked, this, [this](QListWidgetItem* item) { choose(list->row(item)); });
+    connect(edit, &QLineEdit::returnPressed, this, [this]() {
+        if (list != nullptr) choose(list->currentRow() < 0 ? 0 : list->currentRow());
+    });
     edit->installEventFilter(this);
-    list->installEventFilter(this);
     // Where the learner was before the search took the focus; Escape goes back there.
     connect(qApp, &QApplication::focusChanged, this, [this](QWidget* old, QWidget* now) {
         if (now == edit && old != nullptr && old != list) focusBefore = old;
@@ -56,6 +46,24 @@ SearchPanel::SearchPanel(QWidget* parent) : QWidget(parent) {
 }
 
 SearchPanel::~SearchPanel() = default;
+
+QListWidget* SearchPanel::results_list() {
+    // Made with the first search: the start-up paints no result list.
+    if (list != nullptr) return list;
+    list = new QListWidget(this);
+    list->setObjectName(QStringLiteral("searchResults"));
+    list->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Expanding);
+    // Wide enough for character, pinyin, meaning and level while it is shown.
+    list->setMinimumWidth(list->fontMetrics().horizontalAdvance(QStringLiteral("M")) * 28);
+    list->setFocusPolicy(Qt::ClickFocus);
+    list->setTextElideMode(Qt::ElideRight);
+    list->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    list->hide();
+    connect(list, &QListWidget::itemActivated, this, [this](QListWidgetItem* item) { choose(list->row(item)); });
+    connect(list, &QListWidget::itemClicked, this, [this](QListWidgetItem* item) { choose(list->row(item)); });
+    list->installEventFilter(this);
+    return list;
+}
 
 void SearchPanel::retranslate() {
     using ki::qt::lang::tt;
@@ -79,8 +87,9 @@ void SearchPanel::on_text(const QString& text) {
     // the start-up.
     if (!text.isEmpty() && !edit->isClearButtonEnabled()) edit->setClearButtonEnabled(true);
     const bool now = !text.trimmed().isEmpty();
+    if (!now && list == nullptr) return;
     if (now && !index) index = std::make_unique<CharacterSearch>(CharacterSearch::of_shipped_levels());
-    list->clear();
+    results_list()->clear();
     if (now) {
         const QLocale::Language language = ki::qt::lang::get_lang();
         const QString level = tt("Level %1", "Stufe %1", "Уровень %1");
@@ -113,7 +122,7 @@ void SearchPanel::place_results() {
 }
 
 void SearchPanel::choose(int row) {
-    const QListWidgetItem* item = list->item(row);
+    const QListWidgetItem* item = list != nullptr ? list->item(row) : nullptr;
     if (item == nullptr) return;
     const int level = item->data(ROLE_LEVEL).toInt();
     const int code = item->data(ROLE_CODE).toInt();
@@ -138,7 +147,8 @@ bool SearchPanel::eventFilter(QObject* watched, QEvent* event) {
         close_search();
         return true;
     }
-    if (watched == edit && (key->key() == Qt::Key_Down || key->key() == Qt::Key_Up) && list->count() > 0) {
+    if (watched == edit && (key->key() == Qt::Key_Down || key->key() == Qt::Key_Up) && list != nullptr &&
+        list->count() > 0) {
         const int step = key->key() == Qt::Key_Down ? 1 : -1;
         list->setCurrentRow(std::clamp(list->currentRow() + step, 0, list->count() - 1));
         return true;

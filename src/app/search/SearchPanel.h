@@ -33,6 +33,7 @@ public:
     std::function<void(int level, int unicode)> onChosen;
 
     QLineEdit* field() const { return edit; }
+    /// The result list, made with the first search (null before it).
     QListWidget* results() const { return list; }
 
 protected:
@@ -43,6 +44,7 @@ private:
     void choose(int row);
     /// The result list lies over the window below the field, as wide as its lines need.
     void place_results();
+    QListWidget* results_list();
 
     QLineEdit* edit = nullptr;
     QListWidget* list = nullptr;
