@@ -75,6 +75,7 @@ void Window::setup() {
     GMainWindow::setup();
     // An unloaded catalogue gets the level the learner left off in: start-up reads only its files.
     if (data.empty() && !data.switch_to(Level::shipped(LessonOptions::stored_level(nWin)))) data.load();
+    if (beforeFirstText) beforeFirstText();
     ini();
     restore_state();
     post_ini();

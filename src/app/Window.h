@@ -6,6 +6,7 @@
 #include <ki/qt/GMainWindow.h>
 
 #include <QTimer>
+#include <functional>
 #include <memory>
 #include <string>
 #include <vector>
@@ -62,6 +63,9 @@ public:
     /// Before `setup`: start in level `number` (1 .. Level::COUNT), kept like a choice made in
     /// the Level menu.
     void start_in_level(int number);
+    /// Called in `setup` once the level is loaded, before the first widget that measures text:
+    /// the start-up waits there for the fonts it loads meanwhile.
+    std::function<void()> beforeFirstText;
     void ini() override;
     void post_ini() override;
     void save_state() override;

@@ -70,9 +70,11 @@ int qMain(int argc, char** argv) {
     // Loaded by the window's set-up, with the level stored there.
     auto data = std::make_unique<morvel::prog2::AppData>(morvel::prog2::Level::shipped(1));
     bench_step("ini");
-    fonts.wait();
-    bench_step("fonts");
     auto win = std::make_unique<morvel::prog2::Window>(*data);
+    win->beforeFirstText = [&fonts]() {
+        fonts.wait();
+        bench_step("fonts");
+    };
     QString levelError;
     if (const int level = morvel::prog2::Level::from_arguments(QCoreApplication::arguments(), levelError);
         level > 0)
