@@ -73,6 +73,10 @@ QHash<int, QString> Recording::parse_index(const QString& text, int& badLines) {
     return byCode;
 }
 
+void Recording::read_index() {
+    index();
+}
+
 QString Recording::path(int unicode) {
     const auto it = index().constFind(unicode);
     return it == index().constEnd() ? QString() : fono_dir() + it.value();

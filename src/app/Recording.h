@@ -13,6 +13,8 @@ public:
     /// ":/wb/shared-res/zh/fono/zhong1.mp3" for 20013, "" when the index has no line for the
     /// code point (a neutral-tone reading). The index is read on the first call.
     static QString path(int unicode);
+    /// Reads the index now instead of on the first call of `path`.
+    static void read_index();
 
     /// The lines of an index text as code point -> syllable file name ("zhong1.mp3"). A line
     /// that is no "<code point> <letters><tone 1-4>" is skipped and counted in `badLines`.

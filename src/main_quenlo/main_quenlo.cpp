@@ -14,6 +14,7 @@
 #include "app/AppData.h"
 #include "app/BenchHooks.h"
 #include "app/Diagnostics.h"
+#include "app/Recording.h"
 #include "app/SingleInstance.h"
 #include "app/Window.h"
 #include "app/cli/Headless.h"
@@ -67,6 +68,9 @@ int qMain(int argc, char** argv) {
     const bool diagnostics = ki::qt::GApp::get_argv().has_key(QStringLiteral("__screenshots"));
     if (!diagnostics && !instance.claim()) return instance.hand_over();
 
+    // The first selection asks for its recording; the index needs no font, so it is read while
+    // fontconfig still loads.
+    morvel::prog2::Recording::read_index();
     // Loaded by the window's set-up, with the level stored there.
     auto data = std::make_unique<morvel::prog2::AppData>(morvel::prog2::Level::shipped(1));
     bench_step("ini");
