@@ -10,6 +10,7 @@
 #include <QTimer>
 #include <cstdio>
 #include <memory>
+#include <optional>
 
 #include "app/AppData.h"
 #include "app/BenchHooks.h"
@@ -41,6 +42,11 @@ int qMain(int argc, char** argv) {
     ki::qt::themes::set_theme_default(ki::qt::themes::THEME_DARK);
     // Before anything logs: a headless command keeps the console to its result line.
     const morvel::Headless::Command headless = morvel::Headless::prepare(argc, argv);
+    // Fontconfig loads while the settings, the application and the level come up, until the
+    // first text of the window or of a worksheet; the other commands draw nothing.
+    std::optional<ki::qt::FontPreload> fonts;
+    if (headless == morvel::Headless::Command::NONE || headless == morvel::Headless::Command::WORKSHEET)
+        fonts.emplace();
     const QString organisation = QStringLiteral("qlo.de");
     const QString programName = ki::os::get_program_name_qs();
     {
@@ -48,8 +54,6 @@ int qMain(int argc, char** argv) {
         ki::qt::GApp::prepare_settings(organisation, CONFIG_VERSION, true, programName);
     }
     if (const int code = morvel::Headless::run_early(headless, argc, argv); code >= 0) return code;
-    // Fontconfig loads while the application and the level come up, until the window's first text.
-    ki::qt::FontPreload fonts;
     bench_step("settings");
     auto app = std::make_unique<ki::qt::GApp>(argc, argv, nullptr);
     bench_step("application");
@@ -59,7 +63,7 @@ int qMain(int argc, char** argv) {
     morvel::ini();
     // A worksheet from the command line is written without a window.
     if (headless == morvel::Headless::Command::WORKSHEET) {
-        fonts.wait();
+        if (fonts) fonts->wait();
         return morvel::WorksheetCli::main(QCoreApplication::arguments());
     }
 
@@ -76,7 +80,7 @@ int qMain(int argc, char** argv) {
     bench_step("ini");
     auto win = std::make_unique<morvel::prog2::Window>(*data);
     win->beforeFirstText = [&fonts]() {
-        fonts.wait();
+        if (fonts) fonts->wait();
         bench_step("fonts");
     };
     QString levelError;
