@@ -22,7 +22,7 @@ class BenchHooks {
 public:
     static constexpr const char* ENV_STARTUP = "QUENLO_BENCH_STARTUP";
     static constexpr const char* ENV_T0 = "QUENLO_BENCH_T0";
-    /// "0": no characters are visited after the first frame.
+    /// "0": the program ends at the first frame, before the work queued behind it.
     static constexpr const char* ENV_VISIT = "QUENLO_BENCH_VISIT";
 
     /// QUENLO_BENCH_STARTUP is set to 1.
