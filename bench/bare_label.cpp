@@ -1,12 +1,24 @@
 // The start-up floor: a bare Qt Widgets program showing one label in a 1024x750 window. It
 // prints the time from its launch to its first painted frame the way quenlo's start-up probe
 // does ("quenlo-bench first-frame-ms:<ms>", launch time from QUENLO_BENCH_T0) and quits.
+//
+// With --texts it also shows text in the other sizes of quenlo's first frame and a line of Han
+// characters in the system's CJK family, with fontconfig loading on a thread of its own as in
+// quenlo: the floor for a window that shows those texts, whatever else it does.
 #include <QApplication>
 #include <QEvent>
+#include <QFontDatabase>
 #include <QLabel>
 #include <QTimer>
+#include <QVBoxLayout>
 #include <chrono>
 #include <cstdio>
+#include <cstring>
+#include <thread>
+
+#ifdef BARE_HAVE_FONTCONFIG
+#include <fontconfig/fontconfig.h>
+#endif
 
 namespace {
 
@@ -41,15 +53,53 @@ private:
     bool seen = false;
 };
 
+// quenlo's first frame: the window font, the pinyin and meaning lines, the canvas caption (pixels)
+// and the list's characters, besides the application font of the label above them.
+void add_first_frame_texts(QWidget& window, QVBoxLayout& column) {
+    for (const int pixels : {15, 19, 27}) {
+        auto* line = new QLabel(QStringLiteral("xu\u00e9x\u00ed \u00b7 to study"), &window);
+        QFont font = line->font();
+        font.setPixelSize(pixels);
+        line->setFont(font);
+        column.addWidget(line);
+    }
+    const QStringList cjk = QFontDatabase::families(QFontDatabase::SimplifiedChinese);
+    QFont han(cjk.contains(QStringLiteral("Noto Sans CJK SC")) || cjk.isEmpty() ? QStringLiteral("Noto Sans CJK SC")
+                                                                               : cjk.first());
+    han.setPixelSize(35);
+    han.setStyleStrategy(QFont::PreferNoShaping);
+    auto* characters = new QLabel(QStringLiteral("\u5b66\u4e60\u4e2d\u6587"), &window);
+    characters->setFont(han);
+    column.addWidget(characters);
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
+    const bool texts = argc > 1 && std::strcmp(argv[1], "--texts") == 0;
+    std::thread fonts;
+#ifdef BARE_HAVE_FONTCONFIG
+    if (texts) fonts = std::thread([] { FcInit(); });
+#endif
     QApplication app(argc, argv);
-    QLabel label(QStringLiteral("quenlo"));
-    label.setAlignment(Qt::AlignCenter);
-    label.resize(1024, 750);
     FirstFrameProbe probe;
-    label.installEventFilter(&probe);
-    label.show();
+    if (!texts) {
+        QLabel label(QStringLiteral("quenlo"));
+        label.setAlignment(Qt::AlignCenter);
+        label.resize(1024, 750);
+        label.installEventFilter(&probe);
+        label.show();
+        return app.exec();
+    }
+    if (fonts.joinable()) fonts.join();
+    QWidget window;
+    auto* column = new QVBoxLayout(&window);
+    auto* label = new QLabel(QStringLiteral("quenlo"), &window);
+    label->setAlignment(Qt::AlignCenter);
+    column->addWidget(label, 1);
+    add_first_frame_texts(window, *column);
+    window.resize(1024, 750);
+    window.installEventFilter(&probe);
+    window.show();
     return app.exec();
 }
