@@ -105,6 +105,56 @@ TEST(GuiRows, HundredThousandRowsScrollSelectAndKeepOnlyVisibleRowsAsWidgets) {
     EXPECT_LE(flat.generated, 400) << "rows of no height must not all be built";
 }
 
+// A window sets its list's top row before its first show; the list builds its rows once it is
+// seen, and near the model's end rows from above fill what would stay empty below the last.
+TEST(GuiRows, AHiddenListBuildsNoRowAndAShownOneFillsItsHeightAlsoAtTheEnd) {
+    struct Case {
+        const char* name;
+        long long visibleBeforeShow;
+        int heightAfterShow;  // 0: as shown
+        long long top;        // -1: the last row at the bottom
+    };
+    const Case cases[] = {
+        {"a row in the middle", 40, 0, 40},
+        {"the last row", 99, 0, -1},
+        {"the last row, then a taller list", 99, 600, -1},
+        {"a row in the middle, then a shorter list", 40, 200, 40},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.name);
+        NumberModel model(100);
+        GDataScroller scroller;
+        scroller.resize(240, 400);
+        scroller.ini(&model);
+        scroller.ensure_visible(c.visibleBeforeShow);
+        scroller.update_model();
+        scroller.update_model_later();
+        QCoreApplication::processEvents();
+        EXPECT_EQ(model.generated, 0) << "nothing is built for a list never seen";
+        scroller.show();
+        ASSERT_TRUE(QTest::qWaitForWindowExposed(&scroller));
+        QCoreApplication::processEvents();
+        EXPECT_LE(model.generated, scroller.get_visible_row_count() + 1) << "one build when shown";
+        if (c.heightAfterShow > 0) {
+            scroller.resize(240, c.heightAfterShow);
+            QCoreApplication::processEvents();
+        }
+        drop_deleted_rows();
+        const int height = scroller.findChild<QWidget*>("viewport")->height();
+        const int visible = scroller.get_visible_row_count();
+        const long long top = scroller.get_index_win_top();
+        EXPECT_EQ(live_rows(scroller), visible);
+        EXPECT_EQ(first_label(scroller.get_row_widget(top)), QString("row %1").arg(top));
+        EXPECT_GT(visible * 20, height - 20) << "no whole row's room stays empty";
+        if (c.top >= 0) {
+            EXPECT_EQ(top, c.top);
+        } else {
+            EXPECT_EQ(top + visible, 100);
+            EXPECT_LE(scroller.get_row_widget(99)->geometry().bottom(), height) << "the last row in full view";
+        }
+    }
+}
+
 TEST(GuiRows, WorkerThreadLinesReachTheLogViewBoundedAndOutliveIt) {
     ki::log::set_log_level(ki::log::LOG_INFO);  // the view reads info lines; the suite runs at warnings
     ki::log::LogAppender* console = ki::log::get_console_appender();

@@ -119,6 +119,11 @@ void GDataScroller::update_model() {
 }
 
 void GDataScroller::update_model_later() {
+    // A hidden list only notes it (rebuild()): it builds its rows when it is shown.
+    if (!isVisible()) {
+        rebuild();
+        return;
+    }
     if (rebuildPosted) return;
     rebuildPosted = true;
     QMetaObject::invokeMethod(
@@ -131,47 +136,89 @@ void GDataScroller::update_model_later() {
 }
 
 void GDataScroller::drop_rows() {
+    for (GPanel* row : std::as_const(rows)) discard_row(row);
+    rows.clear();
+}
+
+void GDataScroller::discard_row(GPanel* row) {
     // Later, not now: the row may be the receiver of the very event that led here (a click,
     // or a move that the application-wide filter turned into a scroll).
-    for (GPanel* row : std::as_const(rows)) {
-        row->liMouseClick.clear();
-        row->hide();
-        row->deleteLater();
-    }
-    rows.clear();
+    row->liMouseClick.clear();
+    row->hide();
+    row->deleteLater();
 }
 
 void GDataScroller::rebuild() {
     if (inRebuild) return;
-    inRebuild = true;
-    drop_rows();
     const long long count = model ? model->row_count() : 0;
     topIndex = std::clamp(topIndex, 0LL, std::max(0LL, count - 1));
-    const int width = viewport->width();
-    const int height = viewport->height();
-    int y = 0;
-    for (long long i = topIndex; i < count && y < height; ++i) {
-        PanelData data{viewport, width, i == model->get_selected_index()};
-        GPanel* row = model->gen_panel_row(i, &data);
-        if (row == nullptr) {
-            pp_error("GDataScroller::rebuild, gen_panel_row returned NULL, row:$", i);
-            break;
-        }
-        if (row->parentWidget() != viewport) row->setParent(viewport);
-        // At least a pixel: rows of no height would never fill the viewport, and every row of
-        // the model would be built.
-        const int row_height =
-            std::max({1, model->get_row_height(int(std::min<long long>(i, INT_MAX))),
-                      row->hasHeightForWidth() ? row->heightForWidth(width) : row->sizeHint().height()});
-        row->setGeometry(0, y, width, row_height);
-        row->liMouseClick.set(listener_key(this), [this, i](QMouseEvent* const&) { on_row_click(i); });
-        row->show();
-        rows.push_back(row);
-        y += row_height;
+    // Rows built for a list nobody sees would only be built again at its real size: a window
+    // before it is first shown sets its list's top row and selection several times, and its
+    // palette change would post yet another build. A hidden list builds its rows when shown.
+    if (!isVisible()) {
+        drop_rows();
+        rowsStale = true;
+        return;
     }
-    if (!rows.isEmpty()) rowHeightSeen = std::max(1, y / int(rows.size()));
+    inRebuild = true;
+    rowsStale = false;
+    drop_rows();
+    fill_rows();
     inRebuild = false;
     update_scrollbar();
+}
+
+GPanel* GDataScroller::make_row(long long index, int width) {
+    PanelData data{viewport, width, index == model->get_selected_index()};
+    GPanel* row = model->gen_panel_row(index, &data);
+    if (row == nullptr) {
+        pp_error("GDataScroller::make_row, gen_panel_row returned NULL, row:$", index);
+        return nullptr;
+    }
+    if (row->parentWidget() != viewport) row->setParent(viewport);
+    // At least a pixel: rows of no height would never fill the viewport, and every row of
+    // the model would be built.
+    const int height =
+        std::max({1, model->get_row_height(int(std::min<long long>(index, INT_MAX))),
+                  row->hasHeightForWidth() ? row->heightForWidth(width) : row->sizeHint().height()});
+    row->resize(width, height);
+    row->liMouseClick.set(listener_key(this), [this, index](QMouseEvent* const&) { on_row_click(index); });
+    return row;
+}
+
+void GDataScroller::fill_rows() {
+    const long long count = model ? model->row_count() : 0;
+    const int width = viewport->width();
+    const int height = viewport->height();
+    // Rows a lower viewport no longer shows go.
+    while (!rows.isEmpty() && rows.back()->y() >= height) discard_row(rows.takeLast());
+    int y = rows.isEmpty() ? 0 : rows.back()->y() + rows.back()->height();
+    for (long long i = topIndex + rows.size(); i < count && y < height; ++i) {
+        GPanel* row = make_row(i, width);
+        if (row == nullptr) break;
+        row->move(0, y);
+        row->show();
+        rows.push_back(row);
+        y += row->height();
+    }
+    // Below the list's last row, rows from above take the place that would stay empty (a
+    // selection near the end set while the list had no height yet, or a taller window). Only
+    // whole rows: the last one stays in full view.
+    while (topIndex > 0 && y < height) {
+        GPanel* row = make_row(topIndex - 1, width);
+        if (row == nullptr) break;
+        if (y + row->height() > height) {
+            discard_row(row);
+            break;
+        }
+        for (GPanel* below : std::as_const(rows)) below->move(0, below->y() + row->height());
+        row->move(0, 0);
+        row->show();
+        rows.prepend(row);
+        --topIndex;
+        y += row->height();
+    }
+    if (!rows.isEmpty()) rowHeightSeen = std::max(1, y / int(rows.size()));
 }
 
 int GDataScroller::estimated_rows_per_page() const {
@@ -244,11 +291,18 @@ void GDataScroller::on_row_click(long long index) {
 bool GDataScroller::eventFilter(QObject* watched, QEvent* ev) {
     if (watched == viewport && ev->type() == QEvent::Resize) {
         const auto* resize = static_cast<QResizeEvent*>(ev);
-        if (resize->oldSize().height() == resize->size().height() && !rows.isEmpty()) {
+        const bool sameWidth = resize->oldSize().width() == resize->size().width();
+        const bool sameHeight = resize->oldSize().height() == resize->size().height();
+        if (rows.isEmpty() || rowsStale || !isVisible() || (!sameWidth && !sameHeight)) {
+            rebuild();
+        } else if (sameHeight) {
             // Only wider or narrower: stretch the rows in place.
             for (GPanel* row : std::as_const(rows)) row->resize(resize->size().width(), row->height());
-        } else {
-            rebuild();
+        } else if (!inRebuild) {
+            // Only taller or shorter (a layout settling): the rows on screen stay, rows are
+            // added or dropped at the bottom.
+            fill_rows();
+            update_scrollbar();
         }
     }
     return QFrame::eventFilter(watched, ev);
@@ -288,6 +342,11 @@ void GDataScroller::keyPressEvent(QKeyEvent* ev) {
             return;
     }
     ev->accept();
+}
+
+void GDataScroller::showEvent(QShowEvent* ev) {
+    QFrame::showEvent(ev);
+    if (rowsStale) rebuild();
 }
 
 void GDataScroller::changeEvent(QEvent* ev) {

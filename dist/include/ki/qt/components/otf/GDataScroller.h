@@ -62,10 +62,16 @@ protected:
     void wheelEvent(QWheelEvent* ev) override;
     void keyPressEvent(QKeyEvent* ev) override;
     void changeEvent(QEvent* ev) override;
+    void showEvent(QShowEvent* ev) override;
 
 private:
     void rebuild();
+    // Adds the rows the viewport has room for below the last one, or above the first at the
+    // end of the model, and drops those below the viewport.
+    void fill_rows();
+    GPanel* make_row(long long index, int width);
     void drop_rows();
+    void discard_row(GPanel* row);
     void update_scrollbar();
     void on_row_click(long long index);
     int fully_visible_rows() const;
@@ -82,6 +88,8 @@ private:
     int rowHeightSeen = 0;
     bool rebuildPosted = false;
     bool inRebuild = false;
+    // Rows were asked for while the list was hidden.
+    bool rowsStale = false;
 
     void on_drag_press(QMouseEvent* ev);
     void on_drag_move(QMouseEvent* ev);
