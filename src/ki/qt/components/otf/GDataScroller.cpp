@@ -187,7 +187,8 @@ GPanel* GDataScroller::make_row(long long index, int width) {
 }
 
 void GDataScroller::fill_rows() {
-    const long long count = model ? model->row_count() : 0;
+    if (!model) return;
+    const long long count = model->row_count();
     const int width = viewport->width();
     const int height = viewport->height();
     // Rows a lower viewport no longer shows go.
@@ -205,6 +206,8 @@ void GDataScroller::fill_rows() {
     // selection near the end set while the list had no height yet, or a taller window). Only
     // whole rows: the last one stays in full view.
     while (topIndex > 0 && y < height) {
+        // A row is at least as high as its model says: one that cannot fit is not built.
+        if (y + model->get_row_height(int(std::min<long long>(topIndex - 1, INT_MAX))) > height) break;
         GPanel* row = make_row(topIndex - 1, width);
         if (row == nullptr) break;
         if (y + row->height() > height) {
@@ -293,7 +296,7 @@ bool GDataScroller::eventFilter(QObject* watched, QEvent* ev) {
         const auto* resize = static_cast<QResizeEvent*>(ev);
         const bool sameWidth = resize->oldSize().width() == resize->size().width();
         const bool sameHeight = resize->oldSize().height() == resize->size().height();
-        if (rows.isEmpty() || rowsStale || !isVisible() || (!sameWidth && !sameHeight)) {
+        if (!model || rows.isEmpty() || rowsStale || !isVisible() || (!sameWidth && !sameHeight)) {
             rebuild();
         } else if (sameHeight) {
             // Only wider or narrower: stretch the rows in place.
