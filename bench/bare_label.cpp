@@ -63,9 +63,10 @@ void add_first_frame_texts(QWidget& window, QVBoxLayout& column) {
         line->setFont(font);
         column.addWidget(line);
     }
+    // The family the list takes: Noto Sans CJK SC where installed, else the first CJK family.
+    const QString noto = QStringLiteral("Noto Sans CJK SC");
     const QStringList cjk = QFontDatabase::families(QFontDatabase::SimplifiedChinese);
-    QFont han(cjk.contains(QStringLiteral("Noto Sans CJK SC")) || cjk.isEmpty() ? QStringLiteral("Noto Sans CJK SC")
-                                                                               : cjk.first());
+    QFont han(cjk.isEmpty() || cjk.contains(noto) ? noto : cjk.first());
     han.setPixelSize(35);
     han.setStyleStrategy(QFont::PreferNoShaping);
     auto* characters = new QLabel(QStringLiteral("\u5b66\u4e60\u4e2d\u6587"), &window);

@@ -168,6 +168,10 @@ void GDataScroller::rebuild() {
     update_scrollbar();
 }
 
+int GDataScroller::model_row_height(long long index) const {
+    return model->get_row_height(int(std::min<long long>(index, INT_MAX)));
+}
+
 GPanel* GDataScroller::make_row(long long index, int width) {
     PanelData data{viewport, width, index == model->get_selected_index()};
     GPanel* row = model->gen_panel_row(index, &data);
@@ -179,7 +183,7 @@ GPanel* GDataScroller::make_row(long long index, int width) {
     // At least a pixel: rows of no height would never fill the viewport, and every row of
     // the model would be built.
     const int height =
-        std::max({1, model->get_row_height(int(std::min<long long>(index, INT_MAX))),
+        std::max({1, model_row_height(index),
                   row->hasHeightForWidth() ? row->heightForWidth(width) : row->sizeHint().height()});
     row->resize(width, height);
     row->liMouseClick.set(listener_key(this), [this, index](QMouseEvent* const&) { on_row_click(index); });
@@ -207,7 +211,7 @@ void GDataScroller::fill_rows() {
     // whole rows: the last one stays in full view.
     while (topIndex > 0 && y < height) {
         // A row is at least as high as its model says: one that cannot fit is not built.
-        if (y + model->get_row_height(int(std::min<long long>(topIndex - 1, INT_MAX))) > height) break;
+        if (y + model_row_height(topIndex - 1) > height) break;
         GPanel* row = make_row(topIndex - 1, width);
         if (row == nullptr) break;
         if (y + row->height() > height) {

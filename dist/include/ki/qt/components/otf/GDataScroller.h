@@ -70,6 +70,7 @@ private:
     // end of the model, and drops those below the viewport.
     void fill_rows();
     GPanel* make_row(long long index, int width);
+    int model_row_height(long long index) const;
     void drop_rows();
     void discard_row(GPanel* row);
     void update_scrollbar();
