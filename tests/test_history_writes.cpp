@@ -120,6 +120,10 @@ TEST_F(HistoryWritesTest, SecondStartRaisesTheFirst) {
     running.onRaise = [&raised] { ++raised; };
     ASSERT_TRUE(running.claim());
     EXPECT_FALSE(later.claim()) << "the lock is taken";
+    // The holder names itself in the file; a start that found the lock taken leaves it alone.
+    running.name_holder();
+    later.name_holder();
+    EXPECT_EQ(read_file(dir.filePath("quenlo.lock")), QByteArray::number(QCoreApplication::applicationPid()) + '\n');
     // The asking side blocks on its socket; the running side answers from this event loop.
     std::atomic<int> answered = -1;
     std::thread asker([&] { answered = later.ask_to_raise(5000) ? 1 : 0; });

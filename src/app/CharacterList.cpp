@@ -24,7 +24,7 @@ CharacterList::CharacterList(ki::qt::GPanel* parent, AppData& data, QObject* own
     view = new ki::qt::otf::GDataScroller(panel);
     view->setFrameShadow(QFrame::Sunken);
     panel->add_widget(view, 1);
-    rows = new ModelAppData(data, owner);
+    rows = new ModelAppData(data, owner, view->font());
     rows->set_mark_of(std::move(markOf));
 }
 

@@ -6,7 +6,6 @@
 #include <ki/qt/themes.h>
 #include <ki/str/xprintF.h>
 
-#include <QApplication>
 #include <QFontDatabase>
 #include <QFontMetrics>
 #include <QPainter>
@@ -58,7 +57,8 @@ constexpr const char* ROW_CLICK = "ModelAppData";
 
 }  // namespace
 
-ModelAppData::ModelAppData(AppData& appData, QObject* parent) : GModel(parent), data(appData) {
+ModelAppData::ModelAppData(AppData& appData, QObject* parent, const QFont& rowTextFont)
+    : GModel(parent), data(appData), textFont(rowTextFont) {
     font = QFont(chin_font_family());
     font.setPointSize(CHAR_POINT_SIZE);
     // One Han character per label needs no shaping: the glyphs come out the same, and the big
@@ -66,7 +66,9 @@ ModelAppData::ModelAppData(AppData& appData, QObject* parent) : GModel(parent), 
     // the list's first paint).
     font.setStyleStrategy(QFont::PreferNoShaping);
     on_change_theme(ki::qt::themes::get_theme_type());
-    update_row_height(QApplication::font());
+    // In the list's font: measured in the application's, the first height loaded a font engine
+    // for a size the list never shows.
+    update_row_height();
 }
 
 QString ModelAppData::chin_font_family() {
@@ -97,10 +99,10 @@ void ModelAppData::set_row_height(int pixels) {
 
 void ModelAppData::set_show_unicode(bool on) {
     showUnicode = on;
-    update_row_height(QApplication::font());
+    update_row_height();
 }
 
-void ModelAppData::update_row_height(const QFont& textFont) {
+void ModelAppData::update_row_height() {
     const int textLines = showUnicode ? 2 : 1;
     rowHeight =
         2 * ROW_MARGIN + QFontMetrics(font).height() + textLines * QFontMetrics(textFont).height() + 1;
@@ -140,7 +142,10 @@ ki::qt::GPanel* ModelAppData::gen_panel_row(long long row, ki::qt::otf::PanelDat
     if (row < 0 || row >= row_count()) return panel;
     const AppObject& entry = data.appObject_at(static_cast<unsigned int>(row));
     if (entry.is_empty()) return panel;
-    if (panelData != nullptr && panelData->parent != nullptr) update_row_height(panelData->parent->font());
+    if (panelData != nullptr && panelData->parent != nullptr && panelData->parent->font() != textFont) {
+        textFont = panelData->parent->font();
+        update_row_height();
+    }
 
     ki::qt::GPanel* column = panel->gen_panel(ki::qt::GLAYOUT::VERT, QStringLiteral("column"));
     column->set_margins(0);

@@ -22,7 +22,8 @@ public:
     static constexpr int CHAR_POINT_SIZE = 26;
     static constexpr int ROW_MARGIN = 5;
 
-    explicit ModelAppData(AppData& data, QObject* parent = nullptr);
+    /// `textFont` is the font of the rows' pinyin: the list's own, which the rows inherit.
+    explicit ModelAppData(AppData& data, QObject* parent = nullptr, const QFont& textFont = QFont());
 
     long long row_count() const override;
     /// The height of a row as its fonts make it (or as pinned by `set_row_height`).
@@ -58,10 +59,11 @@ public:
     void set_mark_of(MarkOf provider) { markOf = std::move(provider); }
 
 private:
-    void update_row_height(const QFont& textFont);
+    void update_row_height();
 
     AppData& data;
     QFont font;
+    QFont textFont;
     bool showUnicode = false;
     QColor colorLine;
     QColor colorSelection;

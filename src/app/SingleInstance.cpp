@@ -113,10 +113,6 @@ bool SingleInstance::claim() {
         return true;
     }
     lockFd = fd;
-    // The holder's process id, for whoever looks at the file.
-    const QByteArray pid = QByteArray::number(static_cast<qint64>(::getpid())) + '\n';
-    if (::ftruncate(fd, 0) != 0 || ::write(fd, pid.constData(), static_cast<size_t>(pid.size())) != pid.size())
-        ki::pp_warn("SingleInstance::claim, lock '$' holds no process id", lockPath);
     sockaddr_un address{};
     if (!to_address(socketPath, address)) {
         ki::pp_warn("SingleInstance::claim, socket path '$' is too long; a second start cannot reach this one",
@@ -140,6 +136,14 @@ bool SingleInstance::claim() {
     notifier = std::make_unique<QSocketNotifier>(socket, QSocketNotifier::Read);
     QObject::connect(notifier.get(), &QSocketNotifier::activated, notifier.get(), [this]() { accept_pending(); });
     return true;
+}
+
+void SingleInstance::name_holder() {
+    if (lockFd < 0) return;
+    const QByteArray pid = QByteArray::number(static_cast<qint64>(::getpid())) + '\n';
+    if (::ftruncate(lockFd, 0) != 0 ||
+        ::pwrite(lockFd, pid.constData(), static_cast<size_t>(pid.size()), 0) != pid.size())
+        ki::pp_warn("SingleInstance::name_holder, lock '$' holds no process id", lockPath);
 }
 
 void SingleInstance::accept_pending() {

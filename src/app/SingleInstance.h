@@ -26,6 +26,11 @@ public:
     /// True when no other instance runs: this one then holds the lock and listens. Also true,
     /// with a log line, when the lock file cannot be made at all (an unwritable folder).
     bool claim();
+    /// Writes this process's id into the held lock file, for whoever looks at it; nothing when
+    /// no lock is held. Apart from `claim`: emptying and writing the file waits for the file
+    /// system's journal (a third of a millisecond, at times several), which a start spends
+    /// better after its first frame.
+    void name_holder();
     /// Asks the instance holding the lock to raise its window; false when it does not answer
     /// within `timeoutMs` (it may still be starting, so connecting is tried again meanwhile).
     bool ask_to_raise(int timeoutMs = 5000) const;

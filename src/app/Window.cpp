@@ -257,6 +257,7 @@ void Window::paintEvent(QPaintEvent* ev) {
                 ki::qt::GMessageBox::show_info(this, tt("Progress", "Fortschritt", "Прогресс"), notice);
             update_progress_view();
             today->history_opened();
+            if (afterFirstFrame) afterFirstFrame();
         });
     }
     if (!autoPlayPending) return;

@@ -66,6 +66,8 @@ public:
     /// Called in `setup` once the level is loaded, before the first widget that measures text:
     /// the start-up waits there for the fonts it loads meanwhile.
     std::function<void()> beforeFirstText;
+    /// Called once, right after the first frame has been painted.
+    std::function<void()> afterFirstFrame;
     void ini() override;
     void post_ini() override;
     void save_state() override;

@@ -96,6 +96,7 @@ int qMain(int argc, char** argv) {
     bench_step("window");
     morvel::prog2::Window* window = win.get();
     instance.onRaise = [window]() { morvel::SingleInstance::raise(*window); };
+    win->afterFirstFrame = [&instance]() { instance.name_holder(); };
     morvel::BenchHooks::arm_startup(*win, static_cast<int>(data->size()),
                                     [window](int index) { window->on_index(index); });
     const QString screenshots = ki::qt::GApp::get_argv().value_string(QStringLiteral("__screenshots"));

@@ -4,6 +4,7 @@
 #include <ki/qt/components/GLabel.h>
 #include <ki/qt/components/GPanel.h>
 #include <ki/qt/components/GenericSlider.h>
+#include <ki/qt/guitools/GFontPreload.h>
 #include <ki/qt/lang.h>
 #include <ki/str/xprintF.h>
 #include <ki/tools/os.h>
@@ -155,6 +156,9 @@ void LessonControls::show_character(const QString& pinyin, bool recorded) {
 }
 
 void LessonControls::show_translation(const QString& meaning) {
+    // Selectable, the label makes a new document for each text, laid out first in the
+    // application's font.
+    const ki::qt::AppFontScope scope(labelTranslation->font());
     labelTranslation->setText(meaning);
 }
 

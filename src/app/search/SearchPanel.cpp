@@ -2,6 +2,7 @@
 
 #include "app/search/CharacterSearch.h"
 
+#include <ki/qt/guitools/GFontPreload.h>
 #include <ki/qt/lang.h>
 
 #include <QApplication>
@@ -25,7 +26,10 @@ SearchPanel::SearchPanel(QWidget* parent) : QWidget(parent) {
     auto* layout = new QVBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);
     layout->setSpacing(2);
-    edit = new QLineEdit(this);
+    {
+        const ki::qt::AppFontScope scope(font());
+        edit = new QLineEdit(this);
+    }
     edit->setObjectName(QStringLiteral("searchField"));
     // Reached by Ctrl+F or a click only: the arrow keys stay with the character list.
     edit->setFocusPolicy(Qt::ClickFocus);

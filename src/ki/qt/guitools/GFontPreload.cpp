@@ -1,5 +1,7 @@
 #include <ki/qt/guitools/GFontPreload.h>
 
+#include <QFont>
+#include <QGuiApplication>
 #include <thread>
 
 #ifdef KI_HAVE_FONTCONFIG
@@ -24,6 +26,16 @@ FontPreload::~FontPreload() {
 
 void FontPreload::wait() {
     if (impl->worker.joinable()) impl->worker.join();
+}
+
+AppFontScope::AppFontScope(const QFont& font) {
+    if (QGuiApplication::font() == font) return;
+    previous = std::make_unique<QFont>(QGuiApplication::font());
+    QGuiApplication::setFont(font);
+}
+
+AppFontScope::~AppFontScope() {
+    if (previous) QGuiApplication::setFont(*previous);
 }
 
 }  // namespace ki::qt

@@ -13,6 +13,8 @@
 
 #include <memory>
 
+class QFont;
+
 namespace ki::qt {
 
 class FontPreload {
@@ -30,6 +32,24 @@ public:
 private:
     struct Impl;
     std::unique_ptr<Impl> impl;
+};
+
+/// While it lives, the application's default font is `font`. Some Qt widgets lay out their
+/// (empty) text once in the application's font while they are made, before they take their
+/// own: a line edit's text, a selectable label's document. Made inside this scope with the
+/// font they will show, they load no font engine for a size no widget shows (a millisecond of
+/// the first frame each size). Only QGuiApplication's font is swapped: no widget is told, so
+/// only what reads the application font meanwhile sees it; no top-level widget may be made
+/// inside the scope, since it would keep the swapped font.
+class AppFontScope {
+public:
+    explicit AppFontScope(const QFont& font);
+    ~AppFontScope();
+    AppFontScope(const AppFontScope&) = delete;
+    AppFontScope& operator=(const AppFontScope&) = delete;
+
+private:
+    std::unique_ptr<QFont> previous;
 };
 
 }  // namespace ki::qt
