@@ -40,7 +40,9 @@ private:
 /// font they will show, they load no font engine for a size no widget shows (a millisecond of
 /// the first frame each size). Only QGuiApplication's font is swapped: no widget is told, so
 /// only what reads the application font meanwhile sees it; no top-level widget may be made
-/// inside the scope, since it would keep the swapped font.
+/// inside the scope, since it would keep the swapped font. Qt counts the swap as a font the
+/// program chose: a desktop theme that changes its font while the program runs is no longer
+/// followed by the application font (the main window sets its own size anyway).
 class AppFontScope {
 public:
     explicit AppFontScope(const QFont& font);
