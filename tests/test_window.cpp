@@ -331,6 +331,29 @@ TEST_F(WindowTest, AListMarkNeverShowsAboveItsCharacter) {
     EXPECT_LE(first_row_with(ModelAppData::ROW_MARGIN, markLeft), markTop);
 }
 
+// The rule under each row took its row's background role, so it vanished in every row but the
+// selected one; it shows in the line colour under selected and unselected rows, in every theme.
+TEST_F(WindowTest, TheRuleUnderEveryRowShowsInTheLineColour) {
+    Window& w = open();
+    w.on_index(1);
+    for (const unsigned int theme : {0u, 1u, 2u}) {
+        w.on_change_theme(theme);
+        settle();
+        for (const long long index : {0LL, 1LL}) {
+            SCOPED_TRACE(testing::Message() << "theme " << theme << ", row " << index);
+            ki::qt::GPanel* row = list_of(w)->get_row_widget(index);
+            ASSERT_NE(row, nullptr);
+            QFrame* rule = nullptr;
+            for (QFrame* frame : row->findChildren<QFrame*>())
+                if (frame->metaObject() == &QFrame::staticMetaObject) rule = frame;
+            ASSERT_NE(rule, nullptr);
+            const QImage image = row->grab().toImage();
+            const QPoint middle = rule->geometry().center();
+            EXPECT_EQ(image.pixelColor(middle), static_cast<ModelAppData*>(list_of(w)->get_model())->get_color_line());
+        }
+    }
+}
+
 // The hint paints the stroke over the rejected trace it answers, in every theme; it was once
 // hidden under the trace's red band.
 TEST_F(WindowTest, TheHintIsDrawnOverTheRejectedTrace) {

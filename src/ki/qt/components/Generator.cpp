@@ -41,6 +41,8 @@ QFrame* Generator::gen_line(Qt::Orientation orientation, int width, const QColor
     else
         line->setFixedWidth(std::max(width, 1));
     line->setAutoFillBackground(true);
+    // Its own role: unset, it takes its parent's, and a row filled with Base hid the line in Base.
+    line->setBackgroundRole(QPalette::Window);
     QPalette pal = line->palette();
     pal.setColor(QPalette::Window, color);
     line->setPalette(pal);
