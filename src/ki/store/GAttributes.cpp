@@ -2,6 +2,8 @@
 #include <ki/store/GAttributes.h>
 
 #include <QBitArray>
+#include <QDataStream>
+#include <QIODevice>
 #include <QStringList>
 #include <algorithm>
 
@@ -271,6 +273,20 @@ bool read_container(QDataStream& in, int type_id, QVariant& value, int depth) {
     }
 }
 
+// A time spec Qt does not know (a damaged or hostile file) reads as a date-time that Qt writes
+// as an offset of zero but reads back as UTC, so the node's text changed with every save. The
+// value is kept as Qt reads its own writing of it, which writes the same text every time.
+void settle(QVariant& value, QMetaType type, int version) {
+    QByteArray bytes;
+    QDataStream out(&bytes, QIODevice::WriteOnly);
+    out.setVersion(version);
+    if (!type.save(out, value.constData())) return;
+    QDataStream back(bytes);
+    back.setVersion(version);
+    QVariant settled(type);
+    if (type.load(back, settled.data()) && back.status() == QDataStream::Ok) value = std::move(settled);
+}
+
 // Mirrors QVariant's stream layout (type id, null flag, name of a user type, value) but
 // refuses every type that could make Qt's reader allocate more than the stream holds.
 bool read_variant(QDataStream& in, QVariant& out, int depth) {
@@ -315,6 +331,7 @@ bool read_variant(QDataStream& in, QVariant& out, int depth) {
             if (in.status() == QDataStream::Ok) in.setStatus(QDataStream::ReadCorruptData);
             return false;
         }
+        if (type_id == QMetaType::QDateTime) settle(value, type, in.version());
     } else {
         pp_warn("GAttributes::from_stream, type id:$ refused", type_id);
         in.setStatus(QDataStream::ReadCorruptData);
