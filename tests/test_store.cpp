@@ -139,15 +139,15 @@ TEST_F(StoreTest, ANodeReadWritesTheSameTextEveryTime) {
     constexpr qint32 MAGIC = GNode::MAGIC;
     constexpr qint16 V1 = 1;
     // A node with one date-time "t" on 4713 BC, 24 November (Julian day 0), midnight.
-    const auto date_time = [&](const auto&... spec) {
+    const auto date_time = [&](const auto&... zone) {
         return stream_text(MAGIC, V1, 1, QStringLiteral("t"), quint32(QMetaType::QDateTime), qint8(0), qint64(0),
-                           quint32(0), spec..., 0);
+                           quint32(0), zone..., 0);
     };
     const struct Row {
         const char* name;
         QString text;
     } rows[] = {
-        {"a time spec Qt does not know", date_time(qint8(10))},
+        {"a kind of time Qt does not know", date_time(qint8(10))},
         {"an offset of zero from UTC", date_time(qint8(Qt::OffsetFromUTC), qint32(0))},
         {"an offset of an hour", date_time(qint8(Qt::OffsetFromUTC), qint32(3600))},
         {"a time zone Qt does not know", date_time(qint8(Qt::TimeZone), QByteArray("Nowhere/Zone"))},

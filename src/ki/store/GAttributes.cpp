@@ -273,7 +273,7 @@ bool read_container(QDataStream& in, int type_id, QVariant& value, int depth) {
     }
 }
 
-// A time spec Qt does not know (a damaged or hostile file) reads as a date-time that Qt writes
+// A kind of time Qt does not know (a damaged or hostile file) reads as a date-time that Qt writes
 // as an offset of zero but reads back as UTC, so the node's text changed with every save. The
 // value is kept as Qt reads its own writing of it, which writes the same text every time.
 void settle(QVariant& value, QMetaType type, int version) {
