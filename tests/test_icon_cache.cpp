@@ -86,4 +86,10 @@ TEST_F(IconCacheTest, StoredRenderingsMatchTheDocumentAndOnlyWhatIsMissingIsDraw
     // Blue now, and the disabled rendering is not the normal one.
     EXPECT_EQ(QColor(cached(svg, QIcon::Normal).pixel(12, 12)), QColor(Qt::blue));
     EXPECT_NE(cached(svg, QIcon::Normal), cached(svg, QIcon::Disabled));
+    // A button shows no icon for a name without a file, however often it asks.
+    const QIcon missing = icon_cache::make(dir.filePath("missing.svg"));
+    for (int ask = 0; ask < 2; ++ask) {
+        EXPECT_TRUE(missing.isNull()) << ask;
+        EXPECT_FALSE(icon_cache::make(svg).isNull()) << ask;
+    }
 }

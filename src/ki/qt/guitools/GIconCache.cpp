@@ -18,6 +18,7 @@
 #include <QTimer>
 
 #include <cstring>
+#include <optional>
 
 namespace ki::qt::icon_cache {
 
@@ -162,7 +163,11 @@ public:
         painter->drawPixmap(rect.topLeft(), pm);
     }
 
-    bool isNull() override { return !QFileInfo::exists(path); }
+    // Asked on every layout pass and paint: the file is looked up once per icon.
+    bool isNull() override {
+        if (!exists) exists = QFileInfo::exists(path);
+        return !*exists;
+    }
 
 private:
     // The document's content names its renderings, not its path: a changed file is drawn anew.
@@ -184,6 +189,7 @@ private:
     QString path;
     QString contentKey;
     QIcon real;
+    std::optional<bool> exists;
 };
 
 }  // namespace
