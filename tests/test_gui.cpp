@@ -11,10 +11,14 @@
 #include <ki/qt/lang.h>
 #include <ki/qt/themes.h>
 
+#include <QAbstractItemView>
 #include <QAction>
 #include <QApplication>
 #include <QCheckBox>
+#include <QComboBox>
+#include <QDialog>
 #include <QFontDatabase>
+#include <QMessageBox>
 #include <QPlainTextEdit>
 #include <QProcess>
 #include <QSet>
@@ -355,4 +359,46 @@ TEST_F(GuiTest, FontPreloadIsWaitedForOnceAndLeavesTheFontsUsable) {
         }
         EXPECT_TRUE(QFontDatabase::families().contains(QStringLiteral("Noto Sans CJK SC")));
     }
+}
+
+// Dialogs, message boxes and popups are windows of their own, to which Qt hands no palette:
+// each shows in its window's theme, or keeps a palette of its own.
+TEST_F(GuiTest, WindowsOpenedOverAThemedWindowShowItsColours) {
+    TestWindow<"TestDialogs"> win;
+    win.setup();
+    const QPalette custom(Qt::red);
+    for (const unsigned int theme : {th::THEME_NORMAL, th::THEME_DARK, th::THEME_GREEN}) {
+        SCOPED_TRACE(theme);
+        win.set_theme(theme);
+        const QColor window = th::get_palette(theme).color(QPalette::Window);
+
+        QDialog dialog(&win);
+        auto* combo = new QComboBox(&dialog);
+        combo->addItems({QStringLiteral("one"), QStringLiteral("two")});
+        dialog.show();
+        EXPECT_EQ(dialog.palette().color(QPalette::Window), window) << "a dialog";
+
+        QMessageBox box(QMessageBox::Question, QStringLiteral("t"), QStringLiteral("?"), QMessageBox::Yes,
+                        &dialog);
+        box.show();
+        EXPECT_EQ(box.palette().color(QPalette::Window), window) << "a box over the dialog";
+
+        combo->showPopup();
+        QWidget* popup = combo->view()->window();
+        ASSERT_TRUE(popup->isVisible());
+        const QImage items = combo->view()->viewport()->grab().toImage();
+        // The second row is not selected: drawn as a menu item, on the theme's window colour.
+        EXPECT_EQ(items.pixelColor(items.width() - 3, items.height() - 3), window) << "the combo box's items";
+        combo->hidePopup();
+
+        QDialog own(&win);
+        own.setPalette(custom);
+        own.show();
+        EXPECT_EQ(own.palette().color(QPalette::Window), custom.color(QPalette::Window))
+            << "a palette of its own";
+    }
+    QWidget plain;
+    QDialog overPlain(&plain);
+    overPlain.show();
+    EXPECT_EQ(overPlain.palette(), QApplication::palette(&overPlain)) << "over a window without a theme";
 }

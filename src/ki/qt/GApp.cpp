@@ -21,6 +21,7 @@ namespace ki::qt {
 
 GApp::GApp(int& argc, char** argv_in, ki::GArgv* args) : QApplication(argc, argv_in) {
     installEventFilter(&eventFilter);
+    installEventFilter(&windowPalettes);
     setStyle(new GStyle);
     if (flagLocaleC) std::setlocale(LC_NUMERIC, "C");
     ki::store::register_gtype_meta_type();
@@ -74,6 +75,7 @@ GApp::GApp(int& argc, char** argv_in, ki::GArgv* args) : QApplication(argc, argv
 
 GApp::~GApp() {
     removeEventFilter(&eventFilter);
+    removeEventFilter(&windowPalettes);
     for (GMainWindow* win : windows) win->liClosed.remove("GApp");
     // Windows and themes may still ask for the application object after this one is gone.
     gApp = nullptr;

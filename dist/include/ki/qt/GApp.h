@@ -8,6 +8,7 @@
 #include <ki/qt/GOrientationDetector.h>
 #include <ki/qt/GTimer.h>
 #include <ki/qt/event/EventFilter.h>
+#include <ki/qt/guitools/GWindowPalette.h>
 #include <ki/store/GNode.h>
 #include <ki/tools/GArgv.h>
 
@@ -125,6 +126,7 @@ private:
     static bool is_palette_dark_by_system();
 
     event::EventFilter eventFilter;
+    WindowPaletteFilter windowPalettes;
     GOrientationDetector orientationDetector;
     std::set<GMainWindow*> windows;
     unsigned int theme = 0;
