@@ -69,8 +69,9 @@ set(CPACK_DEBIAN_PACKAGE_PRIORITY optional)
 # needs are dependencies of the package.
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
 set(CPACK_DEBIAN_PACKAGE_DEPENDS "libqt6sql6-sqlite")
-# Without a CJK font the list falls back to the compiled-in writing font.
-set(CPACK_DEBIAN_PACKAGE_RECOMMENDS fonts-noto-cjk)
+# Without a CJK font the list falls back to the compiled-in writing font; without Qt's
+# catalogues the buttons of standard dialogs stay English in German and Russian.
+set(CPACK_DEBIAN_PACKAGE_RECOMMENDS "fonts-noto-cjk, qt6-translations-l10n")
 include(CPack)
 
 if(QUENLO_BUILD_TESTS AND NOT QUENLO_SANITIZE)

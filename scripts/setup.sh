@@ -10,14 +10,15 @@ shift || true
 # Build, test and run-time packages (Qt 6.4 from Debian, fontconfig's headers, GLM, GoogleTest,
 # a CJK font for the character list, PulseAudio's client library and libmpg123 for the sound
 # module, the PulseAudio server the sound tests start, GStreamer's MP3 decoder for the Qt
-# Multimedia fallback, Xvfb for screenshots, poppler's pdftoppm to check printed worksheets).
+# Multimedia fallback, Qt's own texts in German and Russian, Xvfb for screenshots, poppler's
+# pdftoppm to check printed worksheets).
 PACKAGES=(
   g++ cmake ninja-build ccache pkg-config git
   qt6-base-dev qt6-multimedia-dev qt6-svg-dev libqt6svg6 libgl-dev libfontconfig-dev
   libqt6sql6-sqlite
   libglm-dev libgtest-dev libgmock-dev
   libpulse-dev libmpg123-dev pulseaudio
-  fonts-noto-cjk gstreamer1.0-plugins-good
+  fonts-noto-cjk gstreamer1.0-plugins-good qt6-translations-l10n
   xvfb xauth
   xdotool sqlite3  # scripts/durability.sh drives the program and reads its history
   poppler-utils

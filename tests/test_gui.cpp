@@ -11,6 +11,7 @@
 #include <ki/qt/lang.h>
 #include <ki/qt/themes.h>
 
+#include <QAbstractButton>
 #include <QAbstractItemView>
 #include <QAction>
 #include <QApplication>
@@ -163,6 +164,28 @@ TEST_F(GuiTest, StoredLanguageOutOfRangeFallsBackToEnglish) {
     lang::set_lang(QLocale::French);
     EXPECT_EQ(lang::tt("a", "b", "c"), "a") << "languages without texts read English";
     lang::set_lang(QLocale::English);
+}
+
+// Qt's standard dialogs speak the learner's language too, as far as ours do.
+TEST_F(GuiTest, QtsOwnDialogTextsFollowTheLanguage) {
+    const struct Row {
+        QLocale::Language language;
+        const char* yes;
+        const char* cancel;
+    } rows[] = {
+        {QLocale::German, "&Ja", "Abbrechen"},
+        {QLocale::Russian, "&Да", "Отмена"},
+        {QLocale::French, "&Yes", "Cancel"},
+        {QLocale::English, "&Yes", "Cancel"},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(QLocale::languageToString(row.language).toStdString());
+        lang::set_lang(row.language);
+        QMessageBox box(QMessageBox::Question, QStringLiteral("t"), QStringLiteral("?"),
+                        QMessageBox::Yes | QMessageBox::Cancel);
+        EXPECT_EQ(box.button(QMessageBox::Yes)->text(), QString::fromUtf8(row.yes));
+        EXPECT_EQ(box.button(QMessageBox::Cancel)->text(), QString::fromUtf8(row.cancel));
+    }
 }
 
 TEST_F(GuiTest, OptionsMenuShowsTheCurrentSettingsAndChangesThem) {

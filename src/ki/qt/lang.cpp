@@ -1,5 +1,9 @@
 #include <ki/qt/lang.h>
 
+#include <QCoreApplication>
+#include <QLibraryInfo>
+#include <QPointer>
+#include <QTranslator>
 #include <atomic>
 
 namespace ki::qt::lang {
@@ -7,11 +11,38 @@ namespace ki::qt::lang {
 namespace {
 // Read by texts built on worker threads (log lines, messages) as well.
 std::atomic<int> current{QLocale::English};
+
+// Qt's own texts: the buttons of standard dialogs, the file dialog, a line edit's menu. Our
+// texts are chosen by tt(); these come from Qt's catalogue (Debian's qt6-translations-l10n).
+// Without it they stay English, said once in the log. The translator belongs to the
+// application object and goes with it.
+void use_qt_texts(QLocale::Language language) {
+    static QPointer<QTranslator> installed;
+    QCoreApplication* app = QCoreApplication::instance();
+    if (app == nullptr) return;
+    if (installed) {
+        QCoreApplication::removeTranslator(installed);
+        delete installed;
+    }
+    // Only where our own texts are translated too: a French learner reads English throughout.
+    if (language != QLocale::German && language != QLocale::Russian) return;
+    auto* translator = new QTranslator(app);
+    const QString folder = QLibraryInfo::path(QLibraryInfo::TranslationsPath);
+    if (!translator->load(QLocale(language), QStringLiteral("qtbase"), QStringLiteral("_"), folder)) {
+        pp_warn("lang, Qt's own texts stay English: no qtbase catalogue for $ in '$'", lang_to_string(language),
+                folder);
+        delete translator;
+        return;
+    }
+    QCoreApplication::installTranslator(translator);
+    installed = translator;
+}
 }  // namespace
 
 void set_lang(QLocale::Language language) {
     if (current.exchange(language) == language) return;
     pp("lang::set_lang, $", lang_to_string(language));
+    use_qt_texts(language);
     if (get_listener().has_listener()) get_listener().fire_event(int(language));
 }
 
