@@ -157,23 +157,30 @@ TEST_F(HistoryWritesTest, SecondStartRaisesTheFirst) {
         const char* name;
         QStringList arguments;
         QString output;
+        int times;
     } starts[] = {
-        {"a second start hands over", {}, home.filePath("none")},
+        // Handing over at once, a start used to tear fontconfig down while its thread still
+        // loaded it: under the address sanitizer one in eight such starts failed.
+        {"second starts hand over", {}, home.filePath("none"), 8},
         {"a progress export runs beside the window",
          {"--export-progress", home.filePath("p.csv")},
-         home.filePath("p.csv")},
+         home.filePath("p.csv"),
+         1},
         {"a worksheet is written beside the window",
          {"--worksheet", "一", "--out", home.filePath("w.pdf")},
-         home.filePath("w.pdf")},
+         home.filePath("w.pdf"),
+         1},
     };
     for (const auto& start : starts) {
-        SCOPED_TRACE(start.name);
-        QProcess second;
-        ASSERT_TRUE(run(second, start.arguments));
-        EXPECT_TRUE(second.waitForFinished(30'000));
-        EXPECT_EQ(second.exitStatus(), QProcess::NormalExit);
-        EXPECT_EQ(second.exitCode(), 0) << second.readAllStandardError().toStdString();
-        EXPECT_EQ(QFile::exists(start.output), start.arguments.size() > 0);
+        for (int time = 0; time < start.times; ++time) {
+            SCOPED_TRACE(std::string(start.name) + " #" + std::to_string(time));
+            QProcess second;
+            ASSERT_TRUE(run(second, start.arguments));
+            EXPECT_TRUE(second.waitForFinished(30'000));
+            EXPECT_EQ(second.exitStatus(), QProcess::NormalExit);
+            EXPECT_EQ(second.exitCode(), 0) << second.readAllStandardError().toStdString();
+            EXPECT_EQ(QFile::exists(start.output), start.arguments.size() > 0);
+        }
     }
     EXPECT_EQ(window.state(), QProcess::Running) << "the first window stays";
     // A killed window leaves its lock behind; the next start takes it over.

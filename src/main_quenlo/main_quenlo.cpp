@@ -42,6 +42,10 @@ int qMain(int argc, char** argv) {
     ki::qt::themes::set_theme_default(ki::qt::themes::THEME_DARK);
     // Before anything logs: a headless command keeps the console to its result line.
     const morvel::Headless::Command headless = morvel::Headless::prepare(argc, argv);
+    // Declared before fontconfig's thread, so that it goes after the thread is done: Qt's font
+    // database destroys fontconfig's configuration with the application object, and a second
+    // start that hands over at once would otherwise do so while the thread still loads it.
+    std::unique_ptr<ki::qt::GApp> app;
     // Fontconfig loads while the settings, the application and the level come up, until the
     // first text of the window or of a worksheet; the other commands draw nothing.
     std::optional<ki::qt::FontPreload> fonts;
@@ -55,7 +59,7 @@ int qMain(int argc, char** argv) {
     }
     if (const int code = morvel::Headless::run_early(headless, argc, argv); code >= 0) return code;
     bench_step("settings");
-    auto app = std::make_unique<ki::qt::GApp>(argc, argv, nullptr);
+    app = std::make_unique<ki::qt::GApp>(argc, argv, nullptr);
     bench_step("application");
     if (ki::os::is_android()) ki::qt::GApp::set_icon_size_percent_default(220);
     app->setStartDragDistance(START_DRAG_DISTANCE);
