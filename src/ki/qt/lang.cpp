@@ -14,7 +14,7 @@ std::atomic<int> current{QLocale::English};
 
 // Qt's own texts: the buttons of standard dialogs, the file dialog, a line edit's menu. Our
 // texts are chosen by tt(); these come from Qt's catalogue (Debian's qt6-translations-l10n).
-// Without it they stay English, said once in the log. The translator belongs to the
+// Without it they stay English, and the log says so. The translator belongs to the
 // application object and goes with it.
 void use_qt_texts(QLocale::Language language) {
     static QPointer<QTranslator> installed;

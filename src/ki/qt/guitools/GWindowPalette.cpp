@@ -31,6 +31,11 @@ bool WindowPaletteFilter::eventFilter(QObject* watched, QEvent* ev) {
             const QWidget* over = widget->parentWidget()->window();
             if (over->testAttribute(Qt::WA_SetPalette)) {
                 const QPalette palette = over->palette();
+                // A menu shown again in the same theme keeps what it has; a combo box's popup
+                // has been reset by Qt in between.
+                if (widget->property(PROPERTY_TAKEN).toBool() && !is_combo_popup(*widget) &&
+                    widget->palette() == palette)
+                    return QObject::eventFilter(watched, ev);
                 widget->setPalette(palette);
                 widget->setProperty(PROPERTY_TAKEN, true);
                 if (is_combo_popup(*widget)) {
