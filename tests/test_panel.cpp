@@ -11,6 +11,7 @@
 
 #include "WindowTestKit.h"
 #include "app/progress/ForecastChart.h"
+#include "app/progress/ProgressChart.h"
 #include "app/progress/ProgressMark.h"
 #include "app/progress/ProgressPanel.h"
 
@@ -95,6 +96,42 @@ TEST(PanelTest, ForecastRetentionAndMemoryFollowTheHistory) {
         }
     }
     ki::qt::lang::set_lang(QLocale::English);
+}
+
+TEST(PanelTest, EveryScoredDayIsMarkedByASolidSquare) {
+    // The marks are drawn apart from the dashed score line: under its dash pattern a lone day's
+    // square broke into a hook.
+    const struct {
+        const char* name;
+        unsigned theme;
+        std::vector<int> scores;  // a day each, oldest first; -1: no score that day
+    } rows[] = {
+        {"one day alone", THEME_NORMAL, {60}},
+        {"a gap between two days, the edges of the scale", THEME_DARK, {0, -1, 100}},
+        {"a fortnight", THEME_GREEN, {40, 55, -1, -1, 70, 72, 90, 35, -1, 80, 81, 82, 99, 100}},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.name);
+        ProgressChart chart;
+        chart.setPalette(ki::qt::themes::get_palette(row.theme));
+        std::vector<DayStats> days;
+        for (const int score : row.scores)
+            days.push_back(DayStats{static_cast<qint64>(days.size()) + 2'460'000, 1, 2, 1, score});
+        chart.set_days(days);
+        chart.resize(560, 180);
+        const QImage image = chart.grab().toImage();
+        const QColor mark = ProgressChart::score_color(chart.palette());
+        for (size_t day = 0; day < row.scores.size(); ++day) {
+            const QPointF point = chart.score_point(day);
+            if (row.scores[day] < 0) {
+                EXPECT_EQ(point, QPointF(-1, -1)) << "day " << day;
+                continue;
+            }
+            const QRect around(static_cast<int>(point.x()) - 1, static_cast<int>(point.y()) - 1, 3, 3);
+            EXPECT_EQ(count_pixels(around, [&](QPoint p) { return image.pixelColor(p) == mark; }), 9)
+                << "day " << day;
+        }
+    }
 }
 
 }  // namespace

@@ -33,6 +33,30 @@ QSize ProgressChart::sizeHint() const {
     return {560, 180};
 }
 
+int ProgressChart::most_completed() const {
+    int most = 1;
+    for (const DayStats& day : days) most = std::max(most, day.completions);
+    return most;
+}
+
+QRectF ProgressChart::plot_rect() const {
+    // Legend on top, axis labels left, right and below: the plot takes what is left.
+    const QFontMetrics fm(font());
+    const int lineHeight = fm.height();
+    const int left = fm.horizontalAdvance(QString::number(most_completed())) + 8;
+    const int right = fm.horizontalAdvance(QStringLiteral("100")) + 8;
+    return {static_cast<qreal>(left), lineHeight * 1.5, static_cast<qreal>(width() - left - right),
+            static_cast<qreal>(height() - lineHeight * 3)};
+}
+
+QPointF ProgressChart::score_point(size_t day) const {
+    if (day >= days.size() || days[day].score < 0) return {-1, -1};
+    const QRectF plot = plot_rect();
+    const qreal slot = plot.width() / static_cast<qreal>(days.size());
+    return {plot.left() + slot * static_cast<qreal>(day) + slot / 2,
+            plot.bottom() - plot.height() * days[day].score / 100.0};
+}
+
 void ProgressChart::paintEvent(QPaintEvent*) {
     QPainter painter(this);
     painter.setRenderHint(QPainter::Antialiasing, true);
@@ -43,7 +67,6 @@ void ProgressChart::paintEvent(QPaintEvent*) {
     const QFontMetrics fm(font());
     const int lineHeight = fm.height();
 
-    // Legend on top, axis labels left, right and below: the plot takes what is left.
     const QString completedLabel =
         tt(QStringLiteral("Characters completed"), QStringLiteral("Zeichen geschafft"),
            QStringLiteral("Пройдено иероглифов"));
@@ -69,12 +92,10 @@ void ProgressChart::paintEvent(QPaintEvent*) {
     painter.drawText(x, fm.ascent(),
                      tt(QStringLiteral("Score"), QStringLiteral("Wertung"), QStringLiteral("Оценка")));
 
-    int maxCompleted = 1;
-    for (const DayStats& day : days) maxCompleted = std::max(maxCompleted, day.completions);
-    const int left = fm.horizontalAdvance(QString::number(maxCompleted)) + 8;
-    const int right = fm.horizontalAdvance(QStringLiteral("100")) + 8;
-    const QRectF plot(left, lineHeight * 1.5, width() - left - right, height() - lineHeight * 3);
+    const int maxCompleted = most_completed();
+    const QRectF plot = plot_rect();
     if (plot.width() <= 0 || plot.height() <= 0 || days.empty()) return;
+    const int left = static_cast<int>(plot.left());
 
     painter.setPen(QPen(pal.color(QPalette::Mid), 1));
     painter.drawLine(plot.bottomLeft(), plot.bottomRight());
@@ -83,12 +104,16 @@ void ProgressChart::paintEvent(QPaintEvent*) {
                      QString::number(maxCompleted));
     painter.drawText(QRectF(0, plot.bottom() - lineHeight / 2.0, left - 4, lineHeight), Qt::AlignRight,
                      QStringLiteral("0"));
-    painter.drawText(QRectF(plot.right() + 4, plot.top() - lineHeight / 2.0, right, lineHeight),
-                     Qt::AlignLeft, QStringLiteral("100"));
+    painter.drawText(
+        QRectF(plot.right() + 4, plot.top() - lineHeight / 2.0, width() - plot.right() - 4, lineHeight),
+        Qt::AlignLeft, QStringLiteral("100"));
 
     const qreal slot = plot.width() / static_cast<qreal>(days.size());
     QPainterPath cleanShare;
     QPainterPath scoreLine;
+    // Apart from the line: under its dash pattern a marker's outline broke into pieces, and a
+    // day alone showed a stray hook instead of a square.
+    QPainterPath scoreMarks;
     bool penDown = false;
     bool scoreDown = false;
     for (size_t i = 0; i < days.size(); ++i) {
@@ -99,13 +124,12 @@ void ProgressChart::paintEvent(QPaintEvent*) {
             painter.fillRect(QRectF(x0 + slot * 0.15, plot.bottom() - h, slot * 0.7, h), bar);
         }
         if (day.score >= 0) {
-            const QPointF point(x0 + slot / 2, plot.bottom() - plot.height() * day.score / 100.0);
+            const QPointF point = score_point(i);
             if (scoreDown)
                 scoreLine.lineTo(point);
             else
                 scoreLine.moveTo(point);
-            scoreLine.addRect(QRectF(point - QPointF(2, 2), QSizeF(4, 4)));
-            scoreLine.moveTo(point);
+            scoreMarks.addRect(QRectF(point - QPointF(2, 2), QSizeF(4, 4)));
         }
         scoreDown = day.score >= 0;
         if (day.traces == 0) {
@@ -126,6 +150,9 @@ void ProgressChart::paintEvent(QPaintEvent*) {
     painter.drawPath(cleanShare);
     painter.setPen(QPen(scoreColor, 2, Qt::DashLine));
     painter.drawPath(scoreLine);
+    painter.setPen(QPen(scoreColor, 2));
+    painter.setBrush(scoreColor);
+    painter.drawPath(scoreMarks);
 
     painter.setPen(text);
     // Day and month name in the interface language, as the table's dates are: "27 Oct", "27. Okt.".

@@ -20,12 +20,17 @@ public:
     const std::vector<DayStats>& get_days() const { return days; }
     /// The colour of the line of the day's average score.
     static QColor score_color(const QPalette& palette);
+    /// Where the day's score is marked; (-1, -1) for a day without a score.
+    QPointF score_point(size_t day) const;
     QSize sizeHint() const override;
 
 protected:
     void paintEvent(QPaintEvent* event) override;
 
 private:
+    int most_completed() const;
+    QRectF plot_rect() const;
+
     std::vector<DayStats> days;
 };
 
