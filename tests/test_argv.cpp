@@ -80,6 +80,11 @@ TEST(HeadlessCommand, LookAlikeOptionsAreRefusedOthersPass) {
         {"an underscore", "--export_progress x.csv", C::UNKNOWN_OPTION},
         {"a shortened name", "--expo x.csv", C::UNKNOWN_OPTION},
         {"one letter off", "--worksheet 中 --out x.pdf --rowz 2", C::UNKNOWN_OPTION},
+        {"the usage", "--help", C::HELP},
+        {"the usage, short", "-h", C::HELP},
+        {"the usage before a window's option", "--level 2 --help", C::HELP},
+        {"the version", "--version", C::VERSION},
+        {"the version, mistyped", "--verison", C::UNKNOWN_OPTION},
     };
     for (const auto& row : rows) {
         SCOPED_TRACE(row.name);

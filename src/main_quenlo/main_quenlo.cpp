@@ -42,6 +42,8 @@ int qMain(int argc, char** argv) {
     ki::qt::themes::set_theme_default(ki::qt::themes::THEME_DARK);
     // Before anything logs: a headless command keeps the console to its result line.
     const morvel::Headless::Command headless = morvel::Headless::prepare(argc, argv);
+    // The usage, the version and a mistyped option are answered before any file is touched.
+    if (const int code = morvel::Headless::answer(headless, argc, argv); code >= 0) return code;
     // Declared before fontconfig's thread, so that it goes after the thread is done: Qt's font
     // database destroys fontconfig's configuration with the application object, and a second
     // start that hands over at once would otherwise do so while the thread still loads it.

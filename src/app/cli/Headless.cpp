@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "app/cli/CliText.h"
+#include "app/morvel.h"
 #include "app/progress/ProgressCommand.h"
 #include "app/worksheet/WorksheetCli.h"
 
@@ -20,10 +21,13 @@ const QStringList KNOWN = {QStringLiteral("level"),     QStringLiteral("__log_le
                            QStringLiteral("__bounds"),  QStringLiteral("__screenshots"),
                            QStringLiteral("worksheet"), QStringLiteral("out"),
                            QStringLiteral("grid"),      QStringLiteral("paper"),
-                           QStringLiteral("rows"),      QStringLiteral("export-progress")};
+                           QStringLiteral("rows"),      QStringLiteral("export-progress"),
+                           QStringLiteral("help"),      QStringLiteral("h"),
+                           QStringLiteral("version")};
 const QStringList HEADLESS = {QStringLiteral("worksheet"), QStringLiteral("out"),
                               QStringLiteral("grid"),      QStringLiteral("paper"),
-                              QStringLiteral("rows"),      QStringLiteral("export-progress")};
+                              QStringLiteral("rows"),      QStringLiteral("export-progress"),
+                              QStringLiteral("help"),      QStringLiteral("version")};
 
 QString key_of(const QString& argument) {
     qsizetype dashes = 0;
@@ -95,6 +99,9 @@ QString Headless::unknown_option(const QStringList& arguments) {
 
 Headless::Command Headless::command_of(const QStringList& arguments) {
     if (!unknown_option(arguments).isEmpty()) return Command::UNKNOWN_OPTION;
+    if (has_key(arguments, QStringLiteral("help")) || has_key(arguments, QStringLiteral("h")))
+        return Command::HELP;
+    if (has_key(arguments, QStringLiteral("version"))) return Command::VERSION;
     if (has_key(arguments, QStringLiteral("export-progress"))) return Command::EXPORT_PROGRESS;
     if (has_key(arguments, QStringLiteral("worksheet"))) return Command::WORKSHEET;
     return Command::NONE;
@@ -124,20 +131,28 @@ Headless::QuietStdout::~QuietStdout() {
     std::cout.clear();
 }
 
-int Headless::run_early(Command command, int argc, char** argv) {
+int Headless::answer(Command command, int argc, char** argv) {
     switch (command) {
         case Command::UNKNOWN_OPTION:
             print(EXIT_BAD_ARGUMENTS,
                   QStringLiteral("quenlo: unknown option '%1'\n%2")
                       .arg(cli::printable(unknown_option(arguments_of(argc, argv))), usage()));
             return EXIT_BAD_ARGUMENTS;
-        case Command::EXPORT_PROGRESS:
-            return progress::ProgressCommand::run(argc, argv);
-        case Command::WORKSHEET:
-        case Command::NONE:
-            break;
+        case Command::HELP:
+            print(0, QStringLiteral("quenlo %1: learn to write Chinese characters stroke by stroke\n%2\n"
+                                    "Every option is described in the manual page (man quenlo).")
+                         .arg(QString::fromStdString(get_morvel_version()), usage()));
+            return 0;
+        case Command::VERSION:
+            print(0, QStringLiteral("quenlo %1").arg(QString::fromStdString(get_morvel_version())));
+            return 0;
+        default:
+            return -1;
     }
-    return -1;
+}
+
+int Headless::run_early(Command command, int argc, char** argv) {
+    return command == Command::EXPORT_PROGRESS ? progress::ProgressCommand::run(argc, argv) : -1;
 }
 
 void Headless::print(int exitCode, const QString& message) {
@@ -147,7 +162,9 @@ void Headless::print(int exitCode, const QString& message) {
 }
 
 QString Headless::usage() {
-    return QStringLiteral("usage: %1\n       quenlo %2 FILE.csv")
+    return QStringLiteral(
+               "usage: quenlo [--level N]\n       %1\n       quenlo %2 FILE.csv\n"
+               "       quenlo --help | --version")
         .arg(WorksheetCli::usage(), QLatin1String(progress::ProgressCommand::OPTION));
 }
 

@@ -1,6 +1,7 @@
 #pragma once
-// The commands that run without a window (`--worksheet`, `--export-progress`): which one the
-// command line asks for, a quiet console while they run, and their one result line.
+// The commands that run without a window (`--worksheet`, `--export-progress`, `--help`,
+// `--version`): which one the command line asks for, a quiet console while they run, and their
+// result.
 
 #include <QString>
 #include <QStringList>
@@ -10,7 +11,7 @@ namespace morvel {
 
 class Headless {
 public:
-    enum class Command { NONE, WORKSHEET, EXPORT_PROGRESS, UNKNOWN_OPTION };
+    enum class Command { NONE, WORKSHEET, EXPORT_PROGRESS, UNKNOWN_OPTION, HELP, VERSION };
     enum EXIT_CODE : int { EXIT_BAD_ARGUMENTS = 2 };
 
     static QStringList arguments_of(int argc, char** argv);
@@ -38,8 +39,11 @@ public:
         bool quiet = false;
     };
 
-    /// Runs what needs no application object: the export, and the refusal of an unknown
-    /// option. Returns the exit code, or -1 when the program goes on.
+    /// Answers what needs neither settings nor files: the usage (`--help`, `-h`), the version and
+    /// the refusal of an unknown option. Returns the exit code, or -1 when the program goes on.
+    static int answer(Command command, int argc, char** argv);
+    /// Runs what needs the settings but no application object: the export. Returns the exit
+    /// code, or -1 when the program goes on.
     static int run_early(Command command, int argc, char** argv);
 
     /// The result line: on standard output for exit code 0, else on standard error.
