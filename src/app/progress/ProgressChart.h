@@ -1,7 +1,7 @@
 #pragma once
 // The practice of the last days as a chart: a bar per day for the characters completed and a
 // line for the share of clean strokes among the day's judged traces, and a dashed line for the
-// day's average character score.
+// day's average character score, each day's score marked by a square.
 
 #include <QWidget>
 #include <vector>
