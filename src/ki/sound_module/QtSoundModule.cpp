@@ -35,11 +35,10 @@ public:
     float volume() const override { return output.volume(); }
     void set_on_stopped(std::function<void()> callback) override {
         QObject::disconnect(connection);
-        connection =
-            QObject::connect(&player, &QMediaPlayer::playbackStateChanged, &player,
-                             [this, callback = std::move(callback)](QMediaPlayer::PlaybackState state) {
-                                 if (state != QMediaPlayer::PlayingState && callback) callback();
-                             });
+        connection = QObject::connect(&player, &QMediaPlayer::playbackStateChanged, &player,
+                                      [callback = std::move(callback)](QMediaPlayer::PlaybackState state) {
+                                          if (state != QMediaPlayer::PlayingState && callback) callback();
+                                      });
     }
 
 private:
