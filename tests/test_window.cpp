@@ -265,7 +265,8 @@ TEST(DueLabel, NothingDueSaysWhenTheNextOneIs) {
         {"beyond in days", 74 * HOUR, "Nothing due · next in 3 d"},
     };
     ki::qt::lang::set_lang(QLocale::English);
-    for (const auto& row : rows) EXPECT_EQ(morvel::practice::nothing_due_text(row.ms), QString::fromUtf8(row.text)) << row.name;
+    for (const auto& row : rows)
+        EXPECT_EQ(morvel::practice::nothing_due_text(row.ms), QString::fromUtf8(row.text)) << row.name;
 }
 
 // Stroke numbers in learn mode: those of the strokes written and the current one's, none ahead.
@@ -349,7 +350,8 @@ TEST_F(WindowTest, TheRuleUnderEveryRowShowsInTheLineColour) {
             ASSERT_NE(rule, nullptr);
             const QImage image = row->grab().toImage();
             const QPoint middle = rule->geometry().center();
-            EXPECT_EQ(image.pixelColor(middle), static_cast<ModelAppData*>(list_of(w)->get_model())->get_color_line());
+            EXPECT_EQ(image.pixelColor(middle),
+                      static_cast<ModelAppData*>(list_of(w)->get_model())->get_color_line());
         }
     }
 }
@@ -488,9 +490,9 @@ TEST_F(WindowTest, TheLevelMenuSwitchesSevenLevelsEachWithItsSelectionAndAStartR
         int level;
         int rows;
     } rows[] = {
-        {"Level 1 · HSK 1 · 87 characters", 1, 87},      {"Level 2 · HSK 1 · 95 characters", 2, 95},
-        {"Level 3 · HSK 2 · 167 characters", 3, 167},    {"Level 4 · HSK 3 · 269 characters", 4, 269},
-        {"Level 5 · HSK 4 · 446 characters", 5, 446},    {"Level 6 · HSK 5 · 621 characters", 6, 621},
+        {"Level 1 · HSK 1 · 87 characters", 1, 87},   {"Level 2 · HSK 1 · 95 characters", 2, 95},
+        {"Level 3 · HSK 2 · 167 characters", 3, 167}, {"Level 4 · HSK 3 · 269 characters", 4, 269},
+        {"Level 5 · HSK 4 · 446 characters", 5, 446}, {"Level 6 · HSK 5 · 621 characters", 6, 621},
         {"Level 7 · HSK 6 · 978 characters", 7, 978},
     };
     {
@@ -558,15 +560,23 @@ TEST_F(WindowTest, SearchChoosesACharacterOfAnotherLevelAndEscapeGoesBack) {
         Qt::Key key;  // Enter chooses the first result, Escape leaves
         int level;
         const char* shown;
+        bool found;  // without a hit the list says so and Enter chooses nothing
     } rows[] = {
-        {"pinyin with tone number, chosen", QLocale::English, "xue3", "雪  xuě  Level 3 · snow", Qt::Key_Return, 3, "雪"},
-        {"German meaning, chosen", QLocale::German, "Blut", "血  xuè  Stufe 6 · Blut", Qt::Key_Return, 6, "血"},
-        {"Russian meaning, left with Escape", QLocale::Russian, "снег", "雪  xuě  Уровень 3 · снег", Qt::Key_Escape, 6, "血"},
+        {"pinyin with tone number, chosen", QLocale::English, "xue3", "雪  xuě  Level 3 · snow",
+         Qt::Key_Return, 3, "雪", true},
+        {"German meaning, chosen", QLocale::German, "Blut", "血  xuè  Stufe 6 · Blut", Qt::Key_Return, 6,
+         "血", true},
+        {"Russian meaning, left with Escape", QLocale::Russian, "снег", "雪  xuě  Уровень 3 · снег",
+         Qt::Key_Escape, 6, "血", true},
+        {"no hit, Enter", QLocale::German, "qqqq", "Kein Zeichen passt", Qt::Key_Return, 6, "血", false},
     };
     for (const auto& row : rows) {
         SCOPED_TRACE(row.name);
         ki::qt::lang::set_lang(row.language);
-        EXPECT_EQ(field->placeholderText(), QStringList({"Search", "Suchen", "Поиск"})[row.language == QLocale::English ? 0 : row.language == QLocale::German ? 1 : 2]);
+        EXPECT_EQ(field->placeholderText(),
+                  QStringList({"Search", "Suchen", "Поиск"})[row.language == QLocale::English  ? 0
+                                                             : row.language == QLocale::German ? 1
+                                                                                               : 2]);
         ctrlF->trigger();
         field->setText(QString::fromUtf8(row.query));  // keyClicks knows Latin keys only
         auto* results = w.findChild<QListWidget*>(QStringLiteral("searchResults"));
@@ -574,7 +584,15 @@ TEST_F(WindowTest, SearchChoosesACharacterOfAnotherLevelAndEscapeGoesBack) {
         ASSERT_GT(results->count(), 0);
         EXPECT_TRUE(results->isVisibleTo(&w));
         EXPECT_EQ(results->item(0)->text().toStdString(), row.firstResult);
+        EXPECT_EQ(results->item(0)->flags() != Qt::NoItemFlags, row.found);
+        if (results->count() < 5) {
+            EXPECT_LT(results->height(), w.height() / 3) << "a few lines cover little";
+        }
         QTest::keyClick(field, row.key);
+        if (!row.found) {
+            EXPECT_TRUE(results->isVisibleTo(&w)) << "Enter without a hit leaves the search open";
+            QTest::keyClick(field, Qt::Key_Escape);
+        }
         EXPECT_TRUE(field->text().isEmpty());
         EXPECT_FALSE(results->isVisibleTo(&w)) << "the results no longer cover the list";
         EXPECT_EQ(catalogue().get_level().number, row.level);
@@ -666,7 +684,8 @@ TEST_F(WindowTest, FromMemoryTheCharacterIsHiddenTracesAreJudgedAndKeysGrade) {
     w.on_index(INDEX_ZHONG);
     settle();
     morvel::CanvasHanzi* canvas = canvas_of(w);
-    const auto count = [](const QImage& image, const QRect& area, const std::function<bool(QColor)>& counted) {
+    const auto count = [](const QImage& image, const QRect& area,
+                          const std::function<bool(QColor)>& counted) {
         return count_pixels(area, [&](QPoint p) { return counted(image.pixelColor(p)); });
     };
     const auto aids = [&]() {
@@ -700,7 +719,8 @@ TEST_F(WindowTest, FromMemoryTheCharacterIsHiddenTracesAreJudgedAndKeysGrade) {
     const auto [glyphHidden, pinyinHidden] = row_ink(INDEX_ZHONG);
     EXPECT_EQ(glyphHidden, 0);
     EXPECT_EQ(pinyinHidden, pinyin);
-    EXPECT_EQ(list_of(w)->get_row_widget(INDEX_ZHONG - 1)->grab().toImage(), neighbour) << "other rows unchanged";
+    EXPECT_EQ(list_of(w)->get_row_widget(INDEX_ZHONG - 1)->grab().toImage(), neighbour)
+        << "other rows unchanged";
 
     // One-stroke 一: each row starts it afresh from memory.
     struct Row {
@@ -714,7 +734,9 @@ TEST_F(WindowTest, FromMemoryTheCharacterIsHiddenTracesAreJudgedAndKeysGrade) {
         {"a zigzag lenient judging takes is not smooth", zigzag, false, Reason::NOT_SMOOTH, false},
         {"backwards is rejected with its reason", {}, true, Reason::BACKWARDS, false},
         {"a press beside the hidden start circle is no fault",
-         [r = float(canvas->get_r_circle())](float share) { return glm::vec2(0.0f, share == 0.0f ? 1.3f * r : 0.0f); },
+         [r = float(canvas->get_r_circle())](float share) {
+             return glm::vec2(0.0f, share == 0.0f ? 1.3f * r : 0.0f);
+         },
          false, Reason::NONE, true},
     };
     for (const Row& row : rows) {

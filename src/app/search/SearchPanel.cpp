@@ -1,7 +1,5 @@
 #include "app/search/SearchPanel.h"
 
-#include "app/search/CharacterSearch.h"
-
 #include <ki/qt/guitools/GFontPreload.h>
 #include <ki/qt/lang.h>
 
@@ -10,8 +8,9 @@
 #include <QLineEdit>
 #include <QListWidget>
 #include <QVBoxLayout>
-
 #include <algorithm>
+
+#include "app/search/CharacterSearch.h"
 
 namespace morvel::search {
 
@@ -63,8 +62,10 @@ QListWidget* SearchPanel::results_list() {
     list->setTextElideMode(Qt::ElideRight);
     list->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     list->hide();
-    connect(list, &QListWidget::itemActivated, this, [this](QListWidgetItem* item) { choose(list->row(item)); });
-    connect(list, &QListWidget::itemClicked, this, [this](QListWidgetItem* item) { choose(list->row(item)); });
+    connect(list, &QListWidget::itemActivated, this,
+            [this](QListWidgetItem* item) { choose(list->row(item)); });
+    connect(list, &QListWidget::itemClicked, this,
+            [this](QListWidgetItem* item) { choose(list->row(item)); });
     list->installEventFilter(this);
     return list;
 }
@@ -72,7 +73,8 @@ QListWidget* SearchPanel::results_list() {
 void SearchPanel::retranslate() {
     using ki::qt::lang::tt;
     edit->setPlaceholderText(tt("Search", "Suchen", "Поиск"));
-    edit->setToolTip(tt("Search all levels (Ctrl+F)", "Alle Stufen durchsuchen (Strg+F)", "Поиск по всем уровням (Ctrl+F)"));
+    edit->setToolTip(tt("Search all levels (Ctrl+F)", "Alle Stufen durchsuchen (Strg+F)",
+                        "Поиск по всем уровням (Ctrl+F)"));
     if (searching) on_text(edit->text());
 }
 
@@ -107,7 +109,14 @@ void SearchPanel::on_text(const QString& text) {
             item->setData(ROLE_LEVEL, hit.level);
             item->setData(ROLE_CODE, int(hit.row.unicode));
         }
-        if (list->count() > 0) list->setCurrentRow(0);
+        if (list->count() > 0) {
+            list->setCurrentRow(0);
+        } else {
+            // Said rather than an empty box, and nothing Enter could choose.
+            auto* none = new QListWidgetItem(
+                tt("No character matches", "Kein Zeichen passt", "Ни один иероглиф не подходит"), list);
+            none->setFlags(Qt::NoItemFlags);
+        }
     }
     if (now) place_results();
     if (now == searching) return;
@@ -121,13 +130,16 @@ void SearchPanel::place_results() {
     if (list->parentWidget() != host) list->setParent(host);
     const QPoint at = edit->mapTo(host, QPoint(0, edit->height() + 2));
     const int width = std::min(std::max(edit->width(), list->minimumWidth()), host->width() - at.x());
-    list->setGeometry(at.x(), at.y(), width, std::max(80, host->height() - at.y() - 8));
+    // As tall as its lines, at most down to the window's bottom: a few hits cover little.
+    const int room = std::max(80, host->height() - at.y() - 8);
+    const int lines = list->count() * std::max(1, list->sizeHintForRow(0)) + 2 * list->frameWidth();
+    list->setGeometry(at.x(), at.y(), width, std::min(room, lines));
     list->raise();
 }
 
 void SearchPanel::choose(int row) {
     const QListWidgetItem* item = list != nullptr ? list->item(row) : nullptr;
-    if (item == nullptr) return;
+    if (item == nullptr || !item->data(ROLE_CODE).isValid()) return;
     const int level = item->data(ROLE_LEVEL).toInt();
     const int code = item->data(ROLE_CODE).toInt();
     close_search();
