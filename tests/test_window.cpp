@@ -7,6 +7,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <QAccessible>
 #include <QFile>
 #include <QLabel>
 #include <QLineEdit>
@@ -179,6 +180,16 @@ TEST_F(WindowTest, EveryVisibleTextFollowsALanguageSwitchAtOnce) {
         settle();
         EXPECT_EQ(w.findChild<QLabel*>(QStringLiteral("translation"))->text(), row.meaning);
         EXPECT_NE(button(w, row.nextTip), nullptr);
+        // A screen reader names an icon-only button by its tooltip, in the new language too.
+        for (const ki::qt::GButton* b : w.findChildren<ki::qt::GButton*>()) {
+            if (!b->isVisibleTo(&w) || !b->text().isEmpty()) continue;
+            SCOPED_TRACE(b->toolTip().toStdString());
+            const QAccessibleInterface* named =
+                QAccessible::queryAccessibleInterface(const_cast<ki::qt::GButton*>(b));
+            ASSERT_NE(named, nullptr);
+            EXPECT_FALSE(b->toolTip().isEmpty());
+            EXPECT_EQ(named->text(QAccessible::Name), b->toolTip());
+        }
         EXPECT_GT(painted.count, paintsBefore) << "caption and reason are worded when painted";
         EXPECT_EQ(canvas_of(w)->counter_text(), row.counter);
         EXPECT_TRUE(w.findChild<QLabel*>(QStringLiteral("due"))->text().startsWith(row.due));

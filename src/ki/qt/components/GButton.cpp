@@ -9,8 +9,9 @@ GButton::GButton(QWidget* parent, const QString& icon, const QString& tool_tip, 
     : QToolButton(parent), ObjectName<QWidget>(this, "GButton") {
     setAutoRaise(true);
     setFocusPolicy(Qt::TabFocus);
-    if (!tool_tip.isEmpty()) setToolTip(tool_tip);
+    // The text first: a button with one is not named by its tooltip.
     if (!text.isEmpty()) setText(text);
+    if (!tool_tip.isEmpty()) setToolTip(tool_tip);
     if (!icon.isEmpty()) set_icon(icon);
     update_style();
     connect(this, &QToolButton::clicked, this, [this](bool checked) {
@@ -26,6 +27,17 @@ void GButton::set_icon(const QString& icon) {
         if (const GMainWindow* win = GMainWindow::window_from_widget(this)) setIconSize(win->get_icon_size());
     }
     update_style();
+}
+
+bool GButton::event(QEvent* event) {
+    if (event->type() == QEvent::ToolTipChange) name_from_tool_tip();
+    return QToolButton::event(event);
+}
+
+void GButton::name_from_tool_tip() {
+    if (!text().isEmpty() || accessibleName() != nameFromToolTip) return;
+    nameFromToolTip = toolTip();
+    setAccessibleName(nameFromToolTip);
 }
 
 QString GButton::get_icon_name() const {

@@ -24,8 +24,16 @@ public:
     /// The new checked state of a checkable button.
     Listener<bool> liToggled;
 
+protected:
+    bool event(QEvent* event) override;
+
 private:
     void update_style();
+    /// An icon alone names nothing to a screen reader: a button without text is named by its
+    /// tooltip, in the language the tooltip is in, unless it was given a name of its own.
+    void name_from_tool_tip();
+
+    QString nameFromToolTip;
 };
 
 }  // namespace ki::qt
