@@ -190,6 +190,13 @@ TEST_F(WindowTest, EveryVisibleTextFollowsALanguageSwitchAtOnce) {
             EXPECT_FALSE(b->toolTip().isEmpty());
             EXPECT_EQ(named->text(QAccessible::Name), b->toolTip());
         }
+        // The search field by its placeholder, gone once something is typed; the slider by its tooltip.
+        auto* search = w.findChild<QLineEdit*>(QStringLiteral("searchField"));
+        auto* slider = w.findChild<QWidget*>(QStringLiteral("progressSlider"));
+        ASSERT_TRUE(search != nullptr && slider != nullptr);
+        EXPECT_EQ(QAccessible::queryAccessibleInterface(search)->text(QAccessible::Name),
+                  search->placeholderText());
+        EXPECT_EQ(QAccessible::queryAccessibleInterface(slider)->text(QAccessible::Name), slider->toolTip());
         EXPECT_GT(painted.count, paintsBefore) << "caption and reason are worded when painted";
         EXPECT_EQ(canvas_of(w)->counter_text(), row.counter);
         EXPECT_TRUE(w.findChild<QLabel*>(QStringLiteral("due"))->text().startsWith(row.due));

@@ -102,6 +102,8 @@ void LessonControls::retranslate() {
                                "Lerne die richtigen Striche in der richtigen Reihenfolge",
                                "Учите правильные черты в правильном порядке"));
     slider->setToolTip(tt("Drawing progress", "Zeichenfortschritt", "Ход рисования"));
+    // Named for screen readers as the icon-only buttons are, by what its tooltip says.
+    slider->setAccessibleName(slider->toolTip());
     buttonRecall->setToolTip(recall::mode_text());
     buttonShowMe->setToolTip(recall::show_me_text());
     buttonToday->setToolTip(today::button_text());

@@ -73,6 +73,8 @@ QListWidget* SearchPanel::results_list() {
 void SearchPanel::retranslate() {
     using ki::qt::lang::tt;
     edit->setPlaceholderText(tt("Search", "Suchen", "Поиск"));
+    // The placeholder is gone once something is typed; a screen reader keeps the field's name.
+    edit->setAccessibleName(edit->placeholderText());
     edit->setToolTip(tt("Search all levels (Ctrl+F)", "Alle Stufen durchsuchen (Strg+F)",
                         "Поиск по всем уровням (Ctrl+F)"));
     if (searching) on_text(edit->text());
