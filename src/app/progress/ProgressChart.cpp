@@ -50,8 +50,11 @@ QRectF ProgressChart::plot_rect() const {
 }
 
 QPointF ProgressChart::score_point(size_t day) const {
+    return score_point_in(plot_rect(), day);
+}
+
+QPointF ProgressChart::score_point_in(const QRectF& plot, size_t day) const {
     if (day >= days.size() || days[day].score < 0) return {-1, -1};
-    const QRectF plot = plot_rect();
     const qreal slot = plot.width() / static_cast<qreal>(days.size());
     return {plot.left() + slot * static_cast<qreal>(day) + slot / 2,
             plot.bottom() - plot.height() * days[day].score / 100.0};
@@ -124,7 +127,7 @@ void ProgressChart::paintEvent(QPaintEvent*) {
             painter.fillRect(QRectF(x0 + slot * 0.15, plot.bottom() - h, slot * 0.7, h), bar);
         }
         if (day.score >= 0) {
-            const QPointF point = score_point(i);
+            const QPointF point = score_point_in(plot, i);
             if (scoreDown)
                 scoreLine.lineTo(point);
             else

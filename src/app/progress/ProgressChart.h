@@ -30,6 +30,8 @@ protected:
 private:
     int most_completed() const;
     QRectF plot_rect() const;
+    /// The same, for a plot measured once per paint.
+    QPointF score_point_in(const QRectF& plot, size_t day) const;
 
     std::vector<DayStats> days;
 };
