@@ -61,6 +61,10 @@ QListWidget* SearchPanel::results_list() {
     list->setFocusPolicy(Qt::ClickFocus);
     list->setTextElideMode(Qt::ElideRight);
     list->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    // It floats over the canvas: a plain line in the text colour sets it apart in every theme,
+    // where the style's sunken frame all but vanished on the dark one.
+    list->setFrameStyle(QFrame::Box | QFrame::Plain);
+    list->setLineWidth(1);
     list->hide();
     connect(list, &QListWidget::itemActivated, this,
             [this](QListWidgetItem* item) { choose(list->row(item)); });
