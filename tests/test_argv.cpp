@@ -62,34 +62,39 @@ TEST_F(ArgvTest, ArgumentsSurviveJoiningAndSplitting) {
     EXPECT_EQ(args.get_options(), expected);
 }
 
-// A typo in a headless option must not open the window silently instead.
+// A typo in a headless option must not open the window silently instead, and one in the
+// window's options is named.
 TEST(HeadlessCommand, LookAlikeOptionsAreRefusedOthersPass) {
     using C = morvel::Headless::Command;
     const struct {
         const char* name;
         const char* line;
         C command;
+        const char* ignored;  // what the window would ignore
     } rows[] = {
-        {"no options open the window", "", C::NONE},
-        {"the window's own options", "--level 3 -__log_level debug --__bounds 0,0,800,600", C::NONE},
-        {"Qt's options", "--platform offscreen --style fusion --reverse", C::NONE},
-        {"a worksheet", "--worksheet 中 --out x.pdf --grid mi --paper a4 --rows 2", C::WORKSHEET},
-        {"an export", "--export-progress x.csv", C::EXPORT_PROGRESS},
-        {"a plural", "--worksheets 中", C::UNKNOWN_OPTION},
-        {"a longer name", "--worksheet 中 --output x.pdf", C::UNKNOWN_OPTION},
-        {"an underscore", "--export_progress x.csv", C::UNKNOWN_OPTION},
-        {"a shortened name", "--expo x.csv", C::UNKNOWN_OPTION},
-        {"one letter off", "--worksheet 中 --out x.pdf --rowz 2", C::UNKNOWN_OPTION},
-        {"the usage", "--help", C::HELP},
-        {"the usage, short", "-h", C::HELP},
-        {"the usage before a window's option", "--level 2 --help", C::HELP},
-        {"the version", "--version", C::VERSION},
-        {"the version, mistyped", "--verison", C::UNKNOWN_OPTION},
+        {"no options open the window", "", C::NONE, ""},
+        {"the window's own options", "--level 3 -__log_level debug --__bounds 0,0,800,600", C::NONE, ""},
+        {"Qt's options", "--platform offscreen --style fusion --reverse -qwindowtitle x", C::NONE, ""},
+        {"a negative value is no option", "--level -1", C::NONE, ""},
+        {"a window's option mistyped", "--levle 3 -x", C::NONE, "--levle -x"},
+        {"a worksheet", "--worksheet 中 --out x.pdf --grid mi --paper a4 --rows 2", C::WORKSHEET, ""},
+        {"an export", "--export-progress x.csv", C::EXPORT_PROGRESS, ""},
+        {"a plural", "--worksheets 中", C::UNKNOWN_OPTION, "--worksheets"},
+        {"a longer name", "--worksheet 中 --output x.pdf", C::UNKNOWN_OPTION, "--output"},
+        {"an underscore", "--export_progress x.csv", C::UNKNOWN_OPTION, "--export_progress"},
+        {"a shortened name", "--expo x.csv", C::UNKNOWN_OPTION, "--expo"},
+        {"one letter off", "--worksheet 中 --out x.pdf --rowz 2", C::UNKNOWN_OPTION, "--rowz"},
+        {"the usage", "--help", C::HELP, ""},
+        {"the usage, short", "-h", C::HELP, ""},
+        {"the usage before a window's option", "--level 2 --help", C::HELP, ""},
+        {"the version", "--version", C::VERSION, ""},
+        {"the version, mistyped", "--verison", C::UNKNOWN_OPTION, "--verison"},
     };
     for (const auto& row : rows) {
         SCOPED_TRACE(row.name);
         QStringList arguments{QStringLiteral("quenlo")};
         arguments << QString::fromUtf8(row.line).split(' ', Qt::SkipEmptyParts);
         EXPECT_EQ(morvel::Headless::command_of(arguments), row.command);
+        EXPECT_EQ(morvel::Headless::ignored_options(arguments).join(' '), QString::fromUtf8(row.ignored));
     }
 }

@@ -18,6 +18,7 @@
 #include "app/Recording.h"
 #include "app/SingleInstance.h"
 #include "app/Window.h"
+#include "app/cli/CliText.h"
 #include "app/cli/Headless.h"
 #include "app/morvel.h"
 #include "app/progress/ProgressStore.h"
@@ -96,6 +97,11 @@ int qMain(int argc, char** argv) {
     if (!levelError.isEmpty()) {
         QTextStream(stderr) << "quenlo: " << levelError << '\n';
         ki::pp_warn("main, $", levelError);
+    }
+    for (const QString& option : morvel::Headless::ignored_options(QCoreApplication::arguments())) {
+        const QString message = QStringLiteral("unknown option '%1' is ignored").arg(morvel::cli::printable(option));
+        QTextStream(stderr) << "quenlo: " << message << '\n';
+        ki::pp_warn("main, $", message);
     }
     win->resize(1024, 750);
     win->setup();

@@ -29,6 +29,18 @@ const QStringList HEADLESS = {QStringLiteral("worksheet"), QStringLiteral("out")
                               QStringLiteral("rows"),      QStringLiteral("export-progress"),
                               QStringLiteral("help"),      QStringLiteral("version")};
 
+// Qt's own command-line options; the application object takes them out of the arguments, and a
+// few (X11's) only under some platforms.
+const QStringList QT_OPTIONS = {
+    QStringLiteral("platform"),   QStringLiteral("platformpluginpath"), QStringLiteral("platformtheme"),
+    QStringLiteral("plugin"),     QStringLiteral("qwindowgeometry"),    QStringLiteral("qwindowtitle"),
+    QStringLiteral("qwindowicon"), QStringLiteral("reverse"),           QStringLiteral("session"),
+    QStringLiteral("style"),      QStringLiteral("stylesheet"),         QStringLiteral("widgetcount"),
+    QStringLiteral("display"),    QStringLiteral("geometry"),           QStringLiteral("title"),
+    QStringLiteral("icon"),       QStringLiteral("name"),               QStringLiteral("qmljsdebugger"),
+    QStringLiteral("nograb"),     QStringLiteral("dograb"),             QStringLiteral("sync"),
+    QStringLiteral("visual")};
+
 QString key_of(const QString& argument) {
     qsizetype dashes = 0;
     while (dashes < argument.size() && argument[dashes] == QLatin1Char('-')) ++dashes;
@@ -95,6 +107,19 @@ QString Headless::unknown_option(const QStringList& arguments) {
         if (!KNOWN.contains(key) && looks_headless(key)) return arguments[i];
     }
     return {};
+}
+
+QStringList Headless::ignored_options(const QStringList& arguments) {
+    QStringList ignored;
+    for (qsizetype i = 1; i < arguments.size(); ++i) {
+        const QString key = key_of(arguments[i]);
+        // A value such as "-1" is no option; the option it follows is judged on its own.
+        bool number = false;
+        key.toDouble(&number);
+        if (key.isEmpty() || number) continue;
+        if (!KNOWN.contains(key) && !QT_OPTIONS.contains(key)) ignored << arguments[i];
+    }
+    return ignored;
 }
 
 Headless::Command Headless::command_of(const QStringList& arguments) {

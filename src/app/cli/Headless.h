@@ -21,6 +21,9 @@ public:
     static Command command_of(const QStringList& arguments);
     /// The first such look-alike option, "" when there is none.
     static QString unknown_option(const QStringList& arguments);
+    /// The options the window does not know (neither the program's nor Qt's), which it ignores:
+    /// said on the console, so that "--levle 3" does not pass unnoticed.
+    static QStringList ignored_options(const QStringList& arguments);
 
     /// Call before anything logs. For a headless command the log and Qt's own messages stay
     /// silent unless `-__log_level` is given, and no display is needed. Returns the command.
