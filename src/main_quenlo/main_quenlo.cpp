@@ -99,7 +99,8 @@ int qMain(int argc, char** argv) {
         ki::pp_warn("main, $", levelError);
     }
     for (const QString& option : morvel::Headless::ignored_options(QCoreApplication::arguments())) {
-        const QString message = QStringLiteral("unknown option '%1' is ignored").arg(morvel::cli::printable(option));
+        const QString message =
+            QStringLiteral("unknown option '%1' is ignored").arg(morvel::cli::printable(option));
         QTextStream(stderr) << "quenlo: " << message << '\n';
         ki::pp_warn("main, $", message);
     }

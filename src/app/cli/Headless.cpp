@@ -31,15 +31,12 @@ const QStringList HEADLESS = {QStringLiteral("worksheet"), QStringLiteral("out")
 
 // Qt's own command-line options; the application object takes them out of the arguments, and a
 // few (X11's) only under some platforms.
-const QStringList QT_OPTIONS = {
-    QStringLiteral("platform"),   QStringLiteral("platformpluginpath"), QStringLiteral("platformtheme"),
-    QStringLiteral("plugin"),     QStringLiteral("qwindowgeometry"),    QStringLiteral("qwindowtitle"),
-    QStringLiteral("qwindowicon"), QStringLiteral("reverse"),           QStringLiteral("session"),
-    QStringLiteral("style"),      QStringLiteral("stylesheet"),         QStringLiteral("widgetcount"),
-    QStringLiteral("display"),    QStringLiteral("geometry"),           QStringLiteral("title"),
-    QStringLiteral("icon"),       QStringLiteral("name"),               QStringLiteral("qmljsdebugger"),
-    QStringLiteral("nograb"),     QStringLiteral("dograb"),             QStringLiteral("sync"),
-    QStringLiteral("visual")};
+const QStringList QT_OPTIONS =
+    QStringLiteral(
+        "platform platformpluginpath platformtheme plugin qwindowgeometry qwindowtitle "
+        "qwindowicon reverse session style stylesheet widgetcount display geometry title "
+        "icon name qmljsdebugger nograb dograb sync visual")
+        .split(QLatin1Char(' '));
 
 QString key_of(const QString& argument) {
     qsizetype dashes = 0;
