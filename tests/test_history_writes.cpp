@@ -13,6 +13,7 @@
 #include <algorithm>
 #include <atomic>
 #include <thread>
+#include <vector>
 
 #include "HistoryTest.h"
 #include "app/SingleInstance.h"
@@ -124,13 +125,20 @@ TEST_F(HistoryWritesTest, SecondStartRaisesTheFirst) {
     running.name_holder();
     later.name_holder();
     EXPECT_EQ(read_file(dir.filePath("quenlo.lock")), QByteArray::number(QCoreApplication::applicationPid()) + '\n');
-    // The asking side blocks on its socket; the running side answers from this event loop.
-    std::atomic<int> answered = -1;
-    std::thread asker([&] { answered = later.ask_to_raise(5000) ? 1 : 0; });
-    EXPECT_TRUE(QTest::qWaitFor([&] { return answered >= 0; }, 8000));
-    asker.join();
-    EXPECT_EQ(answered, 1);
-    EXPECT_EQ(raised, 1);
+    // The asking side blocks on its socket; the running side answers from this event loop. A
+    // level named by the later start goes to the running window, after the raise.
+    std::vector<int> levels;
+    running.onLevel = [&](int level) { levels.push_back(raised * 10 + level); };
+    for (const int level : {0, 3, 0}) {
+        SCOPED_TRACE(level);
+        std::atomic<int> answered = -1;
+        std::thread asker([&] { answered = later.ask_to_raise(5000, level) ? 1 : 0; });
+        EXPECT_TRUE(QTest::qWaitFor([&] { return answered >= 0; }, 8000));
+        asker.join();
+        EXPECT_EQ(answered, 1);
+    }
+    EXPECT_EQ(raised, 3);
+    EXPECT_EQ(levels, std::vector<int>{23}) << "level 3, once, with the second raise";
 
     const QString program = QCoreApplication::applicationDirPath() + "/quenlo";
     if (!QFile::exists(program)) GTEST_SKIP() << "the program itself needs the quenlo target built";

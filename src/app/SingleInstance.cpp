@@ -26,6 +26,9 @@ namespace {
 
 constexpr char ASK[] = "raise\n";
 constexpr char ANSWER[] = "raised\n";
+// Sent after the answer, so that a running instance of an earlier version, which closes the
+// connection once it answered, still raises its window.
+constexpr char LEVEL[] = "level ";
 
 // The socket's address, or false when the path is too long for one.
 bool to_address(const QString& path, sockaddr_un& address) {
@@ -153,13 +156,19 @@ void SingleInstance::accept_pending() {
         // A later start writes its request at once; one that does not is not waited for long.
         if (read_line(peer, 500) == ASK) {
             if (onRaise) onRaise();
-            write_all(peer, ANSWER);
+            // The asker writes its level at once or closes the connection.
+            if (write_all(peer, ANSWER)) {
+                const QByteArray more = read_line(peer, 500);
+                bool ok = false;
+                const int level = more.startsWith(LEVEL) ? more.mid(sizeof LEVEL - 1).trimmed().toInt(&ok) : 0;
+                if (ok && level > 0 && onLevel) onLevel(level);
+            }
         }
         ::close(peer);
     }
 }
 
-bool SingleInstance::ask_to_raise(int timeoutMs) const {
+bool SingleInstance::ask_to_raise(int timeoutMs, int level) const {
     sockaddr_un address{};
     if (!to_address(socketPath, address)) return false;
     QElapsedTimer timer;
@@ -170,6 +179,7 @@ bool SingleInstance::ask_to_raise(int timeoutMs) const {
         if (fd < 0) return false;
         if (::connect(fd, reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0) {
             const bool answered = write_all(fd, ASK) && read_line(fd, left()) == ANSWER;
+            if (answered && level > 0) write_all(fd, (LEVEL + QByteArray::number(level) + '\n').constData());
             ::close(fd);
             return answered;
         }
@@ -180,8 +190,8 @@ bool SingleInstance::ask_to_raise(int timeoutMs) const {
     return false;
 }
 
-int SingleInstance::hand_over() const {
-    if (ask_to_raise()) {
+int SingleInstance::hand_over(int level) const {
+    if (ask_to_raise(5000, level)) {
         QTextStream(stdout) << "quenlo: already running; its window was brought to the front\n";
         return 0;
     }

@@ -31,13 +31,16 @@ public:
     /// system's journal (a third of a millisecond, at times several), which a start spends
     /// better after its first frame.
     void name_holder();
-    /// Asks the instance holding the lock to raise its window; false when it does not answer
-    /// within `timeoutMs` (it may still be starting, so connecting is tried again meanwhile).
-    bool ask_to_raise(int timeoutMs = 5000) const;
+    /// Asks the instance holding the lock to raise its window, and to show `level` when it is
+    /// above 0; false when it does not answer within `timeoutMs` (it may still be starting, so
+    /// connecting is tried again meanwhile).
+    bool ask_to_raise(int timeoutMs = 5000, int level = 0) const;
     /// For a start that found the lock taken: asks, prints one line and returns the exit code.
-    int hand_over() const;
+    int hand_over(int level = 0) const;
     /// Called on the GUI thread when a later start asked for the window.
     std::function<void()> onRaise;
+    /// Called on the GUI thread after `onRaise` when that start also named a level.
+    std::function<void(int level)> onLevel;
 
     /// Brings `window` to the front, restored when it was minimised.
     static void raise(QWidget& window);

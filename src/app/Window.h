@@ -88,8 +88,9 @@ public:
     void on_mode_changed();
     /// Advances the automatic drawing by one step; runs every TIMER_INTERVAL_MS.
     void on_timer();
-    /// Shows level `number` (1 .. 4) with its own selected character; a level whose files are
-    /// missing gives a message and the level stays as it was. Returns whether it is shown.
+    /// Shows level `number` (1 .. Level::COUNT) with its own selected character; a level whose
+    /// files are missing gives a message and the level stays as it was. Returns whether it is
+    /// shown.
     bool on_level(int number);
     /// The progress panel of the current level (Ctrl+P); a click in it selects a character.
     void on_progress();

@@ -74,10 +74,25 @@ int qMain(int argc, char** argv) {
         return morvel::WorksheetCli::main(QCoreApplication::arguments());
     }
 
+    // What the command line asks of the window is said before a second start hands over, and
+    // its level goes to the running window.
+    QString levelError;
+    const int level = morvel::prog2::Level::from_arguments(QCoreApplication::arguments(), levelError);
+    if (!levelError.isEmpty()) {
+        QTextStream(stderr) << "quenlo: " << levelError << '\n';
+        ki::pp_warn("main, $", levelError);
+    }
+    for (const QString& option : morvel::Headless::ignored_options(QCoreApplication::arguments())) {
+        const QString message =
+            QStringLiteral("unknown option '%1' is ignored").arg(morvel::cli::printable(option));
+        QTextStream(stderr) << "quenlo: " << message << '\n';
+        ki::pp_warn("main, $", message);
+    }
+
     // One window per user: a second start brings the running one's window forward instead.
     morvel::SingleInstance instance(morvel::progress::ProgressStore::default_folder());
     const bool diagnostics = ki::qt::GApp::get_argv().has_key(QStringLiteral("__screenshots"));
-    if (!diagnostics && !instance.claim()) return instance.hand_over();
+    if (!diagnostics && !instance.claim()) return instance.hand_over(level);
 
     // The first selection asks for its recording; the index needs no font, so it is read while
     // fontconfig still loads.
@@ -90,25 +105,15 @@ int qMain(int argc, char** argv) {
         if (fonts) fonts->wait();
         bench_step("fonts");
     };
-    QString levelError;
-    if (const int level = morvel::prog2::Level::from_arguments(QCoreApplication::arguments(), levelError);
-        level > 0)
-        win->start_in_level(level);
-    if (!levelError.isEmpty()) {
-        QTextStream(stderr) << "quenlo: " << levelError << '\n';
-        ki::pp_warn("main, $", levelError);
-    }
-    for (const QString& option : morvel::Headless::ignored_options(QCoreApplication::arguments())) {
-        const QString message =
-            QStringLiteral("unknown option '%1' is ignored").arg(morvel::cli::printable(option));
-        QTextStream(stderr) << "quenlo: " << message << '\n';
-        ki::pp_warn("main, $", message);
-    }
+    if (level > 0) win->start_in_level(level);
     win->resize(1024, 750);
     win->setup();
     bench_step("window");
     morvel::prog2::Window* window = win.get();
     instance.onRaise = [window]() { morvel::SingleInstance::raise(*window); };
+    instance.onLevel = [window](int number) {
+        if (number <= morvel::prog2::Level::COUNT) window->on_level(number);
+    };
     win->afterFirstFrame = [&instance]() { instance.name_holder(); };
     morvel::BenchHooks::arm_startup(*win, static_cast<int>(data->size()),
                                     [window](int index) { window->on_index(index); });
