@@ -76,18 +76,15 @@ int qMain(int argc, char** argv) {
 
     // What the command line asks of the window is said before a second start hands over, and
     // its level goes to the running window.
-    QString levelError;
-    const int level = morvel::prog2::Level::from_arguments(QCoreApplication::arguments(), levelError);
-    if (!levelError.isEmpty()) {
-        QTextStream(stderr) << "quenlo: " << levelError << '\n';
-        ki::pp_warn("main, $", levelError);
-    }
-    for (const QString& option : morvel::Headless::ignored_options(QCoreApplication::arguments())) {
-        const QString message =
-            QStringLiteral("unknown option '%1' is ignored").arg(morvel::cli::printable(option));
+    const auto complain = [](const QString& message) {
         QTextStream(stderr) << "quenlo: " << message << '\n';
         ki::pp_warn("main, $", message);
-    }
+    };
+    QString levelError;
+    const int level = morvel::prog2::Level::from_arguments(QCoreApplication::arguments(), levelError);
+    if (!levelError.isEmpty()) complain(levelError);
+    for (const QString& option : morvel::Headless::ignored_options(QCoreApplication::arguments()))
+        complain(QStringLiteral("unknown option '%1' is ignored").arg(morvel::cli::printable(option)));
 
     // One window per user: a second start brings the running one's window forward instead.
     morvel::SingleInstance instance(morvel::progress::ProgressStore::default_folder());
